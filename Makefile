@@ -1,0 +1,27 @@
+# Thin: every target installs what is missing, configures a CMake preset, builds with Ninja, runs.
+.PHONY: build run test test-dev test-asan bench packages
+
+build: packages
+	@cmake --preset release >/dev/null
+	@cmake --build --preset release
+
+run: build
+	@examples/beam/run.sh build/release/bin/turnbuckle
+
+test: test-dev test-asan
+
+test-dev: packages
+	cmake --preset dev
+	cmake --build --preset dev
+	ctest --preset dev
+
+test-asan: packages
+	cmake --preset asan
+	cmake --build --preset asan
+	ctest --preset asan
+
+bench: build
+	@bench/run.sh build/release
+
+packages:
+	@dev/install-packages.sh

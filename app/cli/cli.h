@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef CLI_H
+#define CLI_H
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QJsonValue>
+#include <QString>
+#include <string>
+#include <vector>
+
+class FExprBase;
+class FTableData;
+
+/// Exit codes of the program.
+enum FExitCode { kDone = 0, kFailed = 1, kUsage = 2, kUnreadable = 3, kUnwritable = 4, kCancelled = 130 };
+
+/// What the subcommands are given.
+struct FCliOptions
+{
+    std::string project, file, output, configuration, design, topic;
+    std::vector<std::string> computations, sets, expressions, templates;
+    int jobs = 0;
+    double timeout = -1;
+    bool allDesigns = false, keepGoing = false, json = false;
+};
+
+namespace FCli
+{
+int run(const FCliOptions &options);
+int eval(const FCliOptions &options);
+int extract(const FCliOptions &options);
+int expand(const FCliOptions &options);
+int check(const FCliOptions &options);
+int save(const FCliOptions &options);
+int importDefinition(const FCliOptions &options);
+int commands(const FCliOptions &options);
+int help(const FCliOptions &options);
+
+// Shared by them
+/// Loads the project and applies --set. kDone, kUnreadable (what could be read is there) or kUsage.
+int load(const FCliOptions &options);
+QJsonArray log();
+void print(const QJsonValue &json);
+/// A number, a text or null.
+QJsonValue jsonOf(const FExprBase &expr);
+QJsonArray rowsOf(const FTableData &table, bool withTypes);
+void print(const FTableData &table);
+void out(const std::string &text);
+void err(const std::string &text);
+} // namespace FCli
+#endif

@@ -1,0 +1,128 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "cli.h"
+
+#include "fbasictype.h"
+#include "flogmsg.h"
+#include "fparameter.h"
+#include "fproject.h"
+#include "fscript.h"
+#include "ftabledata.h"
+
+#include <QJsonDocument>
+#include <cmath>
+#include <iostream>
+
+void FCli::out(const std::string &text)
+{
+    std::cout << text << "\n";
+}
+
+void FCli::err(const std::string &text)
+{
+    std::cerr << "turnbuckle: " << text << std::endl;
+}
+
+int FCli::load(const FCliOptions &options)
+{
+    const bool ok = FProject::instance()->load(Q(options.project));
+    for (const std::string &set : options.sets) {
+        const size_t at = set.find('=');
+        const std::string name = set.substr(0, at);
+        const auto parameter =
+            std::dynamic_pointer_cast<FParameter>(FObjectManager::instance()->find(name));
+        if (at == std::string::npos || !parameter) {
+            err("--set " + set + ": expected NAME=EXPR with the name of a parameter");
+            return kUsage;
+        }
+        std::vector<FScriptError> errors;
+        const FExprBase value = FScript::parseExpression(set.substr(at + 1), &errors);
+        const FStatus status = value ? parameter->setValue(value)
+                                     : FStatus{errors.empty() ? "expected a value, found nothing"
+                                                              : errors.front().text};
+        if (!status) {
+            err("--set " + set + ": " + status.error);
+            return kUsage;
+        }
+    }
+    return ok ? kDone : kUnreadable;
+}
+
+QJsonArray FCli::log()
+{
+    QJsonArray entries;
+    for (const FLogMsg::Message &message : FLogMsg::messages())
+        entries.append(QJsonObject{{"source", Q(message.source)},
+                                   {"message", Q(message.message)},
+                                   {"details", Q(message.details)}});
+    return entries;
+}
+
+void FCli::print(const QJsonValue &json)
+{
+    const QJsonDocument document =
+        json.isArray() ? QJsonDocument(json.toArray()) : QJsonDocument(json.toObject());
+    std::cout << document.toJson().toStdString() << std::flush;
+}
+
+namespace
+{
+QJsonValue jsonNumber(double value)
+{
+    return std::isfinite(value) ? QJsonValue(value) : QJsonValue();
+}
+} // namespace
+
+QJsonValue FCli::jsonOf(const FExprBase &expr)
+{
+    const auto object = expr.getValueObject();
+    double number;
+    if (const auto truth = std::dynamic_pointer_cast<FBool>(object))
+        return truth->value();
+    if (FConvert::toDouble(expr, &number))
+        return jsonNumber(number);
+    if (const auto value = std::dynamic_pointer_cast<FBasicType>(object))
+        return Q(value->toPlainString());
+    return object ? QJsonValue(Q(object->scriptText())) : QJsonValue();
+}
+
+QJsonArray FCli::rowsOf(const FTableData &table, bool withTypes)
+{
+    QJsonArray rows;
+    for (size_t i = 0; i < table.rows().size(); ++i) {
+        const std::string text = i < table.rowTexts().size() ? table.rowTexts()[i] : std::string();
+        const size_t bar = text.find('|');
+        const auto origin =
+            i < table.origins().size() ? table.origins()[i] : FTableData::Origin();
+        QJsonObject row{{"name", i < table.rowHeaders().size() ? Q(table.rowHeaders()[i]) : QString()},
+                        {"value", jsonNumber(table.getElementAt(int(i), 0, nullptr))},
+                        {"text", bar == std::string::npos ? QJsonValue()
+                                                          : QJsonValue(Q(text.substr(bar + 1)))},
+                        {"note", origin.note.empty() ? QJsonValue() : QJsonValue(Q(origin.note))},
+                        {"where",
+                         origin.where.empty() ? QJsonValue() : QJsonValue(Q(origin.where))}};
+        if (withTypes)
+            row["type"] = Q(text.substr(0, bar));
+        rows.append(row);
+    }
+    return rows;
+}
+
+void FCli::print(const FTableData &table)
+{
+    size_t width = 0;
+    for (const std::string &name : table.rowHeaders())
+        width = std::max(width, name.size());
+    for (size_t i = 0; i < table.rows().size(); ++i) {
+        const std::string name = i < table.rowHeaders().size() ? table.rowHeaders()[i] : "";
+        const std::string text = i < table.rowTexts().size() ? table.rowTexts()[i] : "";
+        const size_t bar = text.find('|');
+        std::string line = "  " + name + std::string(width - std::min(width, name.size()), ' ') +
+                           "  " +
+                           (bar == std::string::npos
+                                ? shortestNumber(table.getElementAt(int(i), 0, nullptr))
+                                : text.substr(bar + 1));
+        if (i < table.origins().size() && !table.origins()[i].note.empty())
+            line += "  ! " + table.origins()[i].note;
+        out(line);
+    }
+}

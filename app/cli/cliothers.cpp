@@ -1,0 +1,186 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "cli.h"
+
+#include "fconfigurationgenint.h"
+#include "fdefinitiongenint.h"
+#include "fgenintreader.h"
+#include "fgenintresultsfile.h"
+#include "fgenintwriter.h"
+#include "flogmsg.h"
+#include "fproject.h"
+#include "fscript.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <algorithm>
+#include <iostream>
+
+int FCli::eval(const FCliOptions &options)
+{
+    const int loaded = load(options);
+    if (loaded == kUsage)
+        return loaded;
+    QJsonArray results;
+    int code = loaded;
+    for (const std::string &text : options.expressions) {
+        std::vector<FScriptError> errors;
+        const FExprBase expr = FScript::parseExpression(text, &errors);
+        QJsonValue value;
+        if (!errors.empty()) {
+            FLogMsg::error("Script", errors.front().toString(), "in " + text, nullptr);
+            code = code == kDone ? kFailed : code;
+        } else {
+            value = jsonOf(expr);
+        }
+        if (options.json)
+            results.append(QJsonObject{{"expression", Q(text)}, {"value", value}});
+        else if (value.isDouble())
+            out(shortestNumber(value.toDouble()));
+        else
+            out(value.isString() ? S(value.toString())
+                : value.isBool() ? (value.toBool() ? "true" : "false")
+                                 : "null");
+    }
+    if (options.json)
+        print(QJsonObject{{"results", results}, {"log", log()}});
+    return code;
+}
+
+namespace
+{
+std::vector<std::shared_ptr<FGenIntResultsFile>> chosenTemplates(const FCliOptions &options)
+{
+    std::vector<std::shared_ptr<FGenIntResultsFile>> chosen;
+    for (const auto &handle : getManageds<FGenIntResultsFile>()) {
+        const auto file = handle.getPtr();
+        const auto &names = options.templates;
+        const auto matches = [&](const std::string &name) {
+            return name == file->getName() || name == S(file->getFileName());
+        };
+        if (names.empty() || std::any_of(names.begin(), names.end(), matches))
+            chosen.push_back(file);
+    }
+    return chosen;
+}
+} // namespace
+
+int FCli::extract(const FCliOptions &options)
+{
+    const int loaded = load(options);
+    if (loaded != kDone)
+        return loaded;
+    auto templates = chosenTemplates(options);
+    if (templates.empty()) {
+        err("the project has no such result template");
+        return kUsage;
+    }
+    const QFileInfo info(Q(options.file));
+    if (!info.exists()) {
+        err("there is no file or folder " + options.file);
+        return kFailed;
+    }
+    const QString folder = info.isDir() ? info.filePath() : info.path() + "/";
+    if (!info.isDir() && options.templates.empty()) {
+        // A single file is read by the templates of its name, by all if there is none.
+        auto same = templates;
+        same.erase(std::remove_if(same.begin(), same.end(),
+                                  [&](const auto &file) {
+                                      return QFileInfo(file->getFileName()).fileName() !=
+                                             info.fileName();
+                                  }),
+                   same.end());
+        if (!same.empty())
+            templates = same;
+    }
+    QJsonArray tables;
+    int code = kDone;
+    for (const auto &file : templates) {
+        const auto table = f_make_shared<FTableData>(S(file->getFileName()));
+        const size_t before = FLogMsg::count();
+        FGenIntReader().readFile(file, table,
+                                 info.isDir() ? folder + "/" + file->getFileName() : info.filePath(),
+                                 folder);
+        if (table->rows().empty() && FLogMsg::count() > before)
+            code = kFailed;
+        if (options.json) {
+            tables.append(QJsonObject{{"template", Q(file->getName())},
+                                      {"name", Q(table->getName())},
+                                      {"rows", rowsOf(*table, true)}});
+        } else {
+            out(table->getName());
+            print(*table);
+        }
+    }
+    if (options.json)
+        print(QJsonObject{{"tables", tables}, {"log", log()}});
+    return code;
+}
+
+int FCli::expand(const FCliOptions &options)
+{
+    const int loaded = load(options);
+    if (loaded != kDone)
+        return loaded;
+    QJsonArray files;
+    bool found = false;
+    for (const auto &handle : getEntities<FConfigurationGenInt>()) {
+        const auto configuration = handle.getPtr();
+        if (!options.configuration.empty() && configuration->getName() != options.configuration)
+            continue;
+        found = true;
+        if (!options.output.empty()) {
+            const QString folder = QDir(Q(options.output)).absolutePath() + "/";
+            if (!QDir().mkpath(folder) ||
+                !FGenIntWriter().write(FExpr<FConfigurationGenInt>(configuration), folder)) {
+                err("the input files could not be written to " + options.output);
+                return kUnwritable;
+            }
+        }
+        for (const auto &file : configuration->getPreview()) {
+            if (options.json)
+                files.append(
+                    QJsonObject{{"name", Q(file.first)}, {"text", Q(file.second)}});
+            else if (options.output.empty())
+                std::cout << "==> " << file.first << " <==\n" << file.second << "\n";
+        }
+    }
+    if (!found) {
+        err("the project has no such configuration");
+        return kUsage;
+    }
+    if (options.json)
+        print(QJsonObject{{"files", files}, {"log", log()}});
+    return kDone;
+}
+
+int FCli::save(const FCliOptions &options)
+{
+    const int loaded = load(options);
+    if (loaded == kUsage)
+        return loaded;
+    if (loaded != kDone) {
+        err("the project could not be read whole, so it is not saved");
+        return loaded;
+    }
+    QString why;
+    if (!FProject::instance()->save(Q(options.output), &why)) {
+        err(S(why));
+        return kUnwritable;
+    }
+    return kDone;
+}
+
+int FCli::importDefinition(const FCliOptions &options)
+{
+    const auto definition = FConfigurationGenInt::mpNull->importGenIntDefinition(options.file);
+    if (!definition || FLogMsg::errorCount() > 0) {
+        err("no definition could be read whole from " + options.file);
+        return kUnreadable;
+    }
+    QString why;
+    if (!FProject::instance()->save(Q(options.output), &why)) {
+        err(S(why));
+        return kUnwritable;
+    }
+    return kDone;
+}

@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "cli.h"
+
+#include "flogmsg.h"
+#include "fobject.h"
+#include "fproject.h"
+
+#include <CLI/CLI.hpp>
+#include <QCoreApplication>
+#include <QTextCodec>
+#include <clocale>
+#include <functional>
+#include <iostream>
+
+int main(int argc, char **argv)
+{
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName("turnbuckle");
+    QCoreApplication::setApplicationVersion(F_VERSION);
+    std::setlocale(LC_NUMERIC, "C");
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+
+    FCliOptions options;
+    std::function<int(const FCliOptions &)> action;
+    CLI::App app("Couples external simulation programs to a parametric model.", "turnbuckle");
+    app.set_version_flag("--version", std::string("turnbuckle ") + F_VERSION);
+    app.require_subcommand(1);
+    const auto command = [&](const char *name, const char *text,
+                             int (*function)(const FCliOptions &)) {
+        CLI::App *sub = app.add_subcommand(name, text);
+        sub->callback([&action, function] { action = function; });
+        return sub;
+    };
+    const auto project = [&](CLI::App *sub) {
+        sub->add_option("PROJECT", options.project, "project file (.tbk)")->required();
+        return sub;
+    };
+    const auto json = [&](CLI::App *sub) {
+        sub->add_flag("--json", options.json, "print JSON");
+        return sub;
+    };
+    const auto sets = [&](CLI::App *sub) {
+        sub->add_option("--set", options.sets, "NAME=EXPR: give a parameter another value")
+            ->allow_extra_args(false);
+        return sub;
+    };
+
+    CLI::App *run = sets(json(project(command("run", "Run computations.", &FCli::run))));
+    run->add_option("--computation", options.computations, "only this one and what it needs")
+        ->allow_extra_args(false);
+    CLI::Option *design = run->add_option("--design", options.design, "run for this design");
+    run->add_flag("--all-designs", options.allDesigns, "run for every design")->excludes(design);
+    run->add_option("--jobs", options.jobs, "runs at once (default: number of cores)")
+        ->check(CLI::Range(1, 10000));
+    run->add_option("--timeout", options.timeout, "seconds for each run, 0 for no limit")
+        ->check(CLI::Range(0.0, 1e9));
+    run->add_flag("--keep-going", options.keepGoing, "go on with other designs after a failure");
+
+    CLI::App *eval = sets(json(project(command("eval", "Evaluate expressions.", &FCli::eval))));
+    eval->add_option("EXPRESSION", options.expressions, "expression over the project")->required();
+
+    CLI::App *extract = json(project(
+        command("extract", "Apply result templates to files, without a run.", &FCli::extract)));
+    extract->add_option("PATH", options.file, "result file or folder")->required();
+    extract->add_option("--template", options.templates, "only this result template")
+        ->allow_extra_args(false);
+
+    CLI::App *expand =
+        json(project(command("expand", "Show the input files as they would be written.", &FCli::expand)));
+    expand->add_option("--configuration", options.configuration, "only this configuration");
+    expand->add_option("--output", options.output, "folder to write the files to");
+
+    json(project(command("check", "Tell what would go wrong.", &FCli::check)));
+
+    CLI::App *save =
+        project(command("save", "Load and save again in canonical form.", &FCli::save));
+    save->add_option("--output", options.output, "file to write")->required();
+
+    CLI::App *import = command("import-definition", "Make a project from a saved definition.",
+                               &FCli::importDefinition);
+    import->add_option("FILE", options.file, "definition or set-up file (.ovdl)")->required();
+    import->add_option("--output", options.output, "project file to write")->required();
+
+    json(command("commands", "List the script commands.", &FCli::commands));
+    CLI::App *help = command("help", "Tell about a script word.", &FCli::help);
+    help->add_option("TOPIC", options.topic, "a command, a class or a function");
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError &error) {
+        return app.exit(error) == 0 ? kDone : kUsage;
+    }
+    if (options.json)
+        FLogMsg::setConsole(nullptr); // the log is part of the JSON
+    FObject::initPrototypes();
+    FProject::instance()->clear();
+    const int code = action(options);
+    FProject::instance()->clear();
+    return code;
+}

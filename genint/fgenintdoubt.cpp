@@ -1,0 +1,266 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "fgenintdoubt.h"
+
+#include "fgenintcells.h"
+
+#include <algorithm>
+
+namespace
+{
+/// A line with a blank on either side without end.
+template <class U> struct FLine
+{
+    const U *units;
+    qint64 size;
+    uint operator[](qint64 i) const { return i >= 0 && i < size ? units[i] : ' '; }
+    bool digit(qint64 i) const { return (*this)[i] - '0' < 10U; }
+};
+
+bool isWord(uint u)
+{
+    if (u < 0x80) {
+        return (u | 0x20) - 'a' < 26U || u == '_';
+    }
+    return QChar(static_cast<ushort>(u)).isLetter();
+}
+
+/// Characters that make something else of a number they touch, whatever follows.
+bool isForeign(uint u)
+{
+    if (u < 0x80) {
+        return u == '*' || u == '^' || u == 0;
+    }
+    switch (u) {
+    case 0x00B7: // middle dot
+    case 0x00D7: // multiplication sign
+    case 0x066B: // decimal separator
+    case 0xFF0E: // full width stop
+    case 0xFFFD: // what could not be decoded
+        return true;
+    default:
+        return QChar(static_cast<ushort>(u)).isNumber();
+    }
+}
+
+/// Dashes that are printed for a minus but do not count as one.
+bool isDash(uint u)
+{
+    return (u >= 0x2010 && u <= 0x2015) || u == 0x2212 || u == 0xFE63 || u == 0xFF0D;
+}
+
+/// Blanks and marks that group digits by three.
+bool isGroupMark(uint u)
+{
+    return u == 0x00A0 || u == 0x2009 || u == 0x202F || u == '\'' || u == 0x2019;
+}
+
+template <class U> bool isSignAt(const FLine<U> &line, qint64 i)
+{
+    return line[i] == '+' || line[i] == '-';
+}
+
+/// True if a number begins at \p i.
+template <class U> bool numberAt(const FLine<U> &line, qint64 i)
+{
+    i += isSignAt(line, i);
+    i += line[i] == '.';
+    return line.digit(i);
+}
+
+/// True unless the comma at \p comma, between two digits, can only part two numbers.
+template <class U> bool commaInNumber(const FLine<U> &line, qint64 comma)
+{
+    constexpr qint64 far = 256; // a longer stretch of digits and commas is a list
+    const auto belongs = [&](qint64 i) {
+        return line.digit(i) || line[i] == '.' || line[i] == ',';
+    };
+    qint64 begin = comma;
+    qint64 end = comma;
+    while (belongs(begin - 1) && comma - begin < far) {
+        --begin;
+    }
+    while (belongs(end + 1) && end - comma < far) {
+        ++end;
+    }
+    ++end;
+    while (end > comma && !line.digit(end - 1)) {
+        --end; // "1,2," and "1,2."
+    }
+    if (comma - begin >= far || end - comma >= far) {
+        return false;
+    }
+    const auto isExponent = [&](qint64 i) {
+        const qint64 e = i - isSignAt(line, i);
+        return (line[e] | 0x20) == 'e' && line.digit(e - 1);
+    };
+    if (isExponent(begin - 1)) {
+        return false;
+    }
+    qint64 parts = 1;
+    bool groups = true; // all parts behind the first have three digits
+    bool whole = true;  // no part has a point
+    for (qint64 i = begin, from = begin, point = -1; i <= end; ++i) {
+        if (i < end && line[i] == '.') {
+            point = point < 0 ? i : point;
+            whole = false;
+        } else if (i == end || line[i] == ',') {
+            const qint64 length = (point < 0 ? i : point) - from;
+            groups = groups && (parts == 1 ? point < 0 && length <= 3 && line[from] != '0'
+                                           : length == 3 && (point < 0 || i == end));
+            parts += i < end;
+            from = i + 1;
+            point = -1;
+        }
+    }
+    if (groups || parts > 2) {
+        return groups;
+    }
+    if (whole) {
+        return true; // 3,14
+    }
+    // 1.234,56
+    const qint64 lastPoint = comma - 4;
+    bool points = lastPoint > begin && line[lastPoint] == '.' && line[begin] != '0';
+    for (qint64 i = lastPoint; points && i > begin; i -= 4) {
+        points = line[i] == '.' && (i - begin <= 3 || line[i - 4] == '.');
+    }
+    for (qint64 i = comma + 1; points && i < end; ++i) {
+        points = line.digit(i);
+    }
+    return points;
+}
+
+template <class U>
+bool touchesBefore(const FLine<U> &line, qint64 begin, qint64 end, bool anchored)
+{
+    const bool isSigned = isSignAt(line, begin);
+    const uint before = line[begin - 1];
+    if (anchored) {
+        // An anchor may well end in a letter that the number follows; but not within a number.
+        return !isSigned && (line.digit(begin - 1) ||
+                             ((before == '.' || before == ',') && line.digit(begin - 2)));
+    }
+    if (line.digit(begin - 1) || isWord(before) || isForeign(before) || isDash(before)) {
+        return true;
+    }
+    if (isSigned) {
+        return isSignAt(line, begin - 1) && line.digit(begin - 2);
+    }
+    if (before == '.') {
+        return true; // dots that lead to a number take its first digits for a fraction
+    }
+    if (before == ',' && line.digit(begin - 2)) {
+        return line.digit(begin) && commaInNumber(line, begin - 1);
+    }
+    return isGroupMark(before) && line.digit(begin - 2) && end - begin >= 3 &&
+           line.digit(begin + 1) && line.digit(begin + 2);
+}
+
+template <class U> bool touchesAfter(const FLine<U> &line, qint64 end)
+{
+    const uint after = line[end];
+    const uint next = line[end + 1];
+    if (isWord(after) || line.digit(end) || isForeign(after)) {
+        return true;
+    }
+    if (after == '.') {
+        qint64 i = end;
+        while (line[i] == '.') {
+            ++i;
+        }
+        return line.digit(i) || (i == end + 1 && isWord(next));
+    }
+    if (after == ',') {
+        return line.digit(end + 1) && commaInNumber(line, end);
+    }
+    if (after == '+' || after == '-') {
+        return isWord(next) || numberAt(line, end + 1);
+    }
+    return isGroupMark(after) && line.digit(end - 1) && line.digit(end + 1) &&
+           line.digit(end + 2) && line.digit(end + 3) && !line.digit(end + 4);
+}
+
+/// Compares with a word in small letters; gives the position behind it, or -1.
+template <class U> qint64 behindWord(const FLine<U> &line, qint64 at, const char *word)
+{
+    for (; *word; ++word, ++at) {
+        if ((line[at] | 0x20) != static_cast<uint>(*word)) {
+            return -1;
+        }
+    }
+    return at;
+}
+
+/// What stands around a field: true if it looks like a place for a number.
+template <class U> bool amongNumbers(const FLine<U> &line, qint64 from, qint64 begin, qint64 end)
+{
+    while (begin > from && (isSpaceUnit(line[begin - 1]) || isSignAt(line, begin - 1))) {
+        --begin;
+    }
+    if (begin > from) {
+        const uint before = line[begin - 1];
+        if (line.digit(begin - 1) || before == '=' || before == ':' || before == ',' ||
+            before == '*' || (before == '.' && line.digit(begin - 2))) {
+            return true;
+        }
+    }
+    while (end < line.size && isSpaceUnit(line[end])) {
+        ++end;
+    }
+    return numberAt(line, end);
+}
+} // namespace
+
+template <class U>
+bool touchesOthers(const U *units, qint64 size, qint64 begin, qint64 end, qint64 from,
+                   bool anchored)
+{
+    const FLine<U> line{units, size};
+    return touchesBefore(line, begin, end, anchored && begin == from) || touchesAfter(line, end);
+}
+
+template <class U> bool lacksNumber(const U *units, qint64 size, qint64 from, qint64 to)
+{
+    const FLine<U> line{units, size};
+    for (qint64 i = from; i < to; ++i) {
+        const uint u = units[i];
+        if (u == '*') {
+            qint64 end = i;
+            while (line[end] == '*') {
+                ++end;
+            }
+            if (end - i >= 2 && amongNumbers(line, from, i, end)) {
+                return true;
+            }
+            i = end - 1;
+        } else if (u == '#') {
+            if (behindWord(line, i + 1, "ind") > 0 || behindWord(line, i + 1, "inf") > 0 ||
+                behindWord(line, i + 1, "qnan") > 0 || behindWord(line, i + 1, "snan") > 0) {
+                return true;
+            }
+        } else if (((u | 0x20) == 'n' || (u | 0x20) == 'i') && !isWord(line[i - 1]) &&
+                   !line.digit(i - 1)) {
+            qint64 end = behindWord(line, i, "nan");
+            if (end > 0 && ((line[end] | 0x20) == 'q' || (line[end] | 0x20) == 's')) {
+                ++end;
+            }
+            if (end > 0 && !isWord(line[end]) && !line.digit(end)) {
+                return true;
+            }
+            end = behindWord(line, i, "inf");
+            if (end > 0) {
+                end = std::max(end, behindWord(line, i, "infinity"));
+            }
+            if (end > 0 && !isWord(line[end]) && !line.digit(end) && line[end] != '-' &&
+                amongNumbers(line, from, i, end)) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+template bool touchesOthers(const uchar *, qint64, qint64, qint64, qint64, bool);
+template bool touchesOthers(const char16_t *, qint64, qint64, qint64, qint64, bool);
+template bool lacksNumber(const uchar *, qint64, qint64, qint64);
+template bool lacksNumber(const char16_t *, qint64, qint64, qint64);

@@ -1,0 +1,188 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "fgenintreader.h"
+
+#include "fgeninttext.h"
+#include "fini.h"
+#include "flogmsg.h"
+#include "fovdlconfigurationparser.h"
+#include "fsafefile.h"
+
+#include <QFileInfo>
+#include <algorithm>
+#include <iostream>
+
+namespace
+{
+void aborted(const std::string &message)
+{
+    FLogMsg::info("FGenIntReader", message, "parsing process aborted", &std::cout);
+}
+
+std::string whereText(const QString &path, const FGenIntReading &reading)
+{
+    if (reading.line <= 0)
+        return std::string();
+    std::string text = S(path) + ":" + fromNumber((long long)reading.line, 10);
+    if (reading.columnFirst > 0)
+        text += ":" + fromNumber(reading.columnFirst, 10) + "-" +
+                fromNumber(reading.columnLast, 10);
+    return text;
+}
+
+bool isNumberType(const FExpr<FObject> &type)
+{
+    const auto object = type.getPtr();
+    return !object || object->isTypeOf(FDouble::mpNull);
+}
+} // namespace
+
+FGenIntRule FGenIntReader::ruleOf(const FGenIntResultsFileValue &value)
+{
+    FGenIntRule rule;
+    rule.name = value.mName;
+    rule.line = value.mLine;
+    rule.column = value.mColumn;
+    rule.anchor = value.mAnchor;
+    rule.first = value.mOccurrence == GenIntAnchorOccurrence::First;
+    rule.average = value.mCalcAverage;
+    rule.averageRows = value.averageRows();
+    return rule;
+}
+
+FGenIntColumns FGenIntReader::columnsOf(const FGenIntResultsFile &file)
+{
+    FGenIntColumns columns;
+    columns.numbers = file.getNumberSeparator();
+    columns.spacesAndTabs = file.getSpacesAndTabsSeparator();
+    columns.regExp = file.getRegExprSeparator();
+    return columns;
+}
+
+int FGenIntReader::getAnchorPos(const std::shared_ptr<FGenIntResultsFileValue> &value,
+                                const QString &text)
+{
+    return FGenIntReaderCore::getAnchorPos(ruleOf(*value), text);
+}
+
+bool FGenIntReader::sortValueNames(const FExpr<FObject> &a, const FExpr<FObject> &b)
+{
+    const auto x = a.ptr<FGenIntResultsFileValue>(), y = b.ptr<FGenIntResultsFileValue>();
+    if (!x || !y)
+        return false;
+    if (x->mLine != y->mLine)
+        return x->mLine < y->mLine;
+    return x->mColumn != y->mColumn ? x->mColumn < y->mColumn : x->mName < y->mName;
+}
+
+void FGenIntReader::sortResultsValues(std::vector<FExpr<FObject, true>> &values,
+                                      const QString &text)
+{
+    if (text.isEmpty())
+        return;
+    std::map<int, std::vector<FExpr<FObject, true>>> groups;
+    for (const auto &value : values)
+        if (const auto rule = value.ptr<FGenIntResultsFileValue>())
+            groups[std::max(0, getAnchorPos(rule, text))].push_back(value);
+    values.clear();
+    for (auto &group : groups) {
+        std::sort(group.second.begin(), group.second.end(), [](const auto &a, const auto &b) {
+            return sortValueNames(FExpr<FObject>(a), FExpr<FObject>(b));
+        });
+        values.insert(values.end(), group.second.begin(), group.second.end());
+    }
+}
+
+void FGenIntReader::read(const FExpr<FGenIntResultsFile> &handle,
+                         const std::shared_ptr<FTableData> &table, const QString &directory)
+{
+    const auto file = handle.getPtr();
+    if (!file || !table)
+        return;
+    if (!directory.isEmpty()) {
+        readFile(handle, table, directory + "/" + file->getFileName(), directory);
+        return;
+    }
+    mImportedObjects.clear();
+    const auto text = FGenIntText::fromString(file->text());
+    if (!text || text->isEmpty())
+        aborted("Empty content, nothing to parse");
+    else
+        fill(*file, table, *text, QString(), QString());
+}
+
+void FGenIntReader::read(const FExpr<FGenIntResultsFile> &handle,
+                         const FExpr<FResultsGeneric> &results, const QString &directory)
+{
+    const auto file = handle.getPtr();
+    const auto object = results.getPtr();
+    if (file && object)
+        read(handle, object->addTable(S(file->getFileName()), 0, 0), directory);
+}
+
+void FGenIntReader::readFile(const FExpr<FGenIntResultsFile> &handle,
+                             const std::shared_ptr<FTableData> &table, const QString &path,
+                             const QString &directory)
+{
+    const auto file = handle.getPtr();
+    if (!file || !table)
+        return;
+    mImportedObjects.clear();
+    QString why;
+    const auto text = FGenIntText::fromFile(path, &why);
+    if (!text) {
+        if (QFileInfo::exists(path)) // it is there, so its name alone doesn't tell the reason
+            FLogMsg::info("FGenIntReader", S(path) + ": " + S(why), std::string(), &std::cout);
+        aborted("Could not open file " + S(path) + " for reading");
+    } else if (text->isEmpty()) {
+        aborted("Empty content, nothing to parse");
+    } else {
+        fill(*file, table, *text, path, directory);
+    }
+}
+
+bool FGenIntReader::import(const FGenIntResultsFileValue &value, const QString &cell,
+                           const QString &directory)
+{
+    FOvdlConfigurationParser parser("");
+    if (!parser.doImport(value.mImportType, S(directory + cell), value.mName))
+        return false;
+    mImportedObjects = parser.objects();
+    return true;
+}
+
+void FGenIntReader::fill(const FGenIntResultsFile &file, const std::shared_ptr<FTableData> &table,
+                         const FGenIntText &text, const QString &path, const QString &directory)
+{
+    const auto values = file.values();
+    QVector<FGenIntRule> rules;
+    for (const auto &value : values)
+        rules.push_back(ruleOf(*value));
+    FGenIntReaderCore core(text);
+    static const int limit = FIni().value(QStringLiteral("Reader/timeLimit"), 5000).toInt();
+    core.setTimeLimit(limit);
+    std::vector<std::vector<double>> rows;
+    std::vector<std::string> names, tooltips;
+    std::vector<FTableData::Origin> origins;
+    for (const FGenIntReading &reading : core.read(rules, columnsOf(file))) {
+        const FGenIntResultsFileValue &value = *values[size_t(reading.rule)];
+        names.push_back(value.mName);
+        const auto type = value.mType.getPtr();
+        QString tooltip = Q(type ? type->getClass() : FDouble::mpNull->getClass());
+        std::string note = S(reading.notes.join(QStringLiteral(", ")));
+        if (!isNumberType(value.mType)) {
+            tooltip += "|" + reading.cell;
+            note.clear(); // the notes are about numbers
+            // A failed import leaves the name without a row; tables bear that.
+            if (!path.isEmpty() && type->isTypeOf(FFileName::mpNull) &&
+                !import(value, reading.cell, directory))
+                continue;
+        }
+        tooltips.push_back(S(tooltip));
+        rows.push_back({reading.value});
+        origins.push_back({whereText(path.isEmpty() ? file.getFileName() : path, reading), note});
+    }
+    table->setData(std::move(rows));
+    table->setAllVerticalHeaders(std::move(names));
+    table->setAllVerticalHeadersTooltips(std::move(tooltips));
+    table->setOrigins(std::move(origins));
+}

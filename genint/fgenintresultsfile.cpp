@@ -1,0 +1,307 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "fgenintresultsfile.h"
+
+#include "fcmdbinder.h"
+#include "fgenintworkbench.h"
+#include "fhistory.h"
+#include "fparameter.h"
+#include "fviewctrl.h"
+
+F_CLASS_IMPL(FGenIntResultsFile)
+
+namespace
+{
+QString numbered(const QString &name, const char *shortJoint, unsigned number)
+{
+    return name + (number <= 9 ? QLatin1String(shortJoint) : QLatin1String("_")) +
+           QString::number(number);
+}
+
+FExpr<FObjectList> copyOfRules(const FExpr<FObjectList> &rules)
+{
+    const auto list = rules.getPtr();
+    if (!list)
+        return {};
+    const auto copy = f_make_shared<FObjectList>(FGenIntResultsFileValue::mpNull, 0U);
+    for (const auto &rule : list->getObjects())
+        copy->append(FExprBase(rule.getPtr()->clone()));
+    return copy;
+}
+} // namespace
+
+FGenIntResultsFile::FGenIntResultsFile(std::string name) : FGenIntFile(std::move(name))
+{
+    if (!mInitPrototype)
+        mValues = f_make_shared<FObjectList>(FGenIntResultsFileValue::mpNull, 0U);
+}
+
+std::shared_ptr<FGenIntResultsFile> FGenIntResultsFile::create(const std::string &name)
+{
+    const auto file = f_make_shared<FGenIntResultsFile>(name);
+    file->registerObject();
+    return file;
+}
+
+void FGenIntResultsFile::constructFObject()
+{
+    FGenIntFile::constructFObject();
+    if (!mInitPrototype)
+        mValues.registerClient(shared_from_this(), false);
+}
+
+std::shared_ptr<FGenIntFile> FGenIntResultsFile::setFileName(const QString &name)
+{
+    const auto self = FGenIntFile::setFileName(name);
+    FGenIntWorkbench::instance()->refreshResultsFileEditors(this);
+    return self;
+}
+
+template <class T>
+void FGenIntResultsFile::assign(T &field, const T &value, const char *text)
+{
+    field = value;
+    setOutOfDate(0);
+    FHistoryTransaction transaction(nullptr, text, true);
+    transaction.addStep(shared_from_this());
+}
+
+void FGenIntResultsFile::setNumberSeparator(bool checked)
+{
+    assign(mNumberSeparator, checked, "set number separator");
+}
+void FGenIntResultsFile::setSpacesAndTabsSeparator(bool checked)
+{
+    assign(mSpacesAndTabsSeparator, checked, "set spaces and tabs separator");
+}
+void FGenIntResultsFile::setRegExprSeparator(const QString &regularExpression)
+{
+    assign(mRegExpSeparator, regularExpression, "set separator expression");
+}
+
+void FGenIntResultsFile::setRegExpSeparator(const std::string &regularExpression)
+{
+    setRegExprSeparator(Q(regularExpression));
+    if (!regularExpression.empty())
+        setNumberSeparator(false);
+}
+
+void FGenIntResultsFile::setTabSeparator(bool checked)
+{
+    if (!checked)
+        return;
+    setSpacesAndTabsSeparator(true);
+    setNumberSeparator(false);
+}
+
+void FGenIntResultsFile::addValue(const QString &name, int line, int column, const QString &anchor,
+                                  const QString &occurrence, bool calcAverage,
+                                  const FExpr<FUnsigned> &numAverageRows)
+{
+    const auto list = mValues.getPtr();
+    const QString given = name.isEmpty()
+                              ? numbered(QStringLiteral("ResultsValue"), "_0", list->count())
+                              : name;
+    const auto value = f_make_shared<FGenIntResultsFileValue>(
+        S(given), line, column, S(anchor), S(occurrence), FDouble::mpNull, std::string(),
+        calcAverage, numAverageRows);
+    mCurrentValue = value;
+    // A new list, so that what history knows of the old one stays as it was.
+    const auto longer = std::static_pointer_cast<FObjectList>(list->clone());
+    longer->append(FExprBase(value));
+    assign(mValues, FExpr<FObjectList>(longer), "add results value");
+}
+
+void FGenIntResultsFile::setValues(const FExpr<FObjectList> &values)
+{
+    const auto list = f_make_shared<FObjectList>(FGenIntResultsFileValue::mpNull, 0U);
+    if (const auto given = values.getPtr())
+        for (const auto &element : given->getObjects()) {
+            const auto value = f_make_shared<FGenIntResultsFileValue>();
+            value->setPrimitiveValue(element);
+            list->append(FExprBase(value));
+        }
+    if (mCurrentValue && list->count() > 0)
+        mCurrentValue = FExpr<FGenIntResultsFileValue>(list->getObject(0));
+    assign(mValues, FExpr<FObjectList>(list), "set values");
+}
+
+std::vector<std::shared_ptr<FGenIntResultsFileValue>> FGenIntResultsFile::values() const
+{
+    std::vector<std::shared_ptr<FGenIntResultsFileValue>> found;
+    if (const auto list = mValues.getPtr())
+        for (const auto &element : list->getObjects())
+            if (auto value = element.ptr<FGenIntResultsFileValue>())
+                found.push_back(std::move(value));
+    return found;
+}
+
+FExpr<FGenIntResultsFileValue> FGenIntResultsFile::getValue(const QString &name) const
+{
+    for (const auto &value : values())
+        if (Q(value->mName).compare(name, Qt::CaseInsensitive) == 0)
+            return value;
+    return {};
+}
+
+QString FGenIntResultsFile::getCurrentAnchor() const
+{
+    const auto value = mCurrentValue.getPtr();
+    return value ? Q(value->mAnchor) : QString();
+}
+
+GenIntAnchorOccurrence FGenIntResultsFile::getCurrentOccurrence() const
+{
+    const auto value = mCurrentValue.getPtr();
+    return value ? value->mOccurrence : GenIntAnchorOccurrence::Last;
+}
+
+int FGenIntResultsFile::getCurLine() const
+{
+    const auto value = mCurrentValue.getPtr();
+    return value ? value->mLine : 0;
+}
+
+int FGenIntResultsFile::getCurColumn() const
+{
+    const auto value = mCurrentValue.getPtr();
+    return value ? value->mColumn : 0;
+}
+
+bool FGenIntResultsFile::getCurCalcAverage() const
+{
+    const auto value = mCurrentValue.getPtr();
+    return value && value->mCalcAverage;
+}
+
+FExpr<FUnsigned> FGenIntResultsFile::getCurNumAverageRows() const
+{
+    const auto value = mCurrentValue.getPtr();
+    return value ? value->mNumAverageRows : FExpr<FUnsigned>();
+}
+
+void FGenIntResultsFile::setCurrentAnchor(const QString &anchor)
+{
+    if (const auto value = mCurrentValue.getPtr())
+        value->mAnchor = S(anchor);
+}
+
+void FGenIntResultsFile::setCurrentOccurrence(GenIntAnchorOccurrence occurrence)
+{
+    if (const auto value = mCurrentValue.getPtr())
+        value->mOccurrence = occurrence;
+}
+
+QString FGenIntResultsFile::setCurValueName(const QString &newName)
+{
+    const auto value = mCurrentValue.getPtr();
+    if (!value || newName == Q(value->mName))
+        return newName;
+    FHistoryTransaction transaction(nullptr, "Set results value name", true);
+    QString candidate = newName;
+    for (unsigned n = 1; getValue(candidate); ++n)
+        candidate = numbered(newName, "_0", n);
+    value->setName(S(candidate));
+    setOutOfDate(0);
+    transaction.addStep(shared_from_this());
+    return candidate;
+}
+
+void FGenIntResultsFile::deleteCurrentValue()
+{
+    if (!mCurrentValue)
+        return;
+    const auto shorter = std::static_pointer_cast<FObjectList>(mValues.getPtr()->clone());
+    shorter->remove(mCurrentValue);
+    assign(mValues, FExpr<FObjectList>(shorter), "delete results value");
+}
+
+FExpr<FParameter> FGenIntResultsFile::createParam(const QString &valueName,
+                                                  const QString &computationName,
+                                                  bool highlight) const
+{
+    if (!getValue(valueName))
+        return {};
+    const FExprBase expression = FExprBase::resolve(
+        S(computationName) + ".getResults().getTable(" + FLiteral::quoted(S(getFileName())) +
+        ").getElementAt(" + FLiteral::quoted(S(valueName)) + ")");
+    if (!expression)
+        return {};
+    const std::string name = "eval_" + S(valueName);
+    FHistory::instance()->startTransaction("create evaluation: " + name);
+    const FExpr<FParameter> parameter =
+        FParameter::create(FObjectManager::instance()->getWorkingScope(), name, FDouble());
+    parameter->setImediateUpdate(false, false);
+    parameter->setValue(expression);
+    FHistory::instance()->commit(true);
+    if (highlight)
+        FObjectTree::instance()->highlight({FExpr<FObject, true>(parameter)});
+    return parameter;
+}
+
+void FGenIntResultsFile::init(const std::shared_ptr<FGenIntResultsFile> &source)
+{
+    FGenIntFile::init(std::static_pointer_cast<FGenIntFile>(source));
+    if (!source || source->isNull())
+        return;
+    setNumberSeparator(source->mNumberSeparator);
+    setSpacesAndTabsSeparator(source->mSpacesAndTabsSeparator);
+    setRegExprSeparator(source->mRegExpSeparator);
+    // The rules are handed over in their list form, which is what setValues reads.
+    setValues(FExpr<FObjectList>(FExprBase::resolve(source->mValues.toString())));
+}
+
+std::shared_ptr<FObject> FGenIntResultsFile::clone() const
+{
+    const auto copy = f_make_shared<FGenIntResultsFile>(getName());
+    copy->registerObject();
+    copy->init(std::const_pointer_cast<FGenIntResultsFile>(shared_from_base<FGenIntResultsFile>()));
+    return copy;
+}
+
+void FGenIntResultsFile::visitState(FStateVisitor &state)
+{
+    FGenIntFile::visitState(state);
+    // Editors write into the rules themselves, so history keeps copies of them.
+    FExpr<FObjectList> rules = state.isCapture() ? copyOfRules(mValues) : FExpr<FObjectList>();
+    state(mNumberSeparator)(mSpacesAndTabsSeparator)(mRegExpSeparator)(rules);
+    if (!state.isCapture())
+        mValues = copyOfRules(rules);
+}
+
+void FGenIntResultsFile::initCmds()
+{
+    using T = FGenIntResultsFile;
+    FCmdBinder<T> c;
+    c.creator("genericIntegrationResultsFile", &T::create);
+    c.attribute("setValues", &T::setValues, &T::getValues, FArg{"values"})
+        .title("Values")
+        .component("")
+        .systemFlag(2)
+        .hidden();
+    c.attribute("setNumberSeparator", &T::setNumberSeparator, &T::getNumberSeparator,
+                FArg{"checked"})
+        .title("Find Numbers")
+        .component("")
+        .systemFlag(2)
+        .hidden();
+    c.attribute("setSpacesAndTabsSeparator", &T::setSpacesAndTabsSeparator,
+                &T::getSpacesAndTabsSeparator, FArg{"checked"})
+        .title("Spaces and Tabs Separator")
+        .component("")
+        .systemFlag(2)
+        .hidden();
+    c.attribute("setRegExprSeparator", &T::setRegExprSeparator, &T::getRegExprSeparator,
+                FArg{"regularExpression"})
+        .title("RegExp Separator")
+        .component("")
+        .systemFlag(2)
+        .hidden();
+    c.member("setRegExpSeparator", &T::setRegExpSeparator, FArg{"regularExpression"}).systemFlag(1);
+    c.member("setSpaceSeparator", &T::setSpaceSeparator, FArg{"checked"}).systemFlag(1);
+    c.member("setTabSeaparator", &T::setTabSeparator, FArg{"checked"}).systemFlag(1);
+    c.flushNow();
+    // The line ending is not hidden here: the name below is the one that was looked up, and no
+    // command is registered under it. Projects rely on the attribute being there.
+    FCmdManager::instance()->hide(
+        T::mpNull, FObject::getPrototype("FAttribCmdFGenIntCommandFilesetForceWindowsLineEndingsbool"));
+}

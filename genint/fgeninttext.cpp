@@ -1,0 +1,339 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "fgeninttext.h"
+
+#include <QFile>
+#include <QTextCodec>
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
+namespace
+{
+/// Counts line feeds, and ors all bytes into \p bits.
+quint32 look(const uchar *p, qint64 n, uchar *bits)
+{
+    quint32 count = 0;
+    qint64 i = 0;
+    uchar seen = 0;
+#ifdef __SSE2__
+    const __m128i feed = _mm_set1_epi8('\n');
+    const __m128i zero = _mm_setzero_si128();
+    __m128i all = zero;
+    __m128i total = zero;
+    while (n - i >= 16) {
+        // One byte counter holds at most 255 hits, so the counters are emptied in time.
+        const qint64 end = i + std::min<qint64>((n - i) / 16, 255) * 16;
+        __m128i hits = zero;
+        for (; i < end; i += 16) {
+            const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p + i));
+            all = _mm_or_si128(all, v);
+            hits = _mm_sub_epi8(hits, _mm_cmpeq_epi8(v, feed));
+        }
+        total = _mm_add_epi64(total, _mm_sad_epu8(hits, zero));
+    }
+    count = static_cast<quint32>(_mm_cvtsi128_si64(total)) +
+            static_cast<quint32>(_mm_cvtsi128_si64(_mm_srli_si128(total, 8)));
+    seen = _mm_movemask_epi8(all) != 0 ? 0x80 : 0;
+#endif
+    for (; i < n; ++i) {
+        seen |= p[i];
+        count += p[i] == '\n';
+    }
+    *bits = seen;
+    return count;
+}
+
+quint32 look(const char16_t *p, qint64 n)
+{
+    return static_cast<quint32>(std::count(p, p + n, u'\n'));
+}
+
+qint64 nextFeed(const uchar *p, qint64 from, qint64 to)
+{
+    const void *hit = from < to ? memchr(p + from, '\n', static_cast<size_t>(to - from)) : nullptr;
+    return hit ? static_cast<const uchar *>(hit) - p : -1;
+}
+
+qint64 nextFeed(const char16_t *p, qint64 from, qint64 to)
+{
+    const char16_t *hit = std::find(p + from, p + std::max(from, to), u'\n');
+    return hit < p + to ? hit - p : -1;
+}
+
+template <class U> qint64 lastFeed(const U *p, qint64 from, qint64 to)
+{
+    while (to > from) {
+        if (p[--to] == '\n') {
+            return to;
+        }
+    }
+    return -1;
+}
+
+QString kindOf(const struct stat &info)
+{
+    if (S_ISDIR(info.st_mode)) {
+        return QStringLiteral("is a directory");
+    }
+    if (S_ISFIFO(info.st_mode)) {
+        return QStringLiteral("is a FIFO");
+    }
+    if (S_ISSOCK(info.st_mode)) {
+        return QStringLiteral("is a socket");
+    }
+    return S_ISREG(info.st_mode) ? QString() : QStringLiteral("is a device");
+}
+
+class FDescriptor
+{
+public:
+    explicit FDescriptor(int fd) : mFd(fd) {}
+    FDescriptor(const FDescriptor &) = delete;
+    FDescriptor &operator=(const FDescriptor &) = delete;
+    ~FDescriptor()
+    {
+        if (mFd >= 0) {
+            ::close(mFd);
+        }
+    }
+    int get() const { return mFd; }
+
+private:
+    int mFd;
+};
+
+bool readWhole(int fd, std::string *content)
+{
+    char buffer[1 << 16];
+    for (;;) {
+        const ssize_t n = ::read(fd, buffer, sizeof buffer);
+        if (n > 0) {
+            content->append(buffer, static_cast<size_t>(n));
+        } else if (n == 0) {
+            return true;
+        } else if (errno != EINTR) {
+            return false;
+        }
+    }
+}
+} // namespace
+
+FGenIntText::~FGenIntText()
+{
+    if (mMap) {
+        ::munmap(mMap, mMapSize);
+    }
+}
+
+std::unique_ptr<FGenIntText> FGenIntText::fromFile(const QString &path, QString *why)
+{
+    QString ignored;
+    QString &reason = why ? *why : ignored;
+    const QByteArray name = QFile::encodeName(path);
+    // The kind is asked before opening: opening a device or a FIFO may itself do something.
+    struct stat info = {};
+    if (::stat(name.constData(), &info) != 0) {
+        reason = qt_error_string(errno);
+        return nullptr;
+    }
+    reason = kindOf(info);
+    if (!reason.isEmpty()) {
+        return nullptr;
+    }
+    const FDescriptor file(::open(name.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (file.get() < 0 || ::fstat(file.get(), &info) != 0) {
+        reason = qt_error_string(errno);
+        return nullptr;
+    }
+    reason = kindOf(info);
+    if (!reason.isEmpty()) {
+        return nullptr;
+    }
+    std::unique_ptr<FGenIntText> text(new FGenIntText);
+    const auto size = static_cast<size_t>(info.st_size);
+    void *map = size ? ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE, file.get(), 0) : MAP_FAILED;
+    if (map != MAP_FAILED) {
+        text->mMap = map;
+        text->mMapSize = size;
+        text->setBytes(static_cast<const uchar *>(map), static_cast<qint64>(size));
+        return text;
+    }
+    // Some file systems cannot map, and some files of no length have content all the same.
+    if (!readWhole(file.get(), &text->mRead)) {
+        reason = qt_error_string(errno);
+        return nullptr;
+    }
+    text->setBytes(reinterpret_cast<const uchar *>(text->mRead.data()),
+                   static_cast<qint64>(text->mRead.size()));
+    return text;
+}
+
+std::unique_ptr<FGenIntText> FGenIntText::fromString(const QString &text)
+{
+    std::unique_ptr<FGenIntText> result(new FGenIntText);
+    result->mString = text;
+    result->mWide = reinterpret_cast<const char16_t *>(result->mString.utf16());
+    result->mSize = text.size();
+    result->mBlocks.assign(static_cast<size_t>((result->mSize + kBlock - 1) / kBlock), kUnseen);
+    return result;
+}
+
+void FGenIntText::setBytes(const uchar *bytes, qint64 size)
+{
+    mBytes = bytes;
+    mSize = size;
+    if (size >= 3 && memcmp(bytes, "\xEF\xBB\xBF", 3) == 0) {
+        mBytes += 3;
+        mSize -= 3;
+    }
+    // Whether such a text is empty at all is only known once it is decoded.
+    if (mSize > 0 && mBytes[0] >= 0x80) {
+        mBytes = bytes;
+        mSize = size;
+        widen();
+        return;
+    }
+    const auto *head = reinterpret_cast<const char *>(bytes);
+    QTextCodec *codec = QTextCodec::codecForUtfText(
+        QByteArray::fromRawData(head, static_cast<int>(std::min<qint64>(size, 16))), nullptr);
+    if (codec && codec->mibEnum() != 106) {
+        widen();
+        return;
+    }
+    mBlocks.assign(static_cast<size_t>((mSize + kBlock - 1) / kBlock), kUnseen);
+}
+
+void FGenIntText::widen() const
+{
+    const uchar *whole = mMap ? static_cast<const uchar *>(mMap)
+                              : reinterpret_cast<const uchar *>(mRead.data());
+    const qint64 size = static_cast<qint64>(mMap ? mMapSize : mRead.size());
+    // The pieces are those a text stream reads; how a sequence that is broken at their border comes
+    // out depends on them.
+    constexpr qint64 piece = 16384;
+    const auto *source = reinterpret_cast<const char *>(whole);
+    QTextCodec *codec = QTextCodec::codecForUtfText(
+        QByteArray::fromRawData(source, static_cast<int>(std::min(size, piece))),
+        QTextCodec::codecForMib(106));
+    QTextCodec::ConverterState state;
+    // No encoding gives more units than it has bytes, but for what a piece keeps from the last.
+    mDecoded.reset(new char16_t[static_cast<size_t>(size) + 16]);
+    qint64 length = 0;
+    for (qint64 i = 0; i < size; i += piece) {
+        const QString part =
+            codec->toUnicode(source + i, static_cast<int>(std::min(piece, size - i)), &state);
+        memcpy(mDecoded.get() + length, part.utf16(), static_cast<size_t>(part.size()) * 2);
+        length += part.size();
+    }
+    mWide = mDecoded.get();
+    mBytes = nullptr;
+    mSize = length;
+    mPlain = true;
+    mBlocks.assign(static_cast<size_t>((mSize + kBlock - 1) / kBlock), kUnseen);
+}
+
+QString FGenIntText::mid(qint64 from, qint64 length) const
+{
+    const int n = static_cast<int>(std::min<qint64>(length, (1 << 30) - 64));
+    return mWide ? QString(reinterpret_cast<const QChar *>(mWide + from), n)
+                 : QString::fromLatin1(reinterpret_cast<const char *>(mBytes + from), n);
+}
+
+quint32 FGenIntText::block(qint64 index) const
+{
+    quint32 &count = mBlocks[static_cast<size_t>(index)];
+    if (count == kUnseen) {
+        const qint64 from = index * kBlock;
+        const qint64 n = std::min(kBlock, mSize - from);
+        if (mWide) {
+            count = look(mWide + from, n);
+        } else {
+            uchar bits = 0;
+            count = look(mBytes + from, n, &bits);
+            mPlain = mPlain && bits < 0x80;
+        }
+    }
+    return count;
+}
+
+void FGenIntText::examine(qint64 from, qint64 to) const
+{
+    for (qint64 i = from / kBlock; i * kBlock < to; ++i) {
+        block(i);
+    }
+}
+
+qint64 FGenIntText::lineFeedFrom(qint64 from, qint64 n, qint64 limit) const
+{
+    while (from < limit) {
+        const qint64 index = from / kBlock;
+        const qint64 end = std::min((index + 1) * kBlock, limit);
+        const quint32 count = block(index);
+        // A whole block that does not hold the wanted one is passed over by its number.
+        if (count == 0 || (from == index * kBlock && end == from + kBlock && count < n)) {
+            n -= count;
+            from = end;
+            continue;
+        }
+        const qint64 hit = mWide ? nextFeed(mWide, from, end) : nextFeed(mBytes, from, end);
+        if (hit < 0) {
+            from = end;
+        } else if (--n == 0) {
+            return hit;
+        } else {
+            from = hit + 1;
+        }
+    }
+    return -1;
+}
+
+qint64 FGenIntText::lineFeedBefore(qint64 end, qint64 n, qint64 *found) const
+{
+    const qint64 wanted = n;
+    while (end > 0) {
+        const qint64 index = (end - 1) / kBlock;
+        const qint64 from = index * kBlock;
+        const quint32 count = block(index);
+        if (count == 0 || (end == std::min(from + kBlock, mSize) && count < n)) {
+            n -= count;
+            end = from;
+            continue;
+        }
+        const qint64 hit = mWide ? lastFeed(mWide, from, end) : lastFeed(mBytes, from, end);
+        if (hit < 0) {
+            end = from;
+        } else if (--n == 0) {
+            return hit;
+        } else {
+            end = hit;
+        }
+    }
+    if (found) {
+        *found = wanted - n;
+    }
+    return -1;
+}
+
+qint64 FGenIntText::lineFeedsUpTo(qint64 position) const
+{
+    qint64 count = 0;
+    const qint64 last = position / kBlock;
+    for (qint64 i = 0; i < last; ++i) {
+        count += block(i);
+    }
+    const qint64 from = last * kBlock;
+    if (from < position) {
+        examine(from, position);
+        uchar bits = 0;
+        count += mWide ? look(mWide + from, position - from)
+                       : look(mBytes + from, position - from, &bits);
+    }
+    return count;
+}

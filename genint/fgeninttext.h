@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef FGENINTTEXT_H
+#define FGENINTTEXT_H
+
+#include <QString>
+#include <memory>
+#include <string>
+#include <vector>
+
+/// Holds the text that rules are read from: a mapped file, or a string.
+///
+/// A file of plain ASCII stays as it is mapped and is looked at piece by piece, only where somebody
+/// asks; anything else is decoded into UTF-16 once (UTF-8, or what a byte order mark says). All
+/// positions count units of the present form, from 0. Not thread-safe, not even for const calls: the
+/// text remembers what it has already looked at.
+class FGenIntText
+{
+public:
+    ~FGenIntText();
+    FGenIntText(const FGenIntText &) = delete;
+    FGenIntText &operator=(const FGenIntText &) = delete;
+
+    /// Opens a regular file. Null, and the reason in words in \p why, for anything that cannot be
+    /// read: a missing file, a directory, a FIFO, a socket, a device.
+    static std::unique_ptr<FGenIntText> fromFile(const QString &path, QString *why);
+    static std::unique_ptr<FGenIntText> fromString(const QString &text);
+
+    bool isEmpty() const { return mSize == 0; }
+    qint64 size() const { return mSize; }
+    /// True if the text is held as UTF-16, false if as bytes.
+    bool isWide() const { return mWide != nullptr; }
+    const uchar *bytes() const { return mBytes; }
+    const char16_t *wide() const { return mWide; }
+    QString mid(qint64 from, qint64 length) const;
+
+    /// Looks at a stretch: counts its line feeds and notices bytes that are not ASCII.
+    void examine(qint64 from, qint64 to) const;
+    /// False once a stretch of bytes turned out not to be ASCII: what was derived from the bytes so
+    /// far is void, and widen() is due.
+    bool isPlain() const { return mPlain; }
+    /// Goes over to UTF-16; positions got before are void.
+    void widen() const;
+
+    /// Position of the \p n th line feed (from 1) at or behind \p from, before \p limit; -1 if none.
+    qint64 lineFeedFrom(qint64 from, qint64 n, qint64 limit) const;
+    /// Position of the \p n th line feed (from 1) before \p end, counted backward; -1 if there are
+    /// not so many, and then \p found, if given, holds how many there are.
+    qint64 lineFeedBefore(qint64 end, qint64 n, qint64 *found = nullptr) const;
+    /// Number of line feeds before \p position.
+    qint64 lineFeedsUpTo(qint64 position) const;
+
+    static constexpr qint64 kBlock = 1 << 16; ///< units that are examined together
+
+private:
+    FGenIntText() = default;
+    void setBytes(const uchar *bytes, qint64 size);
+    quint32 block(qint64 index) const;
+
+    void *mMap = nullptr;
+    size_t mMapSize = 0;
+    std::string mRead; ///< content of a file that cannot be mapped
+    QString mString;
+    mutable const uchar *mBytes = nullptr;
+    mutable const char16_t *mWide = nullptr;
+    mutable qint64 mSize = 0;
+    mutable bool mPlain = true;
+    mutable std::unique_ptr<char16_t[]> mDecoded;
+    mutable std::vector<quint32> mBlocks; ///< line feeds of each block; kUnseen before a look
+    static constexpr quint32 kUnseen = ~0U;
+};
+#endif

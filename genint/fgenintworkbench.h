@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef FGENINTWORKBENCH_H
+#define FGENINTWORKBENCH_H
+#include "fexpr.h"
+
+class FDefinitionGenInt;
+class FGenIntComputation;
+class FGenIntResultsFile;
+
+/// What the model asks of an open workbench. Without one every call is a no-op.
+class FGenIntWorkbench
+{
+public:
+    virtual ~FGenIntWorkbench() = default;
+    static FGenIntWorkbench *instance();
+    static void setInstance(FGenIntWorkbench *workbench);
+
+    virtual void refreshCommandFileEditors(const FDefinitionGenInt *) {}
+    virtual void refreshResultsFileEditors(const FGenIntResultsFile *) {}
+    /// Scenes of a definition are rebuilt.
+    virtual void definitionChanged(const FDefinitionGenInt *) {}
+    virtual void setTitles(const FGenIntComputation *, const std::string &) {}
+    virtual void disableGui(const FGenIntComputation *, bool) {}
+    virtual void open(const FGenIntComputation *) {}
+};
+#endif

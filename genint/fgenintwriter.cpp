@@ -1,0 +1,181 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "fgenintwriter.h"
+
+#include "fdefinitiongenint.h"
+#include "fgenintcommandfile.h"
+#include "fgenintwritercore.h"
+#include "flogmsg.h"
+#include "fsafefile.h"
+
+#include <QDir>
+#include <iostream>
+
+namespace
+{
+const char kSource[] = "Generic Integration Writer";
+
+/// Gives the text of a tag: entries looked up by name, their values made once per write.
+class FTagValues
+{
+public:
+    FTagValues(const FGenIntWriter::EntryMap &entries,
+               const FExpr<FConfigurationGenInt> &configuration, bool preview)
+        : mConfiguration(configuration)
+        , mPreview(preview)
+        , mNames(keysOf(entries))
+    {
+        for (const auto &entry : entries)
+            mItems.push_back(&entry);
+    }
+
+    bool operator()(const QString &name, QString *text) const
+    {
+        for (const int candidate : mNames.candidates(name)) {
+            const auto &item = *mItems[size_t(candidate)];
+            if (const auto object = item.second.getPtr())
+                return textOf(item.first, object, text);
+        }
+        const auto configuration = mConfiguration.getPtr();
+        FLogMsg::info(kSource,
+                      "Entry " + S(name) + " is not part of configuration " +
+                          (configuration ? configuration->getName() : std::string()),
+                      "Entry skipped", &std::cout);
+        return false;
+    }
+
+private:
+    static std::vector<QString> keysOf(const FGenIntWriter::EntryMap &entries)
+    {
+        std::vector<QString> keys;
+        for (const auto &entry : entries)
+            keys.push_back(entry.first);
+        return keys;
+    }
+
+    bool textOf(const QString &key, const std::shared_ptr<FObject> &object, QString *text) const
+    {
+        if (const auto entry = std::dynamic_pointer_cast<FEntry>(object)) {
+            const FExprBase &value = entry->getValue();
+            if (mPreview && !value.canSafelyBeUpdated(false)) {
+                *text = Q(value.toString()).replace('\\', '/');
+                return true;
+            }
+            const auto basic = std::dynamic_pointer_cast<FBasicType>(value.getValueObject());
+            *text = basic ? Q(basic->toPlainString()) : QStringLiteral("SHOULD_BE_EXPORTED");
+            return true;
+        }
+        if (std::dynamic_pointer_cast<FGenIntFile>(object)) {
+            *text = key.mid(int(ENTRYGROUP_EXPORTS.size()) + 1);
+            return true;
+        }
+        return false;
+    }
+
+    const FExpr<FConfigurationGenInt> &mConfiguration;
+    bool mPreview;
+    FGenIntEntryNames mNames;
+    std::vector<const FGenIntWriter::EntryMap::value_type *> mItems;
+};
+
+std::shared_ptr<FDefinitionGenInt> definitionOf(const FExpr<FConfigurationGenInt> &handle)
+{
+    const auto configuration = handle.getPtr();
+    const auto definition =
+        configuration ? configuration->getDefinition().ptr<FDefinitionGenInt>() : nullptr;
+    if (!definition)
+        FLogMsg::info("FGenIntWriter",
+                      configuration ? "No definition found" : "No configuration found",
+                      "Exporting command files aborted", &std::cout);
+    return definition;
+}
+
+bool writeFile(const FGenIntCommandFile &file, const FTagValues &values, const QString &directory)
+{
+    const QString path = directory + file.getFileName();
+    const auto fail = [&](const QString &why) {
+        FLogMsg::info(kSource, "Could not open file " + S(path) + " for writing.",
+                      "Writing process aborted." + (why.isEmpty() ? std::string() : " " + S(why)),
+                      &std::cout);
+        return false;
+    };
+    QString why;
+    const QString target = safeJoin(directory, file.getFileName(), &why);
+    if (target.isEmpty())
+        return fail(QString());
+    // A backslash separates folders too, though only here.
+    const QString folder = path.left(path.lastIndexOf(QRegExp("/|\\\\")));
+    if (!QDir(folder).exists())
+        QDir().mkpath(folder);
+    const QByteArray bytes = file.expander().expandUtf8(std::cref(values));
+    if (!FSafeFile::writePlain(target, bytes.constData(), bytes.size(), &why))
+        return fail(QString());
+    return true;
+}
+} // namespace
+
+void FGenIntWriter::getUsedEntries(const FExpr<FGenIntFile> &file,
+                                   std::vector<QString> &names) const
+{
+    if (const auto object = file.getPtr())
+        for (const QString &name : FGenIntTagScanner::names(object->text(), Qt::CaseInsensitive))
+            names.push_back(name);
+}
+
+void FGenIntWriter::parse(QTextStream &out, const QString &text, const EntryMap &entries,
+                          const FExpr<FConfigurationGenInt> &configuration, bool preview,
+                          bool forceWindowsLineEndings) const
+{
+    const FTagValues values(entries, configuration, preview);
+    out << FGenIntExpander::expand(text, forceWindowsLineEndings, std::cref(values));
+    out.flush();
+}
+
+bool FGenIntWriter::write(const FExpr<FConfigurationGenInt> &configuration,
+                          const QString &directory) const
+{
+    const auto definition = definitionOf(configuration);
+    if (!definition)
+        return false;
+    const auto object = configuration.getPtr();
+    object->update(nullptr);
+    EntryMap entries = object->getEntryMap();
+    const auto files = definition->getFiles(0);
+    for (const auto &handle : files)
+        if (const auto file = handle.getPtr())
+            entries.emplace(Q(ENTRYGROUP_EXPORTS) + "|" + file->getFileName(),
+                            FExpr<FObject>(file));
+    const FTagValues values(entries, configuration, false);
+    for (const auto &handle : files) {
+        const auto file = handle.ptr<FGenIntCommandFile>();
+        if (file && !writeFile(*file, values, directory))
+            return false;
+    }
+    for (const auto &item : entries) {
+        const auto entry = item.second.ptr<FEntry>();
+        const auto value =
+            entry ? std::dynamic_pointer_cast<FBasicType>(entry->getValue().getValueObject())
+                  : nullptr;
+        if (value && value->getType() == FFileName::mpNull)
+            value->update(nullptr);
+    }
+    return true;
+}
+
+bool FGenIntWriter::write(const FExpr<FConfigurationGenInt> &configuration,
+                          std::map<std::string, std::string> &preview) const
+{
+    const auto definition = definitionOf(configuration);
+    if (!definition)
+        return false;
+    EntryMap entries = configuration->getEntryMap();
+    const auto files = definition->getFiles(0);
+    for (const auto &handle : files)
+        if (const auto file = handle.getPtr())
+            entries.emplace(file->getFileName(), FExpr<FObject>(file));
+    const FTagValues values(entries, configuration, true);
+    for (const auto &handle : files)
+        if (const auto file = handle.getPtr())
+            preview[S(file->getFileName())] =
+                S(FGenIntExpander::expand(file->text(), false, std::cref(values)));
+    return true;
+}

@@ -1,0 +1,208 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef FCMD_H
+#define FCMD_H
+#include "fexpr.h"
+
+#include <functional>
+
+enum class FCommandKind { Creator, Attribute, Member, MutableMember, Global, Operator };
+
+/// Outcome of a call: a value (may be null) or the reason why there is none.
+struct FResult
+{
+    FExprBase value;
+    std::string error;
+    static FResult fail(std::string why) { return {FExprBase(), std::move(why)}; }
+};
+
+/// What a command answers that has no result but may fail; an empty text is success.
+struct FStatus
+{
+    std::string error;
+    explicit operator bool() const { return error.empty(); }
+};
+
+/// One argument of a command.
+struct FArgInfo
+{
+    std::string name;
+    std::string type;        ///< script name of the type
+    const FClassInfo *klass; ///< class that a handle must refer to; null for native types
+    bool hasDefault = false;
+    std::string defaultText; ///< script text of the default
+};
+
+/// All that is known of one script command. Presentation never stops saving or execution.
+struct FCommandInfo
+{
+    FCommandKind kind = FCommandKind::Member;
+    const FClassInfo *receiver = nullptr; ///< null for globals without a class
+    std::string name;
+    std::string returns; ///< script name of the result type, "none" without one
+    const FClassInfo *returnClass = nullptr;
+    std::vector<FArgInfo> args;
+    /// Calls with as many arguments as there are; missing ones are null handles.
+    std::function<FResult(FObject *, const std::vector<FExprBase> &)> call;
+    std::function<FExprBase(const FObject *)> currentValue; ///< attributes only
+
+    // Presentation and saving
+    std::string title, component, category, menuEntry, menuIcon, requiredCmd;
+    double categoryWeight = 0;
+    int menuPosition = 0;
+    unsigned userLevel = 0, cmdFlags = 0, systemFlag = 0;
+    bool hidden = false, readOnly = false, guiThread = false, attrAsExpr = true;
+    bool needsGuiReinit = false, selectOnExec = false, saved = true, hasLabel = true;
+    bool recorded = true; ///< history keeps the receiver's state
+    std::function<bool(const FObject *)> savedIf; ///< saved only if it answers true
+
+    std::string receiverName() const { return receiver ? receiver->name : std::string(); }
+    /// The public class name, put together from kind, receiver, name and types.
+    std::string publicName() const;
+    /// Key of the documentation text: "!Class.kind.name(type,argument,...)".
+    std::string documentationKey() const;
+    /// A command that only calculates: it is called anew when its receiver or an argument changes.
+    bool pure = false;
+    bool isConst() const { return kind == FCommandKind::Member; }
+    bool isPure() const { return pure || isConst() || kind == FCommandKind::Operator; }
+    size_t requiredArgs() const;
+};
+
+/// A command prototype, or, as a clone with arguments, a node of an expression.
+class FCmd : public FObject
+{
+    F_CLASS(FCmd, FObject)
+public:
+    explicit FCmd(std::shared_ptr<const FCommandInfo> info = nullptr);
+
+    const FCmd *isFCmd() const override { return this; }
+    const FCommandInfo &info() const { return *mInfo; }
+    const std::shared_ptr<const FCommandInfo> &infoPtr() const { return mInfo; }
+    /// A command of the right family (creator, attribute, member, global) for \p info.
+    static std::shared_ptr<FCmd> make(const std::shared_ptr<const FCommandInfo> &info);
+    std::shared_ptr<FCmd> cloneCmd() const { return make(mInfo); }
+    std::shared_ptr<FObject> clone() const override { return cloneCmd(); }
+
+    /// False if the receiver doesn't fit the command.
+    bool setReceiver(const FExprBase &receiver);
+    const FExprBase &getReceiver() const { return mReceiver; }
+    void setArguments(const std::vector<FExprBase> &arguments);
+    const std::vector<FExprBase> &arguments() const { return mArguments; }
+    FExprBase getArgument(unsigned index) const;
+    /// Runs after the call and before the base update; may look at the result.
+    void setPostExecution(std::function<void(const std::shared_ptr<const FCmd> &)> function)
+    {
+        mPost = std::move(function);
+    }
+
+    /// The result of the command, executed if it is stale or never was.
+    std::shared_ptr<FObject> evaluate() const;
+    /// Executes and tells whether that went well; the reason of a failure is error().
+    bool execute();
+    const FExprBase &result() const { return mResult; }
+    const std::string &error() const { return mError; }
+    void doUpdate() const override;
+
+    std::shared_ptr<FObject> valueObject() const override;
+    const FClassInfo &valueClass() const override;
+    std::string scriptText() const override;
+    bool isValid() const override { return mError.empty(); }
+    /// Value of the attribute on the receiver, for editors and the project writer.
+    FExprBase getCurrentValue(bool *differs = nullptr) const;
+
+protected:
+    void setResult(const FExprBase &result)
+    {
+        mResult = result;
+        setUpToDate();
+    }
+
+private:
+    FResult callOne(FObject *receiver) const;
+    FResult call() const;
+    std::string argumentText() const;
+
+    std::shared_ptr<const FCommandInfo> mInfo;
+    FExprBase mReceiver;
+    std::vector<FExprBase> mArguments;
+    std::function<void(const std::shared_ptr<const FCmd> &)> mPost;
+    mutable FExprBase mResult;
+    mutable std::string mError;
+};
+
+class FMemberCmd : public FCmd
+{
+    F_CLASS(FMemberCmd, FCmd)
+public:
+    using FCmd::FCmd;
+    FMemberCmd() = default;
+};
+
+class FAttribCmd : public FMemberCmd
+{
+    F_CLASS(FAttribCmd, FMemberCmd)
+public:
+    using FMemberCmd::FMemberCmd;
+    FAttribCmd() = default;
+};
+
+class FCreateCmd : public FCmd
+{
+    F_CLASS(FCreateCmd, FCmd)
+public:
+    using FCmd::FCmd;
+    FCreateCmd() = default;
+    /// Name of the object that is made.
+    void setValue(const std::string &name) { mName = name; }
+    const std::string &name() const { return mName; }
+    /// Takes an object that was made otherwise as the one that this command made.
+    void setMade(const FExprBase &object);
+    std::string scriptText() const override;
+
+private:
+    std::string mName;
+};
+
+/// The registry of all commands.
+class FCmdManager
+{
+public:
+    using Info = std::shared_ptr<const FCommandInfo>;
+    static FCmdManager *instance();
+
+    /// Enters a command, and its prototype under its public name. The public name is unique.
+    void add(const std::shared_ptr<FCommandInfo> &info);
+    const std::vector<Info> &all() const { return mAll; }
+    /// Members and attributes of a name that a class understands: most derived first, hidden ones
+    /// left out.
+    std::vector<Info> getByReceiver(const FClassInfo &receiver, const std::string &name) const;
+    std::shared_ptr<FCmd> getByReceiver(const std::shared_ptr<FObject> &receiver,
+                                        const std::string &name, bool) const;
+    /// Attributes of a class in the order of registration, base class first.
+    std::vector<Info> attributes(const FClassInfo &receiver) const;
+    std::vector<std::shared_ptr<FCmd>>
+    getAttributesByReceiver(const std::shared_ptr<FObject> &receiver) const;
+    std::vector<Info> creators(const std::string &word) const;
+    std::vector<Info> globals(const std::string &name) const;
+    /// The creator that makes objects of a class, null if none does.
+    Info creatorOf(const FClassInfo &made) const;
+    /// Takes an inherited command out of a class's view; null arguments are tolerated.
+    void hide(const std::shared_ptr<FObject> &receiver, const std::shared_ptr<FObject> &command);
+    bool isHidden(const FClassInfo &receiver, const FCommandInfo &command) const;
+
+private:
+    std::vector<Info> mAll;
+    std::map<std::pair<const FClassInfo *, std::string>, std::vector<Info>> mByReceiver;
+    std::map<std::string, std::vector<Info>> mCreators, mGlobals;
+    std::map<const FClassInfo *, std::set<const FCommandInfo *>> mHidden;
+};
+
+namespace FCommands
+{
+/// Picks the command whose arguments fit the given ones: exact types first, then a whole number
+/// for an unsigned or a real one. Null and the reason in \p why if none fits.
+FCmdManager::Info pick(const std::vector<FCmdManager::Info> &candidates,
+                       const std::vector<FExprBase> &arguments, std::string *why);
+/// "setFileName(QString fileName)" for messages and help.
+std::string signature(const FCommandInfo &info);
+} // namespace FCommands
+#endif

@@ -1,0 +1,284 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "foperators.h"
+
+#include "fbasictype.h"
+#include "fscripttype.h"
+
+#include <cmath>
+#include <unordered_map>
+
+namespace
+{
+struct Operator
+{
+    const char *symbol;
+    int precedence;
+};
+// The conditional and the unary operators stand outside the table of binary ones.
+const Operator kBinary[] = {{"or", 2}, {"and", 3}, {"==", 5}, {"!=", 5}, {"<", 5},
+                            {"<=", 5}, {">", 5},   {">=", 5}, {"+", 6},  {"-", 6},
+                            {"*", 7},  {"/", 7},   {"%", 7},  {"^", 9}};
+constexpr int kConditional = 1, kNot = 4, kMinus = 8, kAtom = 10;
+
+FExprBase number(double value)
+{
+    return FScriptType<double>::to(value);
+}
+
+std::function<FResult(FObject *, const std::vector<FExprBase> &)>
+numeric(const std::string &symbol, double (*function)(double, double))
+{
+    return [symbol, function](FObject *, const std::vector<FExprBase> &in) -> FResult {
+        double a, b;
+        std::string why;
+        if (!FScriptType<double>::from(in[0], &a, &why) ||
+            !FScriptType<double>::from(in[1], &b, &why))
+            return {number(quietNan()), symbol + ": " + why};
+        return {number(function(a, b)), {}};
+    };
+}
+
+FResult compare(const std::string &symbol, const std::vector<FExprBase> &in)
+{
+    std::string s, t;
+    double a, b;
+    int order;
+    bool ordered = true;
+    if (FConvert::toText(in[0], &s) && FConvert::toText(in[1], &t)) {
+        order = s.compare(t);
+    } else if (FConvert::toDouble(in[0], &a) && FConvert::toDouble(in[1], &b)) {
+        order = a < b ? -1 : a > b ? 1 : 0;
+        ordered = !std::isnan(a) && !std::isnan(b);
+    } else {
+        return FResult::fail(symbol + ": expected two numbers or two texts, found " +
+                             FScriptTypes::describe(in[0]) + " and " +
+                             FScriptTypes::describe(in[1]));
+    }
+    bool result = false;
+    if (symbol == "==")
+        result = ordered && order == 0;
+    else if (symbol == "!=")
+        result = !ordered || order != 0;
+    else if (symbol == "<")
+        result = ordered && order < 0;
+    else if (symbol == "<=")
+        result = ordered && order <= 0;
+    else if (symbol == ">")
+        result = ordered && order > 0;
+    else
+        result = ordered && order >= 0;
+    return {FScriptType<bool>::to(result), {}};
+}
+
+FResult plus(const std::vector<FExprBase> &in)
+{
+    std::string s, t;
+    if (FConvert::toText(in[0], &s) && FConvert::toText(in[1], &t))
+        return {FScriptType<std::string>::to(s + t), {}};
+    return numeric("+", [](double a, double b) { return a + b; })(nullptr, in);
+}
+
+using Table = std::map<std::pair<std::string, size_t>, FCmdManager::Info>;
+
+std::shared_ptr<FCommandInfo> &enter(Table &table, const std::string &name, size_t operands,
+                                     const FClassInfo &result)
+{
+    static std::shared_ptr<FCommandInfo> info;
+    info = std::make_shared<FCommandInfo>();
+    info->kind = FCommandKind::Operator;
+    info->name = name;
+    info->returnClass = &result;
+    info->returns = &result == &FBool::staticClass() ? "bool" : "double";
+    for (size_t i = 0; i < operands; ++i)
+        info->args.push_back({operands == 1 ? "x" : i == 0 ? "a" : "b", "double", nullptr, false, {}});
+    table[{name, operands}] = info;
+    return info;
+}
+
+const Table &operators()
+{
+    static const Table table = [] {
+        Table t;
+        const FClassInfo &real = FDouble::staticClass(), &truth = FBool::staticClass();
+        enter(t, "+", 2, real)->call = [](FObject *, const auto &in) { return plus(in); };
+        const std::pair<const char *, double (*)(double, double)> binary[] = {
+            {"-", [](double a, double b) { return a - b; }},
+            {"*", [](double a, double b) { return a * b; }},
+            {"/", [](double a, double b) { return a / b; }},
+            {"%", [](double a, double b) { return std::fmod(a, b); }},
+            {"^", [](double a, double b) { return std::pow(a, b); }}};
+        for (const auto &entry : binary)
+            enter(t, entry.first, 2, real)->call = numeric(entry.first, entry.second);
+        for (const char *symbol : {"==", "!=", "<", "<=", ">", ">="})
+            enter(t, symbol, 2, truth)->call = [symbol](FObject *, const auto &in) {
+                return compare(symbol, in);
+            };
+        for (const bool isAnd : {true, false})
+            enter(t, isAnd ? "and" : "or", 2, truth)->call = [isAnd](FObject *, const auto &in) {
+                bool a, b;
+                std::string why;
+                if (!FScriptType<bool>::from(in[0], &a, &why) ||
+                    !FScriptType<bool>::from(in[1], &b, &why))
+                    return FResult::fail(why);
+                return FResult{FScriptType<bool>::to(isAnd ? a && b : a || b), {}};
+            };
+        enter(t, "not", 1, truth)->call = [](FObject *, const auto &in) {
+            bool a;
+            std::string why;
+            if (!FScriptType<bool>::from(in[0], &a, &why))
+                return FResult::fail(why);
+            return FResult{FScriptType<bool>::to(!a), {}};
+        };
+        enter(t, "-", 1, real)->call = [](FObject *, const auto &in) {
+            double a;
+            std::string why;
+            if (!FScriptType<double>::from(in[0], &a, &why))
+                return FResult{number(quietNan()), why};
+            return FResult{number(-a), {}};
+        };
+        enter(t, "?", 3, FObject::staticClass())->call = [](FObject *, const auto &in) {
+            bool a;
+            std::string why;
+            if (!FScriptType<bool>::from(in[0], &a, &why))
+                return FResult::fail(why);
+            return FResult{FExprBase(in[a ? 1 : 2].getPtr()), {}};
+        };
+        return t;
+    }();
+    return table;
+}
+
+const Table &functions()
+{
+    static const Table table = [] {
+        Table t;
+        const FClassInfo &real = FDouble::staticClass();
+        const std::pair<const char *, double (*)(double)> unary[] = {
+            {"sqrt", std::sqrt},   {"abs", std::fabs},   {"exp", std::exp},
+            {"log", std::log},     {"log10", std::log10}, {"sin", std::sin},
+            {"cos", std::cos},     {"tan", std::tan},    {"asin", std::asin},
+            {"acos", std::acos},   {"atan", std::atan},  {"floor", std::floor},
+            {"ceil", std::ceil},   {"round", std::round}};
+        for (const auto &entry : unary) {
+            const auto function = entry.second;
+            const std::string name = entry.first;
+            enter(t, name, 1, real)->call = [name, function](FObject *, const auto &in) {
+                double a;
+                std::string why;
+                if (!FScriptType<double>::from(in[0], &a, &why))
+                    return FResult{number(quietNan()), name + ": " + why};
+                return FResult{number(function(a)), {}};
+            };
+        }
+        const std::pair<const char *, double (*)(double, double)> binary[] = {
+            {"pow", std::pow},
+            {"atan2", std::atan2},
+            {"min", [](double a, double b) { return b < a ? b : a; }},
+            {"max", [](double a, double b) { return a < b ? b : a; }}};
+        for (const auto &entry : binary)
+            enter(t, entry.first, 2, real)->call = numeric(entry.first, entry.second);
+        return t;
+    }();
+    return table;
+}
+
+bool isFunction(const FCommandInfo &info)
+{
+    return std::isalpha(static_cast<unsigned char>(info.name[0])) && info.name != "and" &&
+           info.name != "or" && info.name != "not";
+}
+
+int nodePrecedence(const FCmd &node)
+{
+    const FCommandInfo &info = node.info();
+    if (info.kind != FCommandKind::Operator || isFunction(info))
+        return kAtom;
+    switch (node.arguments().size()) {
+    case 1:
+        return info.name == "not" ? kNot : kMinus;
+    case 3:
+        return kConditional;
+    default:
+        return FOperators::precedence(info.name);
+    }
+}
+
+std::string operandText(const FExprBase &operand, int minimum)
+{
+    const FCmd *node = operand ? operand.getExpr()->isFCmd() : nullptr;
+    const std::string text = operand.toString();
+    // A negative literal binds like the minus that it is written with.
+    const int own = node ? nodePrecedence(*node) : !text.empty() && text[0] == '-' ? kMinus : kAtom;
+    return own < minimum ? "(" + text + ")" : text;
+}
+} // namespace
+
+int FOperators::precedence(const std::string &symbol)
+{
+    for (const Operator &op : kBinary)
+        if (symbol == op.symbol)
+            return op.precedence;
+    return 0;
+}
+
+bool FOperators::isRightAssociative(const std::string &symbol)
+{
+    return symbol == "^";
+}
+
+FExprBase FOperators::make(const std::string &symbol, const std::vector<FExprBase> &operands,
+                           std::string *why)
+{
+    const auto found = operators().find({symbol, operands.size()});
+    for (const FExprBase &operand : operands)
+        if (!operand || operand.valueClass()->isA(FWord::staticClass())) {
+            *why = FScriptTypes::describe(operand);
+            return FExprBase();
+        }
+    const auto node = FCmd::make(found->second);
+    node->setArguments(operands);
+    return FExprBase(node);
+}
+
+FCmdManager::Info FOperators::function(const std::string &name)
+{
+    for (const auto &entry : functions())
+        if (entry.first.first == name)
+            return entry.second;
+    return nullptr;
+}
+
+std::vector<std::string> FOperators::functionNames()
+{
+    std::vector<std::string> names;
+    for (const auto &entry : functions())
+        names.push_back(entry.first.first);
+    return names;
+}
+
+bool FOperators::needsBrackets(const FCmd &node)
+{
+    return nodePrecedence(node) < kAtom;
+}
+
+std::string FOperators::text(const FCmd &node)
+{
+    const std::string &name = node.info().name;
+    const std::vector<FExprBase> &in = node.arguments();
+    if (isFunction(node.info())) {
+        std::string out = name + "(";
+        for (size_t i = 0; i < in.size(); ++i)
+            out += (i ? "," : "") + in[i].toString();
+        return out + ")";
+    }
+    if (in.size() == 1)
+        return name == "not" ? "not " + operandText(in[0], kNot) : "-" + operandText(in[0], kMinus + 1);
+    if (in.size() == 3)
+        return operandText(in[0], kConditional + 1) + "?" + operandText(in[1], kConditional) + ":" +
+               operandText(in[2], kConditional);
+    const int own = precedence(name);
+    const bool right = isRightAssociative(name);
+    const bool word = name == "and" || name == "or";
+    return operandText(in[0], right ? own + 1 : own) + (word ? " " + name + " " : name) +
+           operandText(in[1], right ? own : own + 1);
+}

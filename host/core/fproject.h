@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef FPROJECT_H
+#define FPROJECT_H
+#include <QString>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+class FManaged;
+
+/// The project: a script that makes its objects.
+class FProject
+{
+public:
+    static FProject *instance();
+
+    /// Executes a project file. False if the file can't be read or a statement failed; what could
+    /// be read is there. The reasons stand in the log.
+    bool load(const QString &path);
+    /// Writes the project whole or not at all.
+    bool save(const QString &path, QString *why);
+    /// The project as a script: suppliers before what refers to them, else in the order of
+    /// registration. A project loaded from it gives the same text again.
+    QString text() const;
+    /// Removes all objects, history and messages, and makes those that every project has.
+    void clear();
+    /// Adds a maker of objects that every project has.
+    void addStarter(std::function<void()> starter);
+
+    /// Absolute path of the file, empty for a project that has none yet.
+    const QString &path() const { return mPath; }
+    /// A place for a project that was not loaded.
+    void setPath(const QString &path);
+    static std::vector<std::shared_ptr<FManaged>> savingOrder();
+
+private:
+    QString mPath;
+    std::vector<std::function<void()>> mStarters;
+};
+#endif

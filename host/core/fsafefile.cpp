@@ -1,0 +1,718 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "fsafefile.h"
+
+#include <QStringList>
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <dirent.h>
+#include <fcntl.h>
+#include <limits.h>
+#include <memory>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+constexpr int kMostLinks = 40;
+constexpr size_t kCopyStep = size_t(1) << 30;
+// Most files fit into the first size, which malloc has at hand; long ones write faster with the
+// other.
+constexpr int kGather = 32 * 1024;
+constexpr int kGatherLong = 256 * 1024;
+constexpr unsigned kExchange = 1u << 1; // RENAME_EXCHANGE, absent from older headers
+
+std::atomic<const FFileCalls *> sCalls{nullptr};
+
+const FFileCalls &calls()
+{
+    const FFileCalls *set = sCalls.load(std::memory_order_acquire);
+    return set ? *set : FFileCalls::system();
+}
+
+QString systemWords(int error)
+{
+    const char *words = strerrordesc_np(error); // in English whatever the locale, any thread
+    return words ? QString::fromLatin1(words) : QStringLiteral("error %1").arg(error);
+}
+
+bool fail(QString *why, const QString &what, const QString &path, const QString &reason)
+{
+    if (why)
+        *why = QStringLiteral("Cannot %1 %2: %3").arg(what, path, reason);
+    return false;
+}
+
+/// The file system's form of a path, without slashes at the end.
+bool nativePath(const QString &path, QByteArray *native, QString *why)
+{
+    if (path.isEmpty() || path.contains(QChar(0)))
+        return fail(why, QStringLiteral("use the path"), path,
+                    path.isEmpty() ? QStringLiteral("it is empty")
+                                   : QStringLiteral("it holds a zero character"));
+    *native = path.toUtf8();
+    while (native->size() > 1 && native->endsWith('/'))
+        native->chop(1);
+    return true;
+}
+
+void splitPath(const QByteArray &native, QByteArray *folder, QByteArray *name)
+{
+    const int slash = native.lastIndexOf('/');
+    *folder = slash < 0 ? QByteArray(".") : slash == 0 ? QByteArray("/") : native.left(slash);
+    *name = native.mid(slash + 1);
+}
+
+/// Replaces a link by what it names, step by step, so that a link to a file that isn't there yet
+/// works as well.
+bool followLinks(QByteArray *native)
+{
+    for (int i = 0; i < kMostLinks; ++i) {
+        struct stat info;
+        if (lstat(native->constData(), &info) != 0)
+            return errno == ENOENT;
+        if (!S_ISLNK(info.st_mode))
+            return true;
+        char target[PATH_MAX];
+        const ssize_t length = readlink(native->constData(), target, sizeof target);
+        if (length <= 0)
+            return false;
+        QByteArray next(target, int(length));
+        if (!next.startsWith('/')) {
+            QByteArray folder, name;
+            splitPath(*native, &folder, &name);
+            next = folder + '/' + next;
+        }
+        *native = next;
+    }
+    errno = ELOOP;
+    return false;
+}
+
+QString kindOf(mode_t mode)
+{
+    if (S_ISDIR(mode))
+        return QStringLiteral("it is a directory");
+    if (S_ISFIFO(mode))
+        return QStringLiteral("it is a named pipe");
+    if (S_ISSOCK(mode))
+        return QStringLiteral("it is a socket");
+    return S_ISLNK(mode) ? QStringLiteral("it is a symbolic link")
+                         : QStringLiteral("it is a device");
+}
+
+int openRetrying(int folder, const char *name, int flags, mode_t mode = 0)
+{
+    int file;
+    do
+        file = calls().openAt(folder, name, flags | O_CLOEXEC, mode);
+    while (file < 0 && errno == EINTR);
+    return file;
+}
+
+int syncRetrying(int file)
+{
+    int status;
+    do
+        status = calls().sync(file);
+    while (status < 0 && errno == EINTR);
+    return status;
+}
+
+/// Closes on the way out when an error came first, so that errno of that error survives.
+class Descriptor
+{
+public:
+    explicit Descriptor(int file)
+        : mFile(file)
+    {
+    }
+    ~Descriptor()
+    {
+        const int kept = errno;
+        if (mFile >= 0)
+            calls().close(mFile);
+        errno = kept;
+    }
+    Descriptor(const Descriptor &) = delete;
+    Descriptor &operator=(const Descriptor &) = delete;
+    bool close()
+    {
+        const int file = mFile;
+        mFile = -1;
+        return calls().close(file) == 0;
+    }
+    bool isOpen() const { return mFile >= 0; }
+    operator int() const { return mFile; }
+
+private:
+    int mFile;
+};
+
+bool writeAll(int file, const char *data, qint64 size, QString *reason)
+{
+    qint64 done = 0;
+    while (done < size) {
+        const ssize_t count = calls().write(file, data + done, size_t(size - done));
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0) {
+            *reason =
+                QStringLiteral("%1 (%2 of %3 bytes written)")
+                    .arg(count < 0 ? systemWords(errno) : QStringLiteral("nothing more is taken"))
+                    .arg(done)
+                    .arg(size);
+            return false;
+        }
+        done += count;
+    }
+    return true;
+}
+
+bool hasSize(int file, qint64 size, QString *reason)
+{
+    struct stat info;
+    if (fstat(file, &info) != 0) {
+        *reason = systemWords(errno);
+        return false;
+    }
+    if (info.st_size != size) {
+        *reason = QStringLiteral("%1 bytes were written, but the file has %2")
+                      .arg(size)
+                      .arg(qint64(info.st_size));
+        return false;
+    }
+    return true;
+}
+
+/// A file with a name of its own beside the one that it shall replace; gone with this object
+/// unless it was put into its place.
+class TemporaryFile
+{
+public:
+    TemporaryFile(int folder, mode_t mode)
+        : mFolder(folder)
+        , mFile(create(mode))
+    {
+    }
+    ~TemporaryFile()
+    {
+        if (!mExists)
+            return;
+        const int kept = errno;
+        calls().unlinkAt(mFolder, mName, 0);
+        errno = kept;
+    }
+    TemporaryFile(const TemporaryFile &) = delete;
+    TemporaryFile &operator=(const TemporaryFile &) = delete;
+
+    Descriptor &file() { return mFile; }
+    const char *name() const { return mName; }
+    /// \p name now is the new file, and nothing stands under the temporary name.
+    bool moveTo(const char *name)
+    {
+        if (calls().rename(mFolder, mName, name, 0) != 0)
+            return false;
+        mExists = false;
+        return true;
+    }
+    /// \p name now is the new file, and the old one has the temporary name until this object ends
+    /// or moveTo brings it back. False where the file system can't do that.
+    bool exchangeWith(const char *name)
+    {
+        return calls().rename(mFolder, mName, name, kExchange) == 0;
+    }
+    void keep() { mExists = false; }
+
+private:
+    int create(mode_t mode)
+    {
+        static std::atomic<unsigned> sCounter{0};
+        for (int i = 0; i < 100; ++i) {
+            struct timespec now;
+            clock_gettime(CLOCK_MONOTONIC, &now);
+            snprintf(mName, sizeof mName, ".turnbuckle-%lx-%lx-%x.tmp", long(getpid()),
+                     long(now.tv_nsec), sCounter.fetch_add(1));
+            const int file =
+                openRetrying(mFolder, mName, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, mode);
+            mExists = file >= 0;
+            if (mExists || errno != EEXIST)
+                return file;
+        }
+        return -1;
+    }
+
+    int mFolder;
+    bool mExists = false;
+    char mName[64];
+    Descriptor mFile;
+};
+
+/// Some network and user space file systems can't sync a folder and say so by these codes; they
+/// leave nothing that could be done better.
+bool syncFolder(int folder)
+{
+    return syncRetrying(folder) == 0 || errno == EINVAL || errno == EOPNOTSUPP || errno == EROFS;
+}
+
+/// Gives the finished temporary file its name and makes that durable. Should the last step fail,
+/// the old state comes back.
+bool replaceDurably(TemporaryFile &temporary, int folder, const char *name, bool oldExists)
+{
+    const bool exchanged = oldExists && temporary.exchangeWith(name);
+    if (!exchanged && !temporary.moveTo(name))
+        return false;
+    if (syncFolder(folder))
+        return true;
+    const int error = errno;
+    if (exchanged) {
+        if (!temporary.moveTo(name))
+            temporary.keep(); // the only copy of the old file
+    } else if (!oldExists) {
+        calls().unlinkAt(folder, name, 0);
+    }
+    errno = error;
+    return false;
+}
+
+/// Moves all bytes of a regular file; \p expected is the size that it had before.
+bool copyBytes(int from, int to, qint64 expected, QString *reason)
+{
+    qint64 done = 0;
+    bool fallback = false;
+    while (!fallback) {
+        const ssize_t count = calls().copyRange(from, to, kCopyStep);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0) {
+            fallback = errno == ENOSYS || errno == EXDEV || errno == EINVAL ||
+                       errno == EOPNOTSUPP || errno == EPERM || errno == EBADF;
+            if (!fallback) {
+                *reason = systemWords(errno);
+                return false;
+            }
+        } else if (count == 0) {
+            // Files that the kernel makes up answer 0 here although they can be read.
+            fallback = done == 0;
+            if (!fallback)
+                break;
+        } else {
+            done += count;
+        }
+    }
+    if (fallback) {
+        std::vector<char> buffer(256 * 1024);
+        for (;;) {
+            const ssize_t count = calls().read(from, buffer.data(), buffer.size());
+            if (count < 0 && errno == EINTR)
+                continue;
+            if (count < 0) {
+                *reason = systemWords(errno);
+                return false;
+            }
+            if (count == 0)
+                break;
+            if (!writeAll(to, buffer.data(), count, reason))
+                return false;
+            done += count;
+        }
+    }
+    if (done < expected) {
+        *reason = QStringLiteral("it got shorter meanwhile, %1 of %2 bytes were there")
+                      .arg(done)
+                      .arg(expected);
+        return false;
+    }
+    return hasSize(to, done, reason);
+}
+
+struct FolderCloser
+{
+    void operator()(DIR *folder) const { closedir(folder); }
+};
+
+/// The names in a folder, read to the end first: it may change under the caller's hands.
+bool listFolder(int folder, std::vector<QByteArray> *names)
+{
+    const int copy = openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (copy < 0)
+        return false;
+    std::unique_ptr<DIR, FolderCloser> list(fdopendir(copy));
+    if (!list) {
+        close(copy);
+        return false;
+    }
+    errno = 0;
+    while (const dirent *entry = readdir(list.get())) {
+        if (strcmp(entry->d_name, ".") != 0 && strcmp(entry->d_name, "..") != 0)
+            names->push_back(entry->d_name);
+    }
+    return errno == 0;
+}
+
+/// Keeps the first failure of a walk.
+struct WalkError
+{
+    const QString what;
+    QString first;
+    bool note(const QByteArray &path)
+    {
+        const int error = errno;
+        if (first.isEmpty())
+            fail(&first, what, QString::fromUtf8(path), systemWords(error));
+        return false;
+    }
+};
+
+bool removeEntry(int folder, const QByteArray &name, const QByteArray &path, WalkError *error)
+{
+    struct stat info;
+    if (fstatat(folder, name, &info, AT_SYMLINK_NOFOLLOW) != 0)
+        return errno == ENOENT || error->note(path);
+    if (!S_ISDIR(info.st_mode)) {
+        return calls().unlinkAt(folder, name, 0) == 0 || errno == ENOENT || error->note(path);
+    }
+    bool good = true;
+    {
+        const Descriptor inner(
+            openRetrying(folder, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK));
+        std::vector<QByteArray> names;
+        if (!inner.isOpen() || !listFolder(inner, &names))
+            return error->note(path);
+        for (const QByteArray &each : names)
+            good = removeEntry(inner, each, path + '/' + each, error) && good;
+    }
+    if (!good)
+        return false;
+    return calls().unlinkAt(folder, name, AT_REMOVEDIR) == 0 || errno == ENOENT ||
+           error->note(path);
+}
+
+bool syncEntry(int folder, const QByteArray &name, const QByteArray &path, WalkError *error)
+{
+    struct stat info;
+    if (fstatat(folder, name, &info, AT_SYMLINK_NOFOLLOW) != 0)
+        return errno == ENOENT || error->note(path);
+    const bool isFolder = S_ISDIR(info.st_mode);
+    if (!isFolder && !S_ISREG(info.st_mode))
+        return true;
+    Descriptor file(openRetrying(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK));
+    if (!file.isOpen())
+        return errno == ENOENT || error->note(path);
+    bool good = true;
+    if (isFolder) {
+        std::vector<QByteArray> names;
+        if (!listFolder(file, &names))
+            return error->note(path);
+        for (const QByteArray &each : names)
+            good = syncEntry(file, each, path + '/' + each, error) && good;
+    }
+    if (isFolder ? !syncFolder(file) : syncRetrying(file) != 0)
+        return error->note(path);
+    return (file.close() || error->note(path)) && good;
+}
+} // namespace
+
+const FFileCalls &FFileCalls::system()
+{
+    static const FFileCalls sSystem = {
+        [](int folder, const char *name, int flags, mode_t mode) {
+            return ::openat(folder, name, flags, mode);
+        },
+        [](int file, void *bytes, size_t count) { return ::read(file, bytes, count); },
+        [](int file, const void *bytes, size_t count) { return ::write(file, bytes, count); },
+        [](int from, int to, size_t count) {
+            return ::copy_file_range(from, nullptr, to, nullptr, count, 0);
+        },
+        [](int file, mode_t mode) { return ::fchmod(file, mode); },
+        [](int file, const struct timespec times[2]) { return ::futimens(file, times); },
+        [](int file) { return ::fsync(file); },
+        [](int file) { return ::close(file); },
+        [](int folder, const char *from, const char *to, unsigned flags) {
+            // Straight to the kernel only for the kind that plain renameat doesn't know.
+            return flags == 0 ? ::renameat(folder, from, folder, to)
+                              : int(syscall(SYS_renameat2, folder, from, folder, to, flags));
+        },
+        [](int folder, const char *name, int flags) { return ::unlinkat(folder, name, flags); }};
+    return sSystem;
+}
+
+void FSafeFile::setCalls(const FFileCalls *set) { sCalls.store(set, std::memory_order_release); }
+
+bool FSafeFile::write(const QString &path, const QByteArray &bytes, QString *why,
+                      Durability durability)
+{
+    const QString what = QStringLiteral("write");
+    QByteArray native, folderName, name;
+    if (!nativePath(path, &native, why))
+        return false;
+    if (path.endsWith(QLatin1Char('/')))
+        return fail(why, what, path, QStringLiteral("it names a directory"));
+    if (!followLinks(&native))
+        return fail(why, what, path, systemWords(errno));
+
+    struct stat old;
+    const bool oldExists = lstat(native.constData(), &old) == 0;
+    if (!oldExists && errno != ENOENT)
+        return fail(why, what, path, systemWords(errno));
+    if (oldExists && S_ISCHR(old.st_mode)) {
+        return writePlain(QString::fromUtf8(native), bytes.constData(), bytes.size(), why);
+    }
+    if (oldExists && !S_ISREG(old.st_mode))
+        return fail(why, what, path, kindOf(old.st_mode));
+    // A rename asks only for rights on the folder; a write-protected file shall stay.
+    if (oldExists && faccessat(AT_FDCWD, native.constData(), W_OK, AT_EACCESS) != 0)
+        return fail(why, what, path, systemWords(errno));
+
+    splitPath(native, &folderName, &name);
+    Descriptor folder(openRetrying(AT_FDCWD, folderName, O_RDONLY | O_DIRECTORY));
+    if (!folder.isOpen())
+        return fail(why, what, path, systemWords(errno));
+    TemporaryFile temporary(folder, oldExists ? old.st_mode & 0600 : 0666);
+    Descriptor &file = temporary.file();
+    if (!file.isOpen())
+        return fail(why, what, path, systemWords(errno));
+    if (oldExists) {
+        // The owner is kept where the system allows that; for others' files it doesn't.
+        if ((old.st_uid != geteuid() || old.st_gid != getegid()) &&
+            fchown(file, old.st_uid, old.st_gid) != 0)
+            errno = 0;
+        if (calls().setMode(file, old.st_mode & 0777) != 0)
+            return fail(why, what, path, systemWords(errno));
+    }
+    QString reason;
+    if (!writeAll(file, bytes.constData(), bytes.size(), &reason) ||
+        !hasSize(file, bytes.size(), &reason))
+        return fail(why, what, path, reason);
+    if (durability == Durability::Now && syncRetrying(file) != 0)
+        return fail(why, what, path, systemWords(errno));
+    if (!file.close())
+        return fail(why, what, path, systemWords(errno));
+    const bool placed = durability == Durability::Now
+                            ? replaceDurably(temporary, folder, name, oldExists)
+                            : temporary.moveTo(name);
+    return placed || fail(why, what, path, systemWords(errno));
+}
+
+bool FSafeFile::writePlain(const QString &path, const char *data, qint64 size, QString *why)
+{
+    FPlainFile file;
+    if (!file.open(path, why))
+        return false;
+    file.append(data, size);
+    return file.finish(why);
+}
+
+bool FSafeFile::copyFile(const QString &from, const QString &to, QString *why)
+{
+    const QString what = QStringLiteral("copy %1 to").arg(from);
+    QByteArray source, target, folderName, name;
+    if (!nativePath(from, &source, why) || !nativePath(to, &target, why))
+        return false;
+
+    const Descriptor input(openRetrying(AT_FDCWD, source, O_RDONLY | O_NONBLOCK | O_NOCTTY));
+    struct stat info;
+    if (!input.isOpen() || fstat(input, &info) != 0)
+        return fail(why, QStringLiteral("copy"), from, systemWords(errno));
+    if (!S_ISREG(info.st_mode))
+        return fail(why, QStringLiteral("copy"), from, kindOf(info.st_mode));
+    struct stat old;
+    if (lstat(target.constData(), &old) == 0 && !S_ISREG(old.st_mode) && !S_ISLNK(old.st_mode))
+        return fail(why, what, to, kindOf(old.st_mode));
+
+    splitPath(target, &folderName, &name);
+    const Descriptor folder(openRetrying(AT_FDCWD, folderName, O_RDONLY | O_DIRECTORY));
+    if (!folder.isOpen())
+        return fail(why, what, to, systemWords(errno));
+    TemporaryFile temporary(folder, info.st_mode & 0777);
+    Descriptor &file = temporary.file();
+    if (!file.isOpen())
+        return fail(why, what, to, systemWords(errno));
+    QString reason;
+    if (!copyBytes(input, file, info.st_size, &reason))
+        return fail(why, what, to, reason);
+    const struct timespec times[2] = {info.st_atim, info.st_mtim};
+    if (calls().setTimes(file, times) != 0 || !file.close() || !temporary.moveTo(name))
+        return fail(why, what, to, systemWords(errno));
+    return true;
+}
+
+bool FSafeFile::syncPath(const QString &path, QString *why)
+{
+    QByteArray native;
+    if (!nativePath(path, &native, why))
+        return false;
+    Descriptor file(openRetrying(AT_FDCWD, native, O_RDONLY | O_NONBLOCK | O_NOCTTY));
+    struct stat info;
+    const bool good = file.isOpen() && fstat(file, &info) == 0 &&
+                      (S_ISDIR(info.st_mode) ? syncFolder(file) : syncRetrying(file) == 0) &&
+                      file.close();
+    return good || fail(why, QStringLiteral("sync"), path, systemWords(errno));
+}
+
+bool FSafeFile::syncTree(const QString &folder, QString *why)
+{
+    QByteArray native;
+    struct stat info;
+    if (!nativePath(folder, &native, why))
+        return false;
+    WalkError error{QStringLiteral("sync"), {}};
+    const bool good = lstat(native.constData(), &info) == 0
+                          ? syncEntry(AT_FDCWD, native, native, &error)
+                          : error.note(native);
+    if (!good && why)
+        *why = error.first;
+    return good;
+}
+
+bool FSafeFile::removeTree(const QString &path, QString *why)
+{
+    QByteArray native, folder, name;
+    if (!nativePath(path, &native, why))
+        return false;
+    splitPath(native, &folder, &name);
+    if (name.isEmpty() || name == "." || name == "..")
+        return fail(why, QStringLiteral("remove"), path,
+                    QStringLiteral("it is no name within a folder"));
+    WalkError error{QStringLiteral("remove"), {}};
+    const bool good = removeEntry(AT_FDCWD, native, native, &error);
+    if (!good && why)
+        *why = error.first;
+    return good;
+}
+
+FPlainFile::~FPlainFile()
+{
+    if (mFile < 0)
+        return;
+    calls().close(mFile);
+    if (mIsRegular)
+        calls().unlinkAt(AT_FDCWD, mNative, 0);
+}
+
+bool FPlainFile::open(const QString &path, QString *why)
+{
+    const QString what = QStringLiteral("write");
+    mPath = path;
+    if (!nativePath(path, &mNative, why))
+        return false;
+    // Non-blocking, so that a pipe without a reader is an error and no endless wait.
+    const int file = openRetrying(
+        AT_FDCWD, mNative, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY, 0666);
+    struct stat info;
+    if (file < 0) {
+        const int error = errno;
+        const bool isLink = error == ELOOP && lstat(mNative, &info) == 0 && S_ISLNK(info.st_mode);
+        return fail(why, what, path, isLink ? kindOf(info.st_mode) : systemWords(error));
+    }
+    const bool known = fstat(file, &info) == 0;
+    if (!known || (!S_ISREG(info.st_mode) && !S_ISCHR(info.st_mode))) {
+        const QString reason = known ? kindOf(info.st_mode) : systemWords(errno);
+        calls().close(file);
+        return fail(why, what, path, reason);
+    }
+    mIsRegular = S_ISREG(info.st_mode);
+    mFile = file;
+    return true;
+}
+
+void FPlainFile::append(const char *data, qint64 size)
+{
+    mSize += size;
+    if (size >= kGather / 4) {
+        flush();
+        if (mReason.isEmpty())
+            writeAll(mFile, data, size, &mReason);
+    } else {
+        if (mGathered.size() + size > mGathered.capacity()) {
+            const bool first = mGathered.isEmpty();
+            flush();
+            mGathered.reserve(first ? kGather : kGatherLong);
+        }
+        mGathered.append(data, int(size));
+    }
+}
+
+bool FPlainFile::finish(QString *why)
+{
+    flush();
+    if (mReason.isEmpty() && mIsRegular)
+        hasSize(mFile, mSize, &mReason);
+    const int file = mFile;
+    mFile = -1;
+    if (calls().close(file) != 0 && mReason.isEmpty())
+        mReason = systemWords(errno);
+    if (mReason.isEmpty())
+        return true;
+    if (mIsRegular)
+        calls().unlinkAt(AT_FDCWD, mNative, 0);
+    return fail(why, QStringLiteral("write"), mPath, mReason);
+}
+
+void FPlainFile::flush()
+{
+    if (mReason.isEmpty())
+        writeAll(mFile, mGathered.constData(), mGathered.size(), &mReason);
+    mGathered.resize(0); // keeps the capacity that was reserved
+}
+
+QString safeJoin(const QString &folder, const QString &relative, QString *why)
+{
+    const auto refuse = [&](const QString &reason) {
+        if (why)
+            *why = QStringLiteral("The path \"%1\" is refused: %2").arg(relative, reason);
+        return QString();
+    };
+    if (relative.isEmpty())
+        return refuse(QStringLiteral("it is empty"));
+    if (relative.contains(QChar(0)) || folder.contains(QChar(0)))
+        return refuse(QStringLiteral("it holds a zero character"));
+    if (folder.isEmpty())
+        return refuse(QStringLiteral("there is no folder for it"));
+    if (relative.startsWith(QLatin1Char('/')))
+        return refuse(QStringLiteral("it is absolute"));
+    QStringList parts = relative.split(QLatin1Char('/'));
+    if (parts.last().isEmpty() || parts.last() == QLatin1String("."))
+        return refuse(QStringLiteral("it names no file"));
+    if (parts.contains(QStringLiteral("..")))
+        return refuse(QStringLiteral("\"..\" may leave the folder"));
+    parts.removeAll(QString());
+    parts.removeAll(QStringLiteral("."));
+
+    QString path = folder;
+    while (path.size() > 1 && path.endsWith(QLatin1Char('/')))
+        path.chop(1);
+    QByteArray root;
+    if (char *real = realpath(path.toUtf8().constData(), nullptr)) {
+        root = real;
+        free(real);
+    } else if (errno != ENOENT) {
+        return refuse(QStringLiteral("%1: %2").arg(path, systemWords(errno)));
+    }
+    bool exists = !root.isEmpty();
+    for (const QString &part : qAsConst(parts)) {
+        path += path.endsWith(QLatin1Char('/')) ? part : QLatin1Char('/') + part;
+        if (!exists)
+            continue;
+        const QByteArray native = path.toUtf8();
+        struct stat info;
+        if (lstat(native.constData(), &info) != 0) {
+            if (errno != ENOENT)
+                return refuse(QStringLiteral("%1: %2").arg(path, systemWords(errno)));
+            exists = false;
+        } else if (S_ISLNK(info.st_mode)) {
+            char *real = realpath(native.constData(), nullptr);
+            const QByteArray target(real);
+            free(real);
+            if (target.isEmpty())
+                return refuse(QStringLiteral("the link %1 leads nowhere").arg(path));
+            if (target != root && root != "/" && !target.startsWith(root + '/'))
+                return refuse(QStringLiteral("the link %1 leads out of the folder to %2")
+                                  .arg(path, QString::fromUtf8(target)));
+        }
+    }
+    return path;
+}

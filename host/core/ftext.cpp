@@ -1,0 +1,201 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ftext.h"
+
+#include <charconv>
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+
+namespace
+{
+QString numberText(qlonglong value, int base)
+{
+    return QString::number(value, base);
+}
+Qt::CaseSensitivity sensitivity(bool caseSensitive)
+{
+    return caseSensitive ? Qt::CaseSensitive : Qt::CaseInsensitive;
+}
+// Positions in UTF-16 and in UTF-8 differ; the helpers speak of bytes.
+unsigned long byteOffset(const QString &text, int position)
+{
+    return position < 0 ? std::string::npos : (unsigned long)(text.left(position).toUtf8().size());
+}
+} // namespace
+
+std::string fromNumber(int value, int base)
+{
+    return S(numberText(value, base));
+}
+std::string fromNumber(unsigned value, int base)
+{
+    return S(numberText(value, base));
+}
+std::string fromNumber(long long value, int base)
+{
+    return S(numberText(value, base));
+}
+std::string fromNumber(unsigned long value, int base)
+{
+    return S(QString::number(qulonglong(value), base));
+}
+std::string fromNumber(double value, char format, int precision)
+{
+    return S(QString::number(value, format, precision));
+}
+
+std::string shortestNumber(double value)
+{
+    if (std::isnan(value))
+        return "nan";
+    if (std::isinf(value))
+        return value < 0 ? "-inf" : "inf";
+    char buffer[40];
+    const auto end = std::to_chars(buffer, buffer + sizeof buffer, value);
+    return std::string(buffer, end.ptr);
+}
+
+bool parseNumber(const std::string &text, double *value)
+{
+    const char *begin = text.data(), *end = begin + text.size();
+    if (begin != end && *begin == '+')
+        ++begin;
+    const auto result = std::from_chars(begin, end, *value);
+    return result.ec == std::errc() && result.ptr == end && begin != end;
+}
+
+bool equals(const std::string &a, const std::string &b, bool caseSensitive, unsigned long pos,
+            unsigned long len)
+{
+    if (pos > a.size())
+        return false;
+    const std::string part = pos == 0 && len >= a.size() ? a : a.substr(pos, len);
+    return caseSensitive ? part == b : Q(part).compare(Q(b), Qt::CaseInsensitive) == 0;
+}
+
+bool contains(const std::string &text, const std::string &needle, bool caseSensitive)
+{
+    return caseSensitive ? text.find(needle) != std::string::npos
+                         : Q(text).contains(Q(needle), Qt::CaseInsensitive);
+}
+
+bool startsWith(const std::string &text, const std::string &needle, bool caseSensitive)
+{
+    return Q(text).startsWith(Q(needle), sensitivity(caseSensitive));
+}
+bool startsWith(const std::string &text, char needle, bool caseSensitive)
+{
+    return startsWith(text, std::string(1, needle), caseSensitive);
+}
+bool endsWith(const std::string &text, const std::string &needle, bool caseSensitive)
+{
+    return Q(text).endsWith(Q(needle), sensitivity(caseSensitive));
+}
+bool endsWith(const std::string &text, char needle, bool caseSensitive)
+{
+    return endsWith(text, std::string(1, needle), caseSensitive);
+}
+
+unsigned long indexOfEx(const std::string &text, const std::string &needle, unsigned long from)
+{
+    if (from > text.size())
+        return std::string::npos;
+    const QString all = Q(text);
+    const int start = Q(text.substr(0, from)).size();
+    return byteOffset(all, QRegExp(Q(needle)).indexIn(all, start));
+}
+
+unsigned long lastIndexOfEx(const std::string &text, const std::string &needle, unsigned long from)
+{
+    const QString all = Q(text);
+    const int start = from >= text.size() ? -1 : Q(text.substr(0, from)).size();
+    return byteOffset(all, QRegExp(Q(needle)).lastIndexIn(all, start));
+}
+
+void replace(std::string &text, const std::string &from, const std::string &to, bool caseSensitive)
+{
+    text = S(Q(text).replace(Q(from), Q(to), sensitivity(caseSensitive)));
+}
+void replaceEx(std::string &text, const std::string &pattern, const std::string &to)
+{
+    text = S(Q(text).replace(QRegExp(Q(pattern)), Q(to)));
+}
+
+bool isNan(double value)
+{
+    return std::isnan(value);
+}
+double quietNan()
+{
+    return std::numeric_limits<double>::quiet_NaN();
+}
+
+QTextStream &operator<<(QTextStream &stream, const std::string &text)
+{
+    return stream << Q(text);
+}
+
+std::string FFile::resolveEnv(const std::string &path)
+{
+    static const QRegExp variable("\\$(\\{\\w+\\}|\\w+)");
+    QString result;
+    const QString text = Q(path);
+    int from = 0;
+    QRegExp match(variable);
+    for (int at; (at = match.indexIn(text, from)) >= 0; from = at + match.matchedLength()) {
+        result += text.mid(from, at - from);
+        result += QString::fromLocal8Bit(
+            qgetenv(match.cap(1).remove('{').remove('}').toLocal8Bit().constData()));
+    }
+    return S(result + text.mid(from));
+}
+
+std::string FLiteral::quoted(const std::string &text)
+{
+    std::string out = "\"";
+    size_t run = 0;
+    for (const char c : text) {
+        if (c == '"')
+            out.append(run + 1, '\\'); // double the run before the quote, then escape the quote
+        run = c == '\\' ? run + 1 : 0;
+        out += c;
+    }
+    out.append(run, '\\');
+    return out + '"';
+}
+
+size_t FLiteral::findEnd(const std::string &source, size_t open, bool inList)
+{
+    size_t run = 0;
+    for (size_t i = open + 1; i < source.size(); ++i) {
+        const char c = source[i];
+        if (c == '"' && run % 2 == 0) {
+            if (!inList)
+                return i;
+            const size_t next = source.find_first_not_of(" \t\r\n", i + 1);
+            if (next == std::string::npos || source[next] == ',' || source[next] == ']')
+                return i;
+        }
+        run = c == '\\' ? run + 1 : 0;
+    }
+    return std::string::npos;
+}
+
+std::string FLiteral::unquoted(const std::string &source, size_t open, size_t close)
+{
+    std::string out;
+    out.reserve(close - open);
+    size_t run = 0;
+    for (size_t i = open + 1; i <= close; ++i) {
+        const char c = source[i];
+        if (c == '\\') {
+            ++run;
+            continue;
+        }
+        out.append(c == '"' ? run / 2 : run, '\\');
+        run = 0;
+        if (i < close)
+            out += c;
+    }
+    return out;
+}

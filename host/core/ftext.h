@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef FTEXT_H
+#define FTEXT_H
+#include <QRegExp>
+#include <QString>
+#include <QTextStream>
+#include <memory>
+#include <string>
+
+using TString = std::string;
+template <class T> using f_shared_ptr = std::shared_ptr<T>;
+
+/// Indent width of saved scripts.
+constexpr unsigned TAB = 4;
+
+/// Text conversions between the model (UTF-8) and Qt.
+inline std::string S(const QString &text)
+{
+    const QByteArray bytes = text.toUtf8();
+    return std::string(bytes.constData(), size_t(bytes.size()));
+}
+inline QString Q(const std::string &text)
+{
+    return QString::fromUtf8(text.data(), int(text.size()));
+}
+
+/// Numbers as text, never localised. \p base is 2 to 36.
+std::string fromNumber(int value, int base = 10);
+std::string fromNumber(unsigned value, int base = 10);
+std::string fromNumber(long long value, int base = 10);
+std::string fromNumber(unsigned long value, int base = 10);
+std::string fromNumber(double value, char format, int precision);
+
+/// The shortest text that reads back to the same bits; "nan", "inf", "-inf" for the special ones.
+std::string shortestNumber(double value);
+
+/// Reads the whole of \p text as a number in C notation.
+bool parseNumber(const std::string &text, double *value);
+
+/// Compares \p b with the \p len bytes of \p a from \p pos on.
+bool equals(const std::string &a, const std::string &b, bool caseSensitive = true,
+            unsigned long pos = 0, unsigned long len = std::string::npos);
+bool contains(const std::string &text, const std::string &needle, bool caseSensitive = true);
+bool startsWith(const std::string &text, const std::string &needle, bool caseSensitive = true);
+bool startsWith(const std::string &text, char needle, bool caseSensitive = true);
+bool endsWith(const std::string &text, const std::string &needle, bool caseSensitive = true);
+bool endsWith(const std::string &text, char needle, bool caseSensitive = true);
+
+/// Position of the first or last match of the regular expression \p needle, npos if none.
+unsigned long indexOfEx(const std::string &text, const std::string &needle, unsigned long from = 0);
+unsigned long lastIndexOfEx(const std::string &text, const std::string &needle,
+                            unsigned long from = std::string::npos);
+
+/// Replaces all occurrences in place; the second form takes a regular expression.
+void replace(std::string &text, const std::string &from, const std::string &to,
+             bool caseSensitive = true);
+void replaceEx(std::string &text, const std::string &pattern, const std::string &to);
+
+bool isNan(double value);
+double quietNan();
+
+QTextStream &operator<<(QTextStream &stream, const std::string &text);
+
+namespace FFile
+{
+/// Expands $NAME and ${NAME}; a variable that is not set expands to nothing.
+std::string resolveEnv(const std::string &path);
+} // namespace FFile
+
+/// Text literals of the script language. A backslash is an escape only in a run of backslashes
+/// that ends at a double quote; everywhere else it stands for itself.
+namespace FLiteral
+{
+/// \p text in double quotes, as it reads back anywhere.
+std::string quoted(const std::string &text);
+/// End of the literal whose opening quote stands at \p open: the position of the closing quote, or
+/// npos. Inside a list a bare quote ends the literal only before a comma, a bracket or the end.
+size_t findEnd(const std::string &source, size_t open, bool inList);
+/// The text of a literal between its quotes.
+std::string unquoted(const std::string &source, size_t open, size_t close);
+} // namespace FLiteral
+#endif

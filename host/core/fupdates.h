@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef FUPDATES_H
+#define FUPDATES_H
+class FObject;
+
+/// The update engine: passes staleness on, brings objects up to date in the order of their
+/// dependencies, and keeps the objects that update by themselves until the next flush.
+///
+/// Both walks use a stack of their own, so a chain may be as long as memory lasts.
+class FUpdates
+{
+public:
+    static void setOutOfDate(FObject *object);
+    static void update(FObject *object);
+    /// Notes that \p object wants to be brought up to date by the next flush.
+    static void request(FObject *object);
+    static void forget(FObject *object);
+    /// Updates all objects that wait, unless updates are blocked.
+    static void flush();
+    static bool isBlocked();
+    /// A number of its own for each walk over the graph, left as a mark on the objects it met.
+    static unsigned long nextWalk();
+};
+
+/// A counted guard: the constructor blocks, the destructor releases. \p Count is the counter.
+template <int *Count> class FBlocker
+{
+public:
+    FBlocker() { block(); }
+    ~FBlocker() { unblock(); }
+    FBlocker(const FBlocker &) = delete;
+    FBlocker &operator=(const FBlocker &) = delete;
+    void block()
+    {
+        if (!mHeld)
+            ++*Count;
+        mHeld = true;
+    }
+    void unblock()
+    {
+        if (mHeld)
+            --*Count;
+        mHeld = false;
+    }
+
+private:
+    bool mHeld = false;
+};
+
+namespace FBlockers
+{
+extern int updates, history, results, tree, editor, gl, waitCursor;
+}
+using FImmediateUpdateBlocker = FBlocker<&FBlockers::updates>;
+using FHistoryBlocker = FBlocker<&FBlockers::history>;
+using FResultsOutOfDateBlocker = FBlocker<&FBlockers::results>;
+using FObjectTreeBlocker = FBlocker<&FBlockers::tree>;
+using FEditorUpdateBlocker = FBlocker<&FBlockers::editor>;
+using FGlUpdateBlocker = FBlocker<&FBlockers::gl>;
+using FWaitCursor = FBlocker<&FBlockers::waitCursor>;
+#endif

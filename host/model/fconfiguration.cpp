@@ -1,0 +1,320 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "fconfiguration.h"
+
+#include "fcmdbinder.h"
+#include "fhistory.h"
+#include "flogmsg.h"
+#include "fmarloctrl.h"
+
+#include <algorithm>
+
+F_CLASS_IMPL(FConfiguration)
+F_CLASS_IMPL(FConfigurationCustom)
+
+namespace
+{
+using Roots = std::vector<FExpr<FEntryBase, true>>;
+
+bool hasLiveDefinition(const FEntry &entry, const FDefinition *definition)
+{
+    const auto own = entry.getEntryDefinition().getPtr();
+    if (!own || !definition)
+        return false;
+    const auto &map = definition->getNameMap();
+    const auto at = map.find(own->getFullName());
+    return at != map.end() && at->second.getExpr() == own;
+}
+
+template <class F> void forEachEntry(const Roots &entries, F function)
+{
+    for (const auto &handle : entries)
+        if (const auto entry = handle.ptr<FEntry>()) {
+            function(entry);
+            forEachEntry(entry->getChildren(), function);
+        }
+}
+} // namespace
+
+void FConfiguration::constructFObject()
+{
+    FEntity::constructFObject();
+    if (!mInitPrototype)
+        mDefinition.registerClient(shared_from_this(), false);
+}
+
+void FConfiguration::linkDefinition(const FExprBase &definition)
+{
+    mDefinition = definition;
+    mIndexValid = false;
+    build();
+    applyPending();
+    setOutOfDate(0);
+}
+
+Roots FConfiguration::getVisibleRootEntries() const
+{
+    Roots visible;
+    const auto definition = getDefinition().getPtr();
+    for (const auto &handle : mRoots)
+        if (const auto entry = handle.ptr<FEntry>())
+            if (hasLiveDefinition(*entry, definition.get()) &&
+                !entry->getEntryDefinition().getPtr()->isHidden())
+                visible.push_back(handle);
+    return visible;
+}
+
+std::map<QString, FExpr<FObject>> FConfiguration::getEntryMap() const
+{
+    std::map<QString, FExpr<FObject>> map;
+    const auto definition = getDefinition().getPtr();
+    forEachEntry(mRoots, [&](const std::shared_ptr<FEntry> &entry) {
+        if (hasLiveDefinition(*entry, definition.get()))
+            map.emplace(Q(entry->getFullName()), FExpr<FObject>(entry));
+    });
+    return map;
+}
+
+std::vector<std::shared_ptr<FEntry>> FConfiguration::getEntry(const std::shared_ptr<FObject> &type,
+                                                              bool) const
+{
+    std::vector<std::shared_ptr<FEntry>> found;
+    forEachEntry(mRoots, [&](const std::shared_ptr<FEntry> &entry) {
+        if (!entry->isGroup() && entry->hasValueType(type))
+            found.push_back(entry);
+    });
+    return found;
+}
+
+const std::map<std::string, std::shared_ptr<FEntry>> &FConfiguration::index() const
+{
+    if (!mIndexValid) {
+        mIndex.clear();
+        forEachEntry(mRoots, [&](const std::shared_ptr<FEntry> &entry) {
+            mIndex.emplace(entry->getFullName(), entry);
+        });
+        mIndexValid = true;
+    }
+    return mIndex;
+}
+
+std::shared_ptr<FEntry> FConfiguration::findEntry(const std::string &fullName) const
+{
+    const auto at = index().find(fullName);
+    return at == index().end() ? nullptr : at->second;
+}
+
+std::shared_ptr<FEntry> FConfiguration::entryOf(const std::shared_ptr<FEntryDef> &definition,
+                                                const std::shared_ptr<FEntry> &parent) const
+{
+    const std::string name = parent ? parent->getFullName() + "|" + definition->getName()
+                                    : definition->getName();
+    const auto entry = findEntry(name);
+    return entry && entry->getEntryDefinition().getExpr() == definition ? entry : nullptr;
+}
+
+void FConfiguration::insertEntry(const std::shared_ptr<FEntry> &entry,
+                                 const std::shared_ptr<FEntry> &parent)
+{
+    FHistoryTransaction transaction(nullptr, "add entry", true);
+    if (parent) {
+        parent->addChild(entry);
+        transaction.addStep(parent);
+    } else {
+        mRoots.push_back(FExpr<FEntryBase, true>(entry));
+    }
+    entry->addClient(this);
+    if (mIndexValid)
+        mIndex.emplace(entry->getFullName(), entry);
+    transaction.addStep(shared_from_this());
+}
+
+bool FConfiguration::removeEntry(const FExprBase &entry)
+{
+    const auto at = std::find(mRoots.begin(), mRoots.end(), entry);
+    if (at == mRoots.end())
+        return false;
+    mRoots.erase(at);
+    mIndexValid = false;
+    FHistory::instance()->addStep(shared_from_this());
+    return true;
+}
+
+void FConfiguration::build()
+{
+    const auto definition = getDefinition().getPtr();
+    if (!definition)
+        return;
+    const auto self = shared_from_base<FConfiguration>();
+    const std::function<void(const Roots &, const std::shared_ptr<FEntry> &)> level =
+        [&](const Roots &definitions, const std::shared_ptr<FEntry> &parent) {
+            for (const auto &handle : definitions) {
+                const auto wanted = handle.ptr<FEntryDef>();
+                if (!wanted)
+                    continue;
+                std::shared_ptr<FEntry> entry = entryOf(wanted, parent);
+                if (!entry) {
+                    // A definition that was rebuilt keeps the values by name.
+                    const std::string name = parent ? parent->getFullName() + "|" + wanted->getName()
+                                                    : wanted->getName();
+                    entry = findEntry(name);
+                    if (entry && !hasLiveDefinition(*entry, definition.get()))
+                        entry->setEntryDefinition(FExpr<FEntryDef>(wanted));
+                    else
+                        entry = FEntry::create(wanted, self, parent);
+                }
+                level(wanted->getChildren(), entry);
+            }
+        };
+    level(definition->getRootEntries(), nullptr);
+    setOutOfDate(0);
+}
+
+void FConfiguration::applyPending()
+{
+    const auto pending = std::move(mPending);
+    mPending.clear();
+    for (const auto &value : pending) {
+        const FStatus status = setEntryCommand(value.first, value.second);
+        if (!status)
+            FLogMsg::error("Configuration", getName() + ": " + status.error, "value dropped",
+                           nullptr);
+    }
+}
+
+void FConfiguration::followRename(const std::shared_ptr<FEntryDef> &definition)
+{
+    forEachEntry(mRoots, [&](const std::shared_ptr<FEntry> &entry) {
+        if (entry->getEntryDefinition().getExpr() == definition) {
+            entry->rename(definition->getName());
+            FHistory::instance()->addStep(entry);
+        }
+    });
+    mIndexValid = false;
+}
+
+FStatus FConfiguration::setEntryCommand(const std::string &path, const FExprBase &value)
+{
+    if (!getDefinition()) {
+        mPending.emplace_back(path, value);
+        return {};
+    }
+    const auto entry = findEntry(path);
+    const auto definition = getDefinition().getPtr();
+    if (!entry || !hasLiveDefinition(*entry, definition.get()))
+        return {"no entry " + path + " in definition " + definition->getName()};
+    if (!value)
+        return {"entry " + path + ": expected a value, found nothing"};
+    return entry->setValue(value);
+}
+
+FExprBase FConfiguration::getEntryCommand(const std::string &path) const
+{
+    const auto entry = findEntry(path);
+    return entry ? FExprBase(entry) : FExprBase();
+}
+
+void FConfiguration::saveMembers(QTextStream &stream, unsigned level) const
+{
+    const auto definition = getDefinition().getPtr();
+    const auto line = [&](const std::string &name, const FExprBase &value) {
+        stream << std::string(TAB * level, ' ') << ".setEntry(" << FLiteral::quoted(name) << ","
+               << value.toString() << ");\n";
+    };
+    forEachEntry(mRoots, [&](const std::shared_ptr<FEntry> &entry) {
+        if (!entry->isGroup() && entry->getValue() && hasLiveDefinition(*entry, definition.get()))
+            line(entry->getFullName(), entry->getValue());
+    });
+    for (const auto &value : mPending)
+        line(value.first, value.second);
+}
+
+void FConfiguration::connectEntries()
+{
+    forEachEntry(mRoots, [&](const std::shared_ptr<FEntry> &entry) {
+        if (!entry->clients().contains(this))
+            entry->addClient(this);
+    });
+}
+
+void FConfiguration::visitState(FStateVisitor &state)
+{
+    FEntity::visitState(state);
+    state(mDefinition)(mRoots)(mPending);
+}
+
+void FConfiguration::stateRestored()
+{
+    FEntity::stateRestored();
+    mIndexValid = false;
+    connectEntries();
+}
+
+void FConfiguration::collectStateful(std::vector<std::shared_ptr<FObject>> *objects)
+{
+    FEntity::collectStateful(objects);
+    forEachEntry(mRoots, [&](const std::shared_ptr<FEntry> &entry) { objects->push_back(entry); });
+}
+
+void FConfiguration::initCmds()
+{
+    FCmdBinder<FConfiguration> c;
+    c.member("setEntry", &FConfiguration::setEntryCommand, FArg{"name"}, FArg{"value"});
+    c.member("getEntry", &FConfiguration::getEntryCommand, FArg{"name"});
+}
+
+FConfigurationCustom::FConfigurationCustom(const FExpr<FScope> &, std::string name,
+                                           const FExpr<FDefinitionCustom> &)
+    : FConfiguration(std::move(name))
+{
+}
+
+void FConfigurationCustom::init(const std::shared_ptr<FConfigurationCustom> &source)
+{
+    if (!source || source->isNull())
+        return;
+    linkDefinition(source->getDefinition());
+    forEachEntry(source->getRootEntries(), [&](const std::shared_ptr<FEntry> &entry) {
+        if (!entry->isGroup() && entry->getValue())
+            setEntryCommand(entry->getFullName(), entry->getValue());
+    });
+}
+
+void FConfigurationCustom::setDefinition(const FExpr<FDefinitionCustom> &definition)
+{
+    linkDefinition(definition);
+    FHistory::instance()->addStep(shared_from_this());
+}
+
+std::vector<FExpr<FResultsFileName, true>> FConfigurationCustom::getResultsFileNames() const
+{
+    std::vector<FExpr<FResultsFileName, true>> names;
+    for (const auto &entry : getEntry(FResultsFileName::mpNull, true))
+        if (const auto name = entry->getValue().ptr<FResultsFileName>())
+            names.push_back(FExpr<FResultsFileName, true>(name));
+    return names;
+}
+
+void FConfigurationCustom::prepareFileValues() const
+{
+    for (const auto &entry : getEntry(FInputFile::mpNull, true))
+        if (const auto value = entry->getValue().getPtr())
+            value->setUpToDate(false);
+}
+
+std::shared_ptr<FDefinitionCustom>
+FConfigurationCustom::importOvdlDefinition(const FExpr<FDefinitionCustom> &definition,
+                                           const std::string &fileName)
+{
+    QFile file(Q(FFile::resolveEnv(fileName)));
+    if (fileName.empty() || !file.open(QIODevice::ReadOnly))
+        return nullptr;
+    return parseFile(&file, definition);
+}
+
+void FConfigurationCustom::initCmds()
+{
+    FCmdBinder<FConfigurationCustom> c;
+    c.attribute("setDefinition", &FConfigurationCustom::setDefinition,
+                &FConfigurationCustom::customDefinition, FArg{"definition"})
+        .title("Definition");
+}

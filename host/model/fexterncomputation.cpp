@@ -1,0 +1,332 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "fexterncomputation.h"
+
+#include "fcmdbinder.h"
+#include "fhistory.h"
+#include "flogmsg.h"
+#include "fmarloctrl.h"
+#include "fpathmanager.h"
+#include "frunqueue.h"
+
+#include <QDir>
+#include <algorithm>
+
+F_CLASS_IMPL(FExternComputation)
+F_CLASS_IMPL(FCustomComputation)
+
+template <class T>
+void FExternComputation::assign(T &field, const T &value, const char *text)
+{
+    field = value;
+    setOutOfDate(0);
+    FHistoryTransaction transaction(nullptr, text, true);
+    transaction.addStep(shared_from_this());
+}
+
+void FExternComputation::setApplication(const std::string &application)
+{
+    assign(mApplication, application, "set application");
+}
+void FExternComputation::setArguments(const std::string &arguments)
+{
+    assign(mArguments, arguments, "set arguments");
+}
+void FExternComputation::setStandardInput(const std::string &fileName)
+{
+    assign(mStandardInput, fileName, "set standard input");
+}
+void FExternComputation::setEnvironment(const std::vector<std::string> &variables)
+{
+    assign(mEnvironment, variables, "set environment");
+}
+FStatus FExternComputation::setTimeout(double seconds)
+{
+    if (!(seconds >= 0 && seconds < 1e9))
+        return {"expected seconds from 0, found " + shortestNumber(seconds)};
+    assign(mTimeout, seconds, "set time limit");
+    return {};
+}
+
+void FExternComputation::init(const std::shared_ptr<FExternComputation> &source)
+{
+    if (!source || source->isNull())
+        return;
+    mApplication = source->mApplication;
+    mArguments = source->mArguments;
+    mStandardInput = source->mStandardInput;
+    mEnvironment = source->mEnvironment;
+    mTimeout = source->mTimeout;
+    setOutOfDate(0);
+}
+
+FExternComputation::DesignState &FExternComputation::stateOf(const FDesign *design) const
+{
+    DesignState &state = mStates[design];
+    if (const auto known = state.design.lock(); !known || known.get() != design) {
+        state = DesignState(); // a design that is gone may have lain at the same address
+        state.design = std::const_pointer_cast<FDesign>(design->shared_from_base<FDesign>());
+    }
+    return state;
+}
+
+FExpr<FComputationResults> FExternComputation::currentResults() const
+{
+    return stateOf(FDesign::current().get()).results;
+}
+
+bool FExternComputation::isUpToDateFor(const std::shared_ptr<FDesign> &design) const
+{
+    return stateOf(design.get()).upToDate;
+}
+
+void FExternComputation::stalenessPassed() const
+{
+    if (FDesign::isSwitching()) {
+        // Only the current design is concerned, and its state is looked up afterwards.
+        return;
+    }
+    for (auto &state : mStates)
+        state.second.upToDate = false;
+}
+
+void FExternComputation::designChanged()
+{
+    const auto design = FDesign::current();
+    for (const auto &handle : getManageds<FExternComputation>()) {
+        const auto computation = handle.getPtr();
+        computation->setUpToDate(computation->isUpToDateFor(design));
+        for (FObject *client : computation->clients().objects())
+            client->setOutOfDate(0);
+        computation->setUpToDate(computation->isUpToDateFor(design));
+    }
+}
+
+void FExternComputation::designEdited(const FDesign *design)
+{
+    for (const auto &handle : getManageds<FExternComputation>())
+        handle.getPtr()->stateOf(design).upToDate = false;
+}
+
+namespace
+{
+void collectSuppliers(const FExternComputation *computation,
+                      std::vector<std::shared_ptr<FExternComputation>> *order,
+                      std::set<const FObject *> *seen)
+{
+    std::set<std::shared_ptr<FObject>> suppliers;
+    computation->getSuppliers(suppliers);
+    std::vector<std::shared_ptr<FExternComputation>> found;
+    for (const auto &supplier : suppliers)
+        if (auto other = std::dynamic_pointer_cast<FExternComputation>(supplier))
+            found.push_back(std::move(other));
+    std::sort(found.begin(), found.end(),
+              [](const auto &a, const auto &b) { return a->getDbId() < b->getDbId(); });
+    for (const auto &other : found)
+        if (other.get() != computation && seen->insert(other.get()).second) {
+            collectSuppliers(other.get(), order, seen);
+            order->push_back(other);
+        }
+}
+} // namespace
+
+std::vector<std::shared_ptr<FExternComputation>> FExternComputation::supplierComputations() const
+{
+    std::vector<std::shared_ptr<FExternComputation>> order;
+    std::set<const FObject *> seen{this};
+    collectSuppliers(this, &order, &seen);
+    return order;
+}
+
+FStatus FExternComputation::run()
+{
+    if (FMarloCtrl::instance()->isLoadingProject())
+        return {"a run can't start while a project is loading"};
+    if (mRunning > 0)
+        return {getName() + " is running"};
+    FRunQueue queue;
+    const auto design = FDesign::current();
+    std::vector<std::shared_ptr<FExternComputation>> chain;
+    for (const auto &supplier : supplierComputations())
+        if (!supplier->isUpToDateFor(design))
+            chain.push_back(supplier);
+    chain.push_back(shared_from_base<FExternComputation>());
+    queue.add(design, chain);
+    queue.run(1);
+    const auto &records = queue.records();
+    for (const FRunRecord &record : records)
+        if (!record.succeeded())
+            return {"computation " + record.computation + ": " + record.reason};
+    return {};
+}
+
+void FExternComputation::guiRun()
+{
+    FRunQueue::background()->add(FDesign::current(), {shared_from_base<FExternComputation>()});
+    FRunQueue::background()->start(1);
+}
+
+bool FExternComputation::canReread() const
+{
+    return mRunning == 0 &&
+           QDir(Q(FPathManager::instance()->getResultsDirAbs(
+                    std::const_pointer_cast<FExternComputation>(
+                        shared_from_base<FExternComputation>()),
+                    nullptr)))
+               .exists();
+}
+
+std::shared_ptr<FComputationResults>
+FExternComputation::makeResults(const std::shared_ptr<FDesign> &design)
+{
+    const auto type = std::dynamic_pointer_cast<FResultsGeneric>(getResultType());
+    if (!type)
+        return nullptr;
+    const FHistoryBlocker unrecorded;
+    DesignState &state = stateOf(design.get());
+    if (const auto old = state.results.getPtr())
+        FManaged::destroy(old, true);
+    const auto results = std::dynamic_pointer_cast<FComputationResults>(
+        type->clone(FExpr<FDesign>(design),
+                    FExpr<FExternComputation>(shared_from_base<FExternComputation>())));
+    state.results = FExpr<FComputationResults>(results);
+    return results;
+}
+
+FStatus FExternComputation::rereadResults()
+{
+    if (!canReread())
+        return {"there are no result files of " + getName() + " to read"};
+    const auto design = FDesign::current();
+    auto results = currentResults().getPtr();
+    if (!results)
+        results = makeResults(design);
+    if (!results)
+        return {getName() + " has no results that could be read"};
+    processReread(results);
+    for (FObject *client : clients().objects())
+        client->setOutOfDate(0);
+    return {};
+}
+
+void FExternComputation::runEnded(const std::shared_ptr<FDesign> &design, bool succeeded)
+{
+    --mRunning;
+    DesignState &state = stateOf(design.get());
+    if (succeeded) {
+        if (const auto results = makeResults(design)) {
+            if (const auto generic = std::dynamic_pointer_cast<FResultsGeneric>(results))
+                generic->setResultFiles(resultsFileNames());
+            applyOutputHandles(results);
+        }
+        state.upToDate = true;
+    } else {
+        const FHistoryBlocker unrecorded;
+        if (const auto old = state.results.getPtr())
+            FManaged::destroy(old, true);
+        state.results = FExpr<FComputationResults>();
+        state.upToDate = false;
+    }
+    for (FObject *client : clients().objects())
+        client->setOutOfDate(0);
+    setUpToDate(state.upToDate);
+}
+
+void FExternComputation::destructFObject()
+{
+    const FHistoryBlocker unrecorded;
+    for (auto &state : mStates)
+        if (const auto results = state.second.results.getPtr())
+            FManaged::destroy(results, true);
+    mStates.clear();
+    FManaged::destructFObject();
+}
+
+void FExternComputation::visitState(FStateVisitor &state)
+{
+    FManaged::visitState(state);
+    state(mApplication)(mArguments)(mStandardInput)(mEnvironment)(mTimeout);
+}
+
+bool FExternComputation::hasSavedResults() const
+{
+    for (const auto &handle : getManageds<FComputationResults>()) {
+        const auto results = handle.getPtr();
+        if (results->getVariant() && results->computationId() == getDbId())
+            return true;
+    }
+    return false;
+}
+
+FStatus FExternComputation::setDbIdCommand(int id)
+{
+    return FObjectManager::instance()->setId(this, id)
+               ? FStatus{}
+               : FStatus{"expected an id from 1, found " + fromNumber(id, 10)};
+}
+
+void FExternComputation::initCmds()
+{
+    using T = FExternComputation;
+    FCmdBinder<T> c;
+    c.attribute("setDbId", &T::setDbIdCommand, &T::dbIdForScript, FArg{"id"})
+        .title("Id")
+        .hidden()
+        .savedIf([](const FObject *o) { return static_cast<const T *>(o)->hasSavedResults(); });
+    c.attribute("setApplication", &T::setApplication, &T::getApplication, FArg{"application"})
+        .title("Application");
+    c.attribute("setArguments", &T::setArguments, &T::getArguments, FArg{"arguments"})
+        .title("Arguments");
+    c.attribute("setStandardInput", &T::setStandardInput, &T::getStandardInput, FArg{"fileName"})
+        .title("Standard Input");
+    c.attribute("setEnvironment", &T::setEnvironment, &T::getEnvironment, FArg{"variables"})
+        .title("Environment");
+    c.attribute("setTimeout", &T::setTimeout, &T::getTimeout, FArg{"seconds"}).title("Time Limit");
+    c.member("run", &T::run);
+    c.member("rereadResults", &T::rereadResults);
+}
+
+void FCustomComputation::constructFObject()
+{
+    FExternComputation::constructFObject();
+    if (!mInitPrototype)
+        mConfiguration.registerClient(shared_from_this(), false);
+}
+
+void FCustomComputation::setConfiguration(const FExpr<FConfigurationCustom> &configuration)
+{
+    mConfiguration = configuration;
+    setOutOfDate(0);
+    FHistoryTransaction transaction(nullptr, "set configuration", true);
+    transaction.addStep(shared_from_this());
+}
+
+void FCustomComputation::prepareFileValues() const
+{
+    if (const auto configuration = mConfiguration.getPtr())
+        configuration->prepareFileValues();
+}
+
+std::vector<FExpr<FResultsFileName, true>> FCustomComputation::resultsFileNames() const
+{
+    const auto configuration = mConfiguration.getPtr();
+    return configuration ? configuration->getResultsFileNames()
+                         : std::vector<FExpr<FResultsFileName, true>>();
+}
+
+void FCustomComputation::visitState(FStateVisitor &state)
+{
+    FExternComputation::visitState(state);
+    state(mConfiguration);
+}
+
+void FCustomComputation::initCmds()
+{
+    using T = FCustomComputation;
+    FCmdBinder<T> c;
+    c.attribute("setConfiguration", &T::setConfiguration, &T::getConfiguration,
+                FArg{"configuration"})
+        .title("Configuration");
+    c.attribute("setCmdFile", &T::setCmdFile, &T::getCmdFile, FArg{"fileName"})
+        .title("Command File");
+    c.member("getResults", &T::getResults);
+}

@@ -1,0 +1,143 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef FEXTERNCOMPUTATION_H
+#define FEXTERNCOMPUTATION_H
+#include "fconfiguration.h"
+#include "fresults.h"
+
+#include <QMap>
+
+/// The outcome of one run.
+struct FRunRecord
+{
+    std::string computation, design, directory;
+    std::string state;  ///< finished, failed, timeout, cancelled, not-started
+    std::string reason; ///< in words
+    bool hasExitCode = false, hasSignal = false;
+    int exitCode = 0, signal = 0;
+    double seconds = 0;
+    bool succeeded() const { return state == "finished"; }
+};
+
+/// A run of an external program, for each design on its own. What is told here is the same for
+/// every kind of computation; derived classes write the input and read the results.
+class FExternComputation : public FManaged
+{
+    F_CLASS(FExternComputation, FManaged)
+public:
+    explicit FExternComputation(std::string name = std::string()) : FManaged(std::move(name)) {}
+
+    void setApplication(const std::string &application);
+    const std::string &getApplication() const { return mApplication; }
+    /// Split into words as a POSIX shell does; no shell is involved.
+    void setArguments(const std::string &arguments);
+    const std::string &getArguments() const { return mArguments; }
+    /// A file of the run folder; empty for none.
+    void setStandardInput(const std::string &fileName);
+    const std::string &getStandardInput() const { return mStandardInput; }
+    /// "NAME=value" each, beside the environment of this program.
+    void setEnvironment(const std::vector<std::string> &variables);
+    const std::vector<std::string> &getEnvironment() const { return mEnvironment; }
+    /// Seconds, 0 for no limit.
+    FStatus setTimeout(double seconds);
+    double getTimeout() const { return mTimeout; }
+
+    using FManaged::init;
+    void init(const std::shared_ptr<FExternComputation> &source);
+
+    /// Runs for the current design and waits; what the computation depends on runs first if it is
+    /// out of date. Refused while a project loads.
+    FStatus run();
+    /// Starts the same and returns; nothing blocks.
+    void guiRun();
+    /// Takes the files on disk as the results of the current design.
+    FStatus rereadResults();
+    bool isRunning() const { return mRunning > 0; }
+    bool canReread() const;
+    /// Other computations whose results this one needs, directly or not, in the order of running.
+    std::vector<std::shared_ptr<FExternComputation>> supplierComputations() const;
+    bool isUpToDateFor(const std::shared_ptr<FDesign> &design) const;
+
+    /// Results of the current design, null before its first run. Never starts one.
+    FExpr<FComputationResults> currentResults() const;
+
+    // What a run calls, in this order
+    virtual void prepareRun() {}
+    virtual void prepareRun() const {}
+    virtual void computationStarted() const {}
+    virtual bool writeOutputFile() const { return true; }
+    virtual std::shared_ptr<FObject> getResultType() const { return nullptr; }
+    virtual void applyOutputHandles(std::shared_ptr<FComputationResults>) const {}
+    virtual void computationFinished() const {}
+    virtual void finalizeRun() {}
+    virtual void finalizeRun() const {}
+    /// Files, relative to the run folder, without which a run has failed.
+    virtual std::vector<std::string> requiredResultFiles() const { return {}; }
+    virtual std::vector<FExpr<FResultsFileName, true>> resultsFileNames() const { return {}; }
+    virtual void processReread(std::shared_ptr<FComputationResults>) {}
+    virtual void prepareFileValues() const {}
+    virtual bool isGeneric() const { return false; }
+    virtual void openSoftwareConnector() const {}
+
+    // For the run driver
+    void runStarted() { ++mRunning; }
+    /// Makes the results of a run known; with \p succeeded false there are none.
+    void runEnded(const std::shared_ptr<FDesign> &design, bool succeeded);
+    static void designChanged();
+    static void designEdited(const FDesign *design);
+
+    bool updatesOnDemand() const override { return false; }
+    void stalenessPassed() const override;
+    void destructFObject() override;
+    void visitState(FStateVisitor &state) override;
+    /// Results refer to the computation by its id, so that has to be saved with them.
+    bool hasSavedResults() const;
+
+    static void initCmds();
+
+private:
+    struct DesignState
+    {
+        std::weak_ptr<FDesign> design;
+        FExpr<FComputationResults> results;
+        bool upToDate = false;
+    };
+    DesignState &stateOf(const FDesign *design) const;
+    std::shared_ptr<FComputationResults> makeResults(const std::shared_ptr<FDesign> &design);
+    template <class T> void assign(T &field, const T &value, const char *text);
+    FStatus setDbIdCommand(int id);
+    int dbIdForScript() const { return getDbId(); }
+
+    std::string mApplication, mArguments, mStandardInput;
+    std::vector<std::string> mEnvironment;
+    double mTimeout = 0;
+    int mRunning = 0;
+    mutable std::map<const FDesign *, DesignState> mStates;
+};
+
+/// A computation with a configuration.
+class FCustomComputation : public FExternComputation
+{
+    F_CLASS(FCustomComputation, FExternComputation)
+public:
+    explicit FCustomComputation(std::string name = std::string())
+        : FExternComputation(std::move(name))
+    {
+    }
+    const FExpr<FConfigurationCustom> &getConfiguration() const { return mConfiguration; }
+    void setConfiguration(const FExpr<FConfigurationCustom> &configuration);
+    virtual FExpr<FComputationResults> getResultsImpl() const { return currentResults(); }
+    FExpr<FComputationResults> getResults() const { return getResultsImpl(); }
+
+    void constructFObject() override;
+    void prepareFileValues() const override;
+    std::vector<FExpr<FResultsFileName, true>> resultsFileNames() const override;
+    void visitState(FStateVisitor &state) override;
+
+    static void initCmds();
+
+private:
+    void setCmdFile(const std::string &) {}
+    std::string getCmdFile() const { return std::string(); }
+    FExpr<FConfigurationCustom> mConfiguration;
+};
+#endif

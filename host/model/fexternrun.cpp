@@ -1,0 +1,316 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "fexternrun.h"
+
+#include "flogmsg.h"
+#include "fpathmanager.h"
+#include "fsafefile.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <cerrno>
+#include <cstring>
+#include <spawn.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+extern char **environ;
+
+FExternRun::FExternRun(std::shared_ptr<FExternComputation> computation,
+                       std::shared_ptr<FDesign> design, double timeout)
+    : mComputation(std::move(computation))
+    , mDesign(std::move(design))
+    , mTimeout(timeout >= 0 ? timeout : mComputation->getTimeout())
+{
+    mRecord.computation = mComputation->getName();
+    mRecord.design = mDesign->getName();
+    mRecord.state = "not-started";
+}
+
+FExternRun::~FExternRun()
+{
+    mNotifier.reset();
+    if (mSocket >= 0)
+        ::close(mSocket); // the runner ends its program
+    if (mRunner > 0)
+        while (::waitpid(mRunner, nullptr, 0) < 0 && errno == EINTR) {
+        }
+}
+
+std::string FExternRun::runnerPath()
+{
+    const QByteArray chosen = qgetenv("TURNBUCKLE_RUNNER");
+    return chosen.isEmpty() ? S(QCoreApplication::applicationDirPath() + "/turnbuckle-runner")
+                            : chosen.toStdString();
+}
+
+bool FExternRun::splitWords(const std::string &text, std::vector<std::string> *words)
+{
+    std::string word;
+    bool inWord = false;
+    char quote = 0;
+    for (size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i];
+        if (quote == '\'') {
+            if (c == '\'')
+                quote = 0;
+            else
+                word += c;
+        } else if (c == '\\' && i + 1 < text.size() &&
+                   (quote == 0 || std::strchr("\"\\$`", text[i + 1]))) {
+            word += text[++i];
+            inWord = true;
+        } else if (quote == '"') {
+            if (c == '"')
+                quote = 0;
+            else
+                word += c;
+        } else if (c == '\'' || c == '"') {
+            quote = c;
+            inWord = true;
+        } else if (c == ' ' || c == '\t' || c == '\n') {
+            if (inWord)
+                words->push_back(word);
+            word.clear();
+            inWord = false;
+        } else {
+            word += c;
+            inWord = true;
+        }
+    }
+    if (inWord)
+        words->push_back(word);
+    return quote == 0;
+}
+
+void FExternRun::start(std::function<void()> finished)
+{
+    mFinished = std::move(finished);
+    FDesign::setCurrent(mDesign);
+    mComputation->runStarted();
+    bool launched = false;
+    {
+        const FPathManager::RunScope scope(mComputation, mDesign);
+        const_cast<const FExternComputation &>(*mComputation).prepareRun();
+        mComputation->prepareRun();
+        mComputation->computationStarted();
+        launched = prepare() && launch();
+    }
+    if (!launched)
+        finish();
+}
+
+bool FExternRun::prepare()
+{
+    FPathManager *paths = FPathManager::instance();
+    mRecord.directory = paths->getResultsDirAbs(mComputation, mDesign);
+    const QString directory = Q(mRecord.directory);
+    QString why;
+    if (QFileInfo::exists(directory) && !FSafeFile::removeTree(directory, &why)) {
+        fail("cannot empty the run folder " + mRecord.directory + ": " + S(why));
+        return false;
+    }
+    if (!QDir().mkpath(directory)) {
+        fail("cannot make the run folder " + mRecord.directory + ": " + std::strerror(errno));
+        return false;
+    }
+    mComputation->prepareFileValues();
+    const size_t before = FLogMsg::count();
+    const bool written = mComputation->writeOutputFile();
+    const std::string &failure = paths->runFailure();
+    if (!failure.empty()) {
+        fail(failure);
+        return false;
+    }
+    if (!written) {
+        fail("cannot write the input files" +
+             (FLogMsg::count() > before ? ": " + FLogMsg::last().message : std::string()));
+        return false;
+    }
+    return true;
+}
+
+std::vector<std::string> FExternRun::commandLine(const std::vector<std::string> &words) const
+{
+    std::vector<std::string> line{runnerPath(),   "--directory", mRecord.directory, "--control",
+                                  "3",            "--record",    "run.json",        "--stdout",
+                                  "stdout.txt",   "--stderr",    "stderr.txt",      "--computation",
+                                  mRecord.computation, "--design", mRecord.design};
+    if (mTimeout > 0) {
+        line.push_back("--time-limit");
+        line.push_back(shortestNumber(mTimeout));
+    }
+    if (!mComputation->getStandardInput().empty()) {
+        line.push_back("--stdin");
+        line.push_back(mComputation->getStandardInput());
+    }
+    for (const std::string &file : mComputation->requiredResultFiles()) {
+        line.push_back("--expect");
+        line.push_back(file);
+    }
+    line.push_back("--");
+    line.insert(line.end(), words.begin(), words.end());
+    return line;
+}
+
+namespace
+{
+std::vector<char *> pointers(std::vector<std::string> &texts)
+{
+    std::vector<char *> list;
+    for (std::string &text : texts)
+        list.push_back(&text[0]);
+    list.push_back(nullptr);
+    return list;
+}
+
+std::vector<std::string> environmentWith(const std::vector<std::string> &extra)
+{
+    std::vector<std::string> all;
+    const auto nameOf = [](const std::string &text) { return text.substr(0, text.find('=')); };
+    for (char **entry = environ; *entry; ++entry) {
+        const std::string text = *entry;
+        bool replaced = false;
+        for (const std::string &other : extra)
+            replaced = replaced || nameOf(other) == nameOf(text);
+        if (!replaced)
+            all.push_back(text);
+    }
+    all.insert(all.end(), extra.begin(), extra.end());
+    return all;
+}
+} // namespace
+
+bool FExternRun::launch()
+{
+    std::string application = FFile::resolveEnv(mComputation->getApplication());
+    std::vector<std::string> words;
+    if (application.empty()) {
+        fail("no program is set");
+        return false;
+    }
+    // A path counts from the project's folder; what isn't there may be an input file of the run.
+    if (application.find('/') != std::string::npos && application[0] != '/') {
+        const std::string inProject =
+            FPathManager::instance()->getProjectDirAbs() + "/" + application;
+        if (QFileInfo::exists(Q(inProject)))
+            application = inProject;
+    }
+    words.push_back(application);
+    if (!splitWords(mComputation->getArguments(), &words)) {
+        fail("a quote without end in the arguments " + mComputation->getArguments());
+        return false;
+    }
+    int sockets[2];
+    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets) != 0) {
+        fail(std::string("cannot make a socket: ") + std::strerror(errno));
+        return false;
+    }
+    std::vector<std::string> line = commandLine(words);
+    std::vector<std::string> variables = environmentWith(mComputation->getEnvironment());
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, sockets[1], 3);
+    const int error = ::posix_spawn(&mRunner, line[0].c_str(), &actions, nullptr,
+                                    pointers(line).data(), pointers(variables).data());
+    posix_spawn_file_actions_destroy(&actions);
+    ::close(sockets[1]);
+    if (error != 0) {
+        mRunner = -1;
+        ::close(sockets[0]);
+        fail("cannot start " + line[0] + ": " + std::strerror(error));
+        return false;
+    }
+    mSocket = sockets[0];
+    mNotifier = std::make_unique<QSocketNotifier>(mSocket, QSocketNotifier::Read);
+    QObject::connect(mNotifier.get(), &QSocketNotifier::activated, mNotifier.get(),
+                     [this] { readReport(); });
+    return true;
+}
+
+void FExternRun::cancel()
+{
+    mCancelled = true;
+    if (mSocket >= 0)
+        (void)!::send(mSocket, "c", 1, MSG_NOSIGNAL);
+}
+
+void FExternRun::readReport()
+{
+    char buffer[4096];
+    const ssize_t got = ::read(mSocket, buffer, sizeof buffer);
+    if (got > 0) {
+        mReport.append(buffer, size_t(got));
+        return;
+    }
+    if (got < 0 && (errno == EINTR || errno == EAGAIN))
+        return;
+    mNotifier->setEnabled(false);
+    mNotifier.release()->deleteLater(); // we stand in its signal
+    ::close(mSocket);
+    mSocket = -1;
+    while (::waitpid(mRunner, nullptr, 0) < 0 && errno == EINTR) {
+    }
+    mRunner = -1;
+    const QJsonObject report = QJsonDocument::fromJson(QByteArray::fromStdString(mReport)).object();
+    if (report.isEmpty()) {
+        mRecord.state = "failed";
+        mRecord.reason = "turnbuckle-runner ended without a report";
+    } else {
+        mReported = true;
+        mRecord.state = S(report["state"].toString());
+        mRecord.reason = S(report["reason"].toString());
+        mRecord.hasExitCode = report["exitCode"].isDouble();
+        mRecord.exitCode = report["exitCode"].toInt();
+        mRecord.hasSignal = report["signal"].isDouble();
+        mRecord.signal = report["signal"].toInt();
+        mRecord.seconds = report["seconds"].toDouble();
+    }
+    finish();
+}
+
+void FExternRun::fail(const std::string &reason)
+{
+    mRecord.state = "not-started";
+    mRecord.reason = reason;
+}
+
+void FExternRun::writeRecord() const
+{
+    const QJsonObject json{{"computation", Q(mRecord.computation)},
+                           {"design", Q(mRecord.design)},
+                           {"directory", Q(mRecord.directory)},
+                           {"state", Q(mRecord.state)},
+                           {"reason", Q(mRecord.reason)},
+                           {"exitCode", QJsonValue::Null},
+                           {"signal", QJsonValue::Null},
+                           {"seconds", mRecord.seconds}};
+    QString why;
+    if (QFileInfo(Q(mRecord.directory)).isDir() &&
+        !FSafeFile::write(Q(mRecord.directory) + "/run.json", QJsonDocument(json).toJson(), &why,
+                          FSafeFile::Durability::Later))
+        FLogMsg::error("Run", "Could not write the record of the run", S(why), nullptr);
+}
+
+void FExternRun::finish()
+{
+    FDesign::setCurrent(mDesign);
+    if (!mReported)
+        writeRecord();
+    if (!mRecord.succeeded())
+        FLogMsg::error("Run",
+                       "computation " + mRecord.computation + ", design " + mRecord.design + ": " +
+                           mRecord.reason,
+                       mRecord.directory, nullptr);
+    {
+        const FPathManager::RunScope scope(mComputation, mDesign);
+        mComputation->runEnded(mDesign, mRecord.succeeded());
+        mComputation->computationFinished();
+        const_cast<const FExternComputation &>(*mComputation).finalizeRun();
+        mComputation->finalizeRun();
+    }
+    mFinished();
+}

@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef FEXTERNRUN_H
+#define FEXTERNRUN_H
+#include "fexterncomputation.h"
+
+#include <QSocketNotifier>
+#include <functional>
+#include <memory>
+#include <sys/types.h>
+
+/// One run of one computation for one design: a fresh folder, the input files, the program under
+/// supervision, its report.
+///
+/// The program is started by turnbuckle-runner, which ends all of it when its time is over, when
+/// the run is cancelled, or when this process is gone. Its report comes over a socket.
+class FExternRun
+{
+public:
+    FExternRun(std::shared_ptr<FExternComputation> computation, std::shared_ptr<FDesign> design,
+               double timeout);
+    ~FExternRun();
+    FExternRun(const FExternRun &) = delete;
+    FExternRun &operator=(const FExternRun &) = delete;
+
+    /// Calls \p finished exactly once, later or at once; the run may be deleted only afterwards.
+    void start(std::function<void()> finished);
+    void cancel();
+    const FRunRecord &record() const { return mRecord; }
+    /// Splits as a POSIX shell does. False for a quote without end.
+    static bool splitWords(const std::string &text, std::vector<std::string> *words);
+    static std::string runnerPath();
+
+private:
+    bool prepare();
+    bool launch();
+    void readReport();
+    void finish();
+    void fail(const std::string &reason);
+    std::vector<std::string> commandLine(const std::vector<std::string> &words) const;
+    void writeRecord() const;
+
+    std::shared_ptr<FExternComputation> mComputation;
+    std::shared_ptr<FDesign> mDesign;
+    FRunRecord mRecord;
+    double mTimeout;
+    std::function<void()> mFinished;
+    std::unique_ptr<QSocketNotifier> mNotifier;
+    std::string mReport;
+    int mSocket = -1;
+    pid_t mRunner = -1;
+    bool mReported = false, mCancelled = false;
+};
+#endif

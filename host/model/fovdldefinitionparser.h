@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef FOVDLDEFINITIONPARSER_H
+#define FOVDLDEFINITIONPARSER_H
+#include "fdefinition.h"
+
+class QIODevice;
+class QXmlStreamReader;
+class QXmlStreamWriter;
+
+/// Reads and writes the saved text of a definition: an XML half with the entry definitions, and
+/// behind a marker line an object half, which derived classes read.
+///
+/// The XML half is
+///   <ovdl version="1"><definition name="…">
+///     <group name="…"> entries </group>
+///     <entry name="…" default="script text" hidden="0" expr="1" min="1" max="1">docu</entry>
+///   </definition></ovdl>
+/// There is no document type; depth is limited to 100.
+class FOvdlDefinitionParser
+{
+public:
+    static const QString smObjectArea;
+    static constexpr int kMaxDepth = 100;
+
+    /// A prototype means that a new definition is to be made; another one is filled.
+    explicit FOvdlDefinitionParser(const FExpr<FDefinitionCustom> &definition);
+    virtual ~FOvdlDefinitionParser() = default;
+
+    /// Reads a whole saved text. The definition is there afterwards unless nothing could be read.
+    void read(QIODevice *device);
+    void read(const std::string &text);
+    /// Adds the entries of an XML half to the definition.
+    bool fill(const std::string &structure);
+    /// Writes the XML half at the present position of \p device.
+    void write(QIODevice *device, const std::shared_ptr<FDefinitionCustom> &definition);
+    const FExpr<FDefinitionCustom> &getDefinition() const { return mDefinition; }
+    static std::string structureText(const FDefinitionBase &definition);
+
+    /// The text behind the marker, key lines included.
+    virtual void importObjectsFromString(const QString &) {}
+
+protected:
+    /// Logs a fault of the XML half with its place.
+    virtual void error(qint64 line, qint64 column, const QString &text);
+    FExpr<FDefinitionCustom> mDefinition;
+
+private:
+    bool readStructure(const QString &xml, bool mayMake);
+    bool readEntries(QXmlStreamReader &xml, const std::shared_ptr<FEntryDef> &parent, int depth);
+};
+#endif

@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef FRESULTS_H
+#define FRESULTS_H
+#include "ffilevalues.h"
+#include "fparameter.h"
+#include "ftabledata.h"
+
+#include <mutex>
+
+class FExternComputation;
+
+/// What belongs to a design.
+class FResults : public FManaged
+{
+    F_CLASS(FResults, FManaged)
+public:
+    FResults() = default;
+    FResults(std::string name, const FExpr<FDesign> &variant)
+        : FManaged(std::move(name))
+        , mVariant(variant)
+    {
+    }
+    virtual void init() {}
+    using FManaged::init;
+    const FExpr<FDesign> &getVariant() const { return mVariant; }
+    /// Absolute folder of the result files, ends in "/".
+    virtual std::string getResultPath() const { return std::string(); }
+
+private:
+    FExpr<FDesign> mVariant;
+};
+
+/// The results of a computation, which is known by its id: it may be loaded later.
+class FComputationResults : public FResults
+{
+    F_CLASS(FComputationResults, FResults)
+public:
+    FComputationResults() = default;
+    FComputationResults(std::string name, const FExpr<FDesign> &variant,
+                        const FExpr<FExternComputation> &computation);
+    FComputationResults(std::string name, const FExpr<FDesign> &variant, int computationId);
+
+    FExpr<FExternComputation> getComputation() const;
+    int computationId() const;
+    std::string getResultPath() const override;
+    void visitState(FStateVisitor &state) override;
+
+private:
+    mutable FExprBase mComputation;
+    int mComputationId = 0;
+};
+
+/// Results as tables. The files are read when the first table is asked for.
+class FResultsGeneric : public FComputationResults
+{
+    F_CLASS(FResultsGeneric, FComputationResults)
+public:
+    using FComputationResults::FComputationResults;
+    FResultsGeneric() = default;
+    using FComputationResults::init;
+    void init(const std::shared_ptr<FResultsGeneric> &) {}
+
+    /// Reads the files unless that was done and nothing has changed since. True when done.
+    bool fetchResults() const;
+    virtual void readOutputFiles() const {}
+    /// A table by exact name, null if there is none.
+    virtual FExpr<FTableData> getData(const std::string &name) const;
+    /// A new table; one of the same name is replaced.
+    std::shared_ptr<FTableData> addTable(const std::string &name, int rows, int columns) const;
+    void setResultFiles(const std::vector<FExpr<FResultsFileName, true>> &files)
+    {
+        mResultFiles = files;
+    }
+    const std::vector<FExpr<FTableData, true>> &tables() const { return mTables; }
+    std::string getResultFileName(const std::string &name) const;
+    FExpr<FObject> getImport(const std::string &name) const;
+    virtual std::shared_ptr<FObject> clone(const FExpr<FDesign> &design,
+                                           const FExpr<FExternComputation> &computation) const;
+    using FObject::clone;
+    /// Kind of a result file by its name: 1 image, 2 table, 4 simulation data, 3 pure text, 0 else.
+    static unsigned getResultsFileType(const std::string &path);
+
+    static void initCmds();
+
+protected:
+    FExpr<FTableData> tableCommand(const std::string &name) const { return getData(name); }
+    mutable std::recursive_mutex mMutex;
+    mutable std::vector<FExpr<FTableData, true>> mTables;
+    mutable std::unordered_map<std::string, FExpr<FObject>> mImportedObjects;
+    mutable bool mFilesRead = false;
+    std::vector<FExpr<FResultsFileName, true>> mResultFiles;
+};
+#endif
