@@ -81,7 +81,7 @@ public:
 
 private:
     FExprBase mDefault;
-    bool mHidden = false, mIsExpr = false;
+    bool mHidden = false, mIsExpr = true;
     int mMinimum = 1, mMaximum = 1;
     std::weak_ptr<FDefinitionBase> mDefinition;
 };
