@@ -282,7 +282,7 @@ int main(int argc, char **argv)
     char stamp[40], number[64];
     tm utc;
     gmtime_r(&wall.tv_sec, &utc);
-    std::strftime(stamp, sizeof stamp, "%Y-%m-%dT%H:%M:%S", &utc);
+    ::strftime(stamp, sizeof stamp, "%Y-%m-%dT%H:%M:%S", &utc);
     const auto json = [&] {
         std::string command;
         for (const std::string &word : o.command)

@@ -103,6 +103,7 @@ void FRunQueue::ended(FExternRun *run, const std::shared_ptr<Chain> &chain)
 
 void FRunQueue::skipRest(const Chain &chain, const std::string &why)
 {
+    FDesign::setCurrent(chain.design); // the listener may ask for its values
     for (const auto &computation : chain.computations) {
         FRunRecord skipped;
         skipped.computation = computation->getName();
