@@ -2,6 +2,7 @@
 #include "fgenintanchors.h"
 
 #include "fgenintautomaton.h"
+#include "fgenintfilter.h"
 #include "fgeninttext.h"
 
 #include <algorithm>
@@ -23,7 +24,10 @@ public:
             mOpenLast.push_back(anchor.wantLast);
         }
         mBlock = std::max(FGenIntText::kBlock * 2, mLongest * 8);
-        rebuild();
+        mOpenFirsts = std::count(mOpenFirst.begin(), mOpenFirst.end(), true);
+        mOpenLasts = std::count(mOpenLast.begin(), mOpenLast.end(), true);
+        mUseFilter = !mText.isWide() && FGenIntFilter::isSupported();
+        prepare();
     }
 
     void run()
@@ -53,12 +57,25 @@ private:
     {
         const qint64 end = std::min(mTo, to + mLongest - 1);
         mText.examine(from, end);
-        if (mIndices.empty()) {
+        if (mIndices.empty() || !mText.isPlain()) {
             return;
+        }
+        if (mFilter) {
+            mWork = mFilter->scan(mText.bytes(), from, end, [this](size_t pattern, qint64 at) {
+                note(mAnchors[mIndices[pattern]], at);
+            });
+            if (mWork > (end - from) * 2) {
+                mFilter.reset();
+                mUseFilter = false;
+            }
+            return;
+        }
+        if (!mAutomaton) {
+            prepare();
         }
         const auto &hits = mText.isWide() ? mAutomaton->scan(mText.wide(), from, end)
                                           : mAutomaton->scan(mText.bytes(), from, end);
-        for (size_t i = 0; i < mIndices.size(); ++i) {
+        for (size_t i = 0; i < hits.size(); ++i) {
             if (hits[i].first >= 0) {
                 note(mAnchors[mIndices[i]], hits[i].first);
                 note(mAnchors[mIndices[i]], hits[i].last);
@@ -82,27 +99,48 @@ private:
                 changed = true;
             }
         }
-        if (changed) {
-            rebuild();
+        if (!changed) {
+            return;
+        }
+        mOpenFirsts = std::count(mOpenFirst.begin(), mOpenFirst.end(), true);
+        mOpenLasts = std::count(mOpenLast.begin(), mOpenLast.end(), true);
+        // An automaton is as fast with anchors that are closed; a filter is not.
+        size_t left = 0;
+        for (size_t i : mIndices) {
+            left += mOpenFirst[i] || mOpenLast[i];
+        }
+        if (left == 0) {
+            mIndices.clear(); // what is left open cannot stand in a plain text
+        } else if (mFilter &&
+                   (++mPrepared < 8 || left * 4 <= mIndices.size() * 3 || mWork > mBlock / 64)) {
+            prepare();
         }
     }
 
-    void rebuild()
+    /// Gets the means to look for all anchors that are open.
+    void prepare()
     {
-        mOpenFirsts = std::count(mOpenFirst.begin(), mOpenFirst.end(), true);
-        mOpenLasts = std::count(mOpenLast.begin(), mOpenLast.end(), true);
         mIndices.clear();
-        std::vector<std::u16string> patterns;
+        std::vector<std::string> bytes;
+        std::vector<std::u16string> units;
         for (size_t i = 0; i < mAnchors.size(); ++i) {
             const std::u16string &folded = mAnchors[i].folded;
-            const bool findable = mText.isWide() || std::all_of(folded.begin(), folded.end(),
-                                                                [](char16_t u) { return u < 0x80; });
-            if ((mOpenFirst[i] || mOpenLast[i]) && findable) {
+            const bool ascii = std::all_of(folded.begin(), folded.end(),
+                                           [](char16_t u) { return u < 0x80; });
+            if ((mOpenFirst[i] || mOpenLast[i]) && (ascii || mText.isWide())) {
                 mIndices.push_back(i);
-                patterns.push_back(folded);
+                units.push_back(folded);
+                bytes.emplace_back(folded.begin(), folded.end());
             }
         }
-        mAutomaton = std::make_unique<FGenIntAutomaton>(patterns);
+        if (mUseFilter) {
+            if (!mSample) {
+                mSample = std::make_unique<FGenIntFilter::Sample>(mText.bytes(), mFrom, mTo);
+            }
+            mFilter = std::make_unique<FGenIntFilter>(bytes, *mSample);
+        } else {
+            mAutomaton = std::make_unique<FGenIntAutomaton>(units);
+        }
     }
 
     const FGenIntText &mText;
@@ -112,7 +150,12 @@ private:
     qint64 mOpenFirsts = 0, mOpenLasts = 0;
     qint64 mLongest = 1;
     qint64 mBlock = 0;
-    std::vector<size_t> mIndices; ///< of the anchors the automaton looks for
+    std::vector<size_t> mIndices; ///< of the anchors that are looked for
+    bool mUseFilter = false;
+    int mPrepared = 0;
+    qint64 mWork = 0; ///< of the last scan with the filter
+    std::unique_ptr<FGenIntFilter::Sample> mSample;
+    std::unique_ptr<FGenIntFilter> mFilter;
     std::unique_ptr<FGenIntAutomaton> mAutomaton;
 };
 } // namespace

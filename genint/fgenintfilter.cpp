@@ -1,0 +1,298 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "fgenintfilter.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <map>
+#ifdef __x86_64__
+#include <immintrin.h>
+#endif
+
+namespace
+{
+constexpr size_t kCounters = 1 << 16;
+constexpr qint64 kPiece = 4096; // places that are sifted before the hits are looked at
+
+uchar foldByte(uint c) { return static_cast<uchar>(c - 'A' < 26U ? c | 0x20 : c); }
+
+/// Folds four ASCII bytes at once.
+quint32 foldFour(quint32 v)
+{
+    // The top bit of each byte says whether it is at least 'A', and beyond 'Z'.
+    const quint32 low = v & 0x7F7F7F7FU;
+    const quint32 letters = (low + 0x3F3F3F3FU) & ~(low + 0x25252525U) & ~v & 0x80808080U;
+    return v | (letters >> 2);
+}
+
+quint32 hashOf(quint32 key) { return (key * 2654435761U) >> 16; }
+
+quint32 loadKey(const char *p, int length)
+{
+    quint32 key = 0;
+    memcpy(&key, p, static_cast<size_t>(length));
+    return key;
+}
+
+#ifdef __x86_64__
+/// Notes all places in [0, \p n) where some group of windows may match; reads 35 bytes beyond.
+__attribute__((target("avx2"))) int sift(const uchar *p, qint64 n, const uchar *masks,
+                                         quint16 *places)
+{
+    const __m256i nibble = _mm256_set1_epi8(0x0F);
+    const __m256i zero = _mm256_setzero_si256();
+    __m256i sets[2 * FGenIntFilter::kWindow];
+    for (int k = 0; k < 2 * FGenIntFilter::kWindow; ++k) {
+        sets[k] = _mm256_load_si256(reinterpret_cast<const __m256i *>(masks) + k);
+    }
+    int count = 0;
+    for (qint64 i = 0; i < n; i += 32) {
+        __m256i groups = _mm256_set1_epi8(-1);
+        for (int k = 0; k < FGenIntFilter::kWindow; ++k) {
+            const __m256i v = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(p + i + k));
+            const __m256i low = _mm256_shuffle_epi8(sets[2 * k], _mm256_and_si256(v, nibble));
+            const __m256i high = _mm256_shuffle_epi8(
+                sets[2 * k + 1], _mm256_and_si256(_mm256_srli_epi16(v, 4), nibble));
+            groups = _mm256_and_si256(groups, _mm256_and_si256(low, high));
+        }
+        auto bits = ~static_cast<quint32>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(groups, zero)));
+        while (bits) {
+            places[count++] = static_cast<quint16>(i + __builtin_ctz(bits));
+            bits &= bits - 1;
+        }
+    }
+    return count;
+}
+#else
+int sift(const uchar *, qint64 n, const uchar *, quint16 *places)
+{
+    for (qint64 i = 0; i < n; ++i) {
+        places[i] = static_cast<quint16>(i);
+    }
+    return static_cast<int>(n);
+}
+#endif
+} // namespace
+
+bool FGenIntFilter::isSupported()
+{
+#ifdef __x86_64__
+    static const bool supported = __builtin_cpu_supports("avx2");
+    return supported;
+#else
+    return false;
+#endif
+}
+
+FGenIntFilter::Sample::Sample(const uchar *text, qint64 from, qint64 to) : mCounts(kCounters, 0)
+{
+    constexpr qint64 pieces = 16;
+    constexpr qint64 length = 4096;
+    const qint64 step = std::max((to - from) / pieces, length);
+    for (qint64 begin = from; begin < to; begin += step) {
+        const qint64 end = std::min(begin + length, to) - (kWindow - 1);
+        for (qint64 i = begin; i < end; ++i) {
+            quint32 key;
+            memcpy(&key, text + i, sizeof key);
+            quint16 &count = mCounts[hashOf(foldFour(key))];
+            count += count < std::numeric_limits<quint16>::max();
+        }
+    }
+}
+
+quint32 FGenIntFilter::Sample::count(const char *window, int length) const
+{
+    // A shorter window is taken for frequent: it is only chosen where there is no other.
+    return length < kWindow ? kCounters : mCounts[hashOf(loadKey(window, length))];
+}
+
+FGenIntFilter::FGenIntFilter(const std::vector<std::string> &patterns, const Sample &sample)
+    : mPatterns(patterns)
+{
+    chooseWindows(sample);
+    fillMasks();
+    fillTable();
+}
+
+void FGenIntFilter::chooseWindows(const Sample &sample)
+{
+    std::map<std::string, int> shared; // by how many patterns a window could serve for
+    const auto lengthOf = [](const std::string &p) {
+        return static_cast<int>(std::min<size_t>(p.size(), kWindow));
+    };
+    // Only the head of a very long pattern is looked through.
+    const auto placesOf = [&](const std::string &p) {
+        return std::min<size_t>(p.size(), 64) - static_cast<size_t>(lengthOf(p)) + 1;
+    };
+    for (const std::string &p : mPatterns) {
+        for (size_t at = 0; at < placesOf(p); ++at) {
+            ++shared[p.substr(at, static_cast<size_t>(lengthOf(p)))];
+        }
+    }
+    std::map<std::string, size_t> known;
+    for (size_t i = 0; i < mPatterns.size(); ++i) {
+        const std::string &p = mPatterns[i];
+        const int length = lengthOf(p);
+        size_t best = 0;
+        std::pair<quint32, int> bestCost(std::numeric_limits<quint32>::max(), 0);
+        for (size_t at = 0; at < placesOf(p); ++at) {
+            const std::pair<quint32, int> cost(
+                sample.count(p.data() + at, length),
+                -shared[p.substr(at, static_cast<size_t>(length))]);
+            if (cost < bestCost) {
+                bestCost = cost;
+                best = at;
+            }
+        }
+        const std::string text = p.substr(best, static_cast<size_t>(length));
+        const auto entry = known.emplace(text, mWindows.size());
+        if (entry.second) {
+            Window window;
+            window.length = length;
+            window.key = loadKey(text.data(), length);
+            window.care = length == kWindow ? ~0U : (1U << (8 * length)) - 1;
+            mWindows.push_back(window);
+        }
+        mWindows[entry.first->second].patterns.emplace_back(i, static_cast<qint64>(best));
+    }
+}
+
+void FGenIntFilter::fillMasks()
+{
+    // Windows that begin alike share a group, so that a group's sets stay small.
+    std::vector<size_t> order(mWindows.size());
+    for (size_t i = 0; i < order.size(); ++i) {
+        order[i] = i;
+    }
+    std::sort(order.begin(), order.end(), [this](size_t a, size_t b) {
+        return memcmp(&mWindows[a].key, &mWindows[b].key, sizeof mWindows[a].key) < 0;
+    });
+    for (size_t i = 0; i < order.size(); ++i) {
+        const Window &window = mWindows[order[i]];
+        const auto group = static_cast<uchar>(1U << (i * 8 / order.size()));
+        char text[kWindow];
+        memcpy(text, &window.key, sizeof text);
+        for (size_t k = 0; k < kWindow; ++k) {
+            auto &low = mMasks[k][0];
+            auto &high = mMasks[k][1];
+            const auto admit = [&](uint c) {
+                low[c & 15] |= group;
+                high[c >> 4] |= group;
+            };
+            if (static_cast<int>(k) >= window.length) {
+                for (uint half = 0; half < 16; ++half) {
+                    admit(half * 17);
+                }
+                continue;
+            }
+            const uint c = static_cast<uchar>(text[k]);
+            admit(c);
+            if (c - 'a' < 26U) {
+                admit(c & ~0x20U);
+            }
+        }
+    }
+    for (auto &masks : mMasks) {
+        for (auto &set : masks) {
+            std::copy_n(set.begin(), 16, set.begin() + 16); // once for each half of the register
+        }
+    }
+}
+
+void FGenIntFilter::fillTable()
+{
+    size_t size = 64;
+    while (size < mWindows.size() * 4) {
+        size *= 2;
+    }
+    mTable.resize(size);
+    for (size_t i = 0; i < mWindows.size(); ++i) {
+        if (mWindows[i].length < kWindow) {
+            mShort.push_back(static_cast<int>(i));
+            continue;
+        }
+        size_t at = hashOf(mWindows[i].key) & (size - 1);
+        while (mTable[at].window >= 0) {
+            at = (at + 1) & (size - 1);
+        }
+        mTable[at].key = mWindows[i].key;
+        mTable[at].window = static_cast<int>(i);
+    }
+}
+
+qint64 FGenIntFilter::compare(const Window &window, const uchar *text, qint64 at, qint64 from,
+                              qint64 to, const std::function<void(size_t, qint64)> &hit) const
+{
+    qint64 work = 0;
+    for (const auto &entry : window.patterns) {
+        const std::string &pattern = mPatterns[entry.first];
+        const qint64 begin = at - entry.second;
+        const auto size = static_cast<qint64>(pattern.size());
+        ++work;
+        if (begin < from || begin + size > to) {
+            continue;
+        }
+        qint64 i = 0;
+        while (i < size && foldByte(text[begin + i]) == static_cast<uchar>(pattern[size_t(i)])) {
+            ++i;
+        }
+        work += i / 8;
+        if (i == size) {
+            hit(entry.first, begin);
+        }
+    }
+    return work;
+}
+
+qint64 FGenIntFilter::verify(const uchar *text, qint64 at, qint64 from, qint64 to,
+                             const std::function<void(size_t, qint64)> &hit) const
+{
+    quint32 key = 0;
+    memcpy(&key, text + at, static_cast<size_t>(std::min<qint64>(kWindow, to - at)));
+    key = foldFour(key);
+    qint64 work = 1;
+    const size_t size = mTable.size();
+    for (size_t i = hashOf(key) & (size - 1); mTable[i].window >= 0; i = (i + 1) & (size - 1)) {
+        if (mTable[i].key == key) {
+            work += compare(mWindows[static_cast<size_t>(mTable[i].window)], text, at, from, to, hit);
+            break;
+        }
+    }
+    for (int index : mShort) {
+        const Window &window = mWindows[static_cast<size_t>(index)];
+        ++work;
+        if ((key & window.care) == window.key) {
+            work += compare(window, text, at, from, to, hit);
+        }
+    }
+    return work;
+}
+
+qint64 FGenIntFilter::scan(const uchar *text, qint64 from, qint64 to,
+                           const std::function<void(size_t, qint64)> &hit) const
+{
+    quint16 places[kPiece + 32];
+    uchar rest[kPiece + 64];
+    const uchar *masks = mMasks[0][0].data();
+    qint64 work = 0;
+    for (qint64 begin = from; begin < to; begin += kPiece) {
+        const qint64 n = std::min(kPiece, to - begin);
+        int count = 0;
+        if (to - begin >= kPiece + 64) {
+            count = sift(text + begin, n, masks, places);
+        } else {
+            memcpy(rest, text + begin, static_cast<size_t>(n));
+            // What follows the last piece matters to windows that begin in this one.
+            const qint64 more = std::min<qint64>(64, to - begin - n);
+            memcpy(rest + n, text + begin + n, static_cast<size_t>(more));
+            memset(rest + n + more, 0, sizeof rest - static_cast<size_t>(n + more));
+            count = sift(rest, n, masks, places);
+        }
+        for (int i = 0; i < count; ++i) {
+            if (places[i] < n) {
+                work += verify(text, begin + places[i], from, to, hit);
+            }
+        }
+    }
+    return work;
+}
