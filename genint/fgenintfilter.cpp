@@ -11,7 +11,7 @@
 
 namespace
 {
-constexpr size_t kCounters = 1 << 16;
+constexpr size_t kCounters = 1 << 14;
 constexpr qint64 kPiece = 4096; // places that are sifted before the hits are looked at
 
 uchar foldByte(uint c) { return static_cast<uchar>(c - 'A' < 26U ? c | 0x20 : c); }
@@ -25,7 +25,7 @@ quint32 foldFour(quint32 v)
     return v | (letters >> 2);
 }
 
-quint32 hashOf(quint32 key) { return (key * 2654435761U) >> 16; }
+quint32 hashOf(quint32 key) { return (key * 2654435761U) >> 18; }
 
 quint32 loadKey(const char *p, int length)
 {
@@ -35,27 +35,68 @@ quint32 loadKey(const char *p, int length)
 }
 
 #ifdef __x86_64__
-/// Notes all places in [0, \p n) where some group of windows may match; reads 35 bytes beyond.
+__attribute__((target("avx2"))) inline __m256i load(const uchar *p)
+{
+    return _mm256_loadu_si256(reinterpret_cast<const __m256i *>(p));
+}
+
+/// Notes all places in [0, \p n) where some group of windows may match; reads 35 bytes beyond. All
+/// bytes are ASCII, so the low half of a byte need not be cut out for the shuffle.
 __attribute__((target("avx2"))) int sift(const uchar *p, qint64 n, const uchar *masks,
                                          quint16 *places)
 {
     const __m256i nibble = _mm256_set1_epi8(0x0F);
     const __m256i zero = _mm256_setzero_si256();
-    __m256i sets[2 * FGenIntFilter::kWindow];
-    for (int k = 0; k < 2 * FGenIntFilter::kWindow; ++k) {
-        sets[k] = _mm256_load_si256(reinterpret_cast<const __m256i *>(masks) + k);
+    const __m256i low0 = load(masks), high0 = load(masks + 32);
+    const __m256i low1 = load(masks + 64), high1 = load(masks + 96);
+    const __m256i low2 = load(masks + 128), high2 = load(masks + 160);
+    const __m256i low3 = load(masks + 192), high3 = load(masks + 224);
+    int count = 0;
+    for (qint64 i = 0; i < n; i += 32) {
+        const __m256i v0 = load(p + i), v1 = load(p + i + 1);
+        const __m256i v2 = load(p + i + 2), v3 = load(p + i + 3);
+        const __m256i h0 = _mm256_and_si256(_mm256_srli_epi16(v0, 4), nibble);
+        const __m256i h1 = _mm256_and_si256(_mm256_srli_epi16(v1, 4), nibble);
+        const __m256i h2 = _mm256_and_si256(_mm256_srli_epi16(v2, 4), nibble);
+        const __m256i h3 = _mm256_and_si256(_mm256_srli_epi16(v3, 4), nibble);
+        const __m256i g0 =
+            _mm256_and_si256(_mm256_shuffle_epi8(low0, v0), _mm256_shuffle_epi8(high0, h0));
+        const __m256i g1 =
+            _mm256_and_si256(_mm256_shuffle_epi8(low1, v1), _mm256_shuffle_epi8(high1, h1));
+        const __m256i g2 =
+            _mm256_and_si256(_mm256_shuffle_epi8(low2, v2), _mm256_shuffle_epi8(high2, h2));
+        const __m256i g3 =
+            _mm256_and_si256(_mm256_shuffle_epi8(low3, v3), _mm256_shuffle_epi8(high3, h3));
+        const __m256i groups =
+            _mm256_and_si256(_mm256_and_si256(g0, g1), _mm256_and_si256(g2, g3));
+        auto bits = ~static_cast<quint32>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(groups, zero)));
+        while (bits) {
+            places[count++] = static_cast<quint16>(i + __builtin_ctz(bits));
+            bits &= bits - 1;
+        }
+    }
+    return count;
+}
+
+/// The same for a single window of full length: \p masks holds its characters, then for each the
+/// bits that tell its cases apart.
+__attribute__((target("avx2"))) int siftOne(const uchar *p, qint64 n, const uchar *masks,
+                                            quint16 *places)
+{
+    __m256i c[FGenIntFilter::kWindow];
+    __m256i fold[FGenIntFilter::kWindow];
+    for (int k = 0; k < FGenIntFilter::kWindow; ++k) {
+        c[k] = _mm256_set1_epi8(static_cast<char>(masks[k]));
+        fold[k] = _mm256_set1_epi8(static_cast<char>(masks[FGenIntFilter::kWindow + k]));
     }
     int count = 0;
     for (qint64 i = 0; i < n; i += 32) {
-        __m256i groups = _mm256_set1_epi8(-1);
-        for (int k = 0; k < FGenIntFilter::kWindow; ++k) {
-            const __m256i v = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(p + i + k));
-            const __m256i low = _mm256_shuffle_epi8(sets[2 * k], _mm256_and_si256(v, nibble));
-            const __m256i high = _mm256_shuffle_epi8(
-                sets[2 * k + 1], _mm256_and_si256(_mm256_srli_epi16(v, 4), nibble));
-            groups = _mm256_and_si256(groups, _mm256_and_si256(low, high));
+        __m256i same = _mm256_cmpeq_epi8(_mm256_or_si256(load(p + i), fold[0]), c[0]);
+        for (int k = 1; k < FGenIntFilter::kWindow; ++k) {
+            same = _mm256_and_si256(
+                same, _mm256_cmpeq_epi8(_mm256_or_si256(load(p + i + k), fold[k]), c[k]));
         }
-        auto bits = ~static_cast<quint32>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(groups, zero)));
+        auto bits = static_cast<quint32>(_mm256_movemask_epi8(same));
         while (bits) {
             places[count++] = static_cast<quint16>(i + __builtin_ctz(bits));
             bits &= bits - 1;
@@ -70,6 +111,10 @@ int sift(const uchar *, qint64 n, const uchar *, quint16 *places)
         places[i] = static_cast<quint16>(i);
     }
     return static_cast<int>(n);
+}
+int siftOne(const uchar *p, qint64 n, const uchar *masks, quint16 *places)
+{
+    return sift(p, n, masks, places);
 }
 #endif
 } // namespace
@@ -273,20 +318,30 @@ qint64 FGenIntFilter::scan(const uchar *text, qint64 from, qint64 to,
 {
     quint16 places[kPiece + 32];
     uchar rest[kPiece + 64];
-    const uchar *masks = mMasks[0][0].data();
+    uchar one[2 * kWindow];
+    const bool single = mWindows.size() == 1 && mWindows[0].length == kWindow;
+    if (single) {
+        memcpy(one, &mWindows[0].key, kWindow);
+        for (int k = 0; k < kWindow; ++k) {
+            const uint c = one[k];
+            one[kWindow + k] = c - 'a' < 26U ? 0x20 : 0;
+        }
+    }
+    const uchar *masks = single ? one : mMasks[0][0].data();
+    const auto find = single ? siftOne : sift;
     qint64 work = 0;
     for (qint64 begin = from; begin < to; begin += kPiece) {
         const qint64 n = std::min(kPiece, to - begin);
         int count = 0;
         if (to - begin >= kPiece + 64) {
-            count = sift(text + begin, n, masks, places);
+            count = find(text + begin, n, masks, places);
         } else {
             memcpy(rest, text + begin, static_cast<size_t>(n));
             // What follows the last piece matters to windows that begin in this one.
             const qint64 more = std::min<qint64>(64, to - begin - n);
             memcpy(rest + n, text + begin + n, static_cast<size_t>(more));
             memset(rest + n + more, 0, sizeof rest - static_cast<size_t>(n + more));
-            count = sift(rest, n, masks, places);
+            count = find(rest, n, masks, places);
         }
         for (int i = 0; i < count; ++i) {
             if (places[i] < n) {

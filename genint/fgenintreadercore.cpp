@@ -115,9 +115,10 @@ void readGuarded(FGenIntReadPass<U> &pass, int timeLimitMs, QVector<FGenIntReadi
 
 template <class U>
 QVector<FGenIntReading> readAs(const FGenIntText &text, const QVector<FGenIntRule> &rules,
-                               const FGenIntColumns &columns, int timeLimitMs)
+                               const FGenIntColumns &columns, int timeLimitMs, bool countLines)
 {
     FGenIntReadPass<U> pass(text, rules, columns);
+    pass.setCountLines(countLines);
     pass.start(timeLimitMs);
     QElapsedTimer clock;
     clock.start();
@@ -155,13 +156,13 @@ QVector<FGenIntReading> FGenIntReaderCore::read(const QVector<FGenIntRule> &rule
         return {};
     }
     if (!mText.isWide()) {
-        const QVector<FGenIntReading> readings = readAs<uchar>(mText, rules, columns, mTimeLimitMs);
+        const auto readings = readAs<uchar>(mText, rules, columns, mTimeLimitMs, mCountLines);
         if (mText.isPlain()) {
             return readings;
         }
         mText.widen();
     }
-    return readAs<char16_t>(mText, rules, columns, mTimeLimitMs);
+    return readAs<char16_t>(mText, rules, columns, mTimeLimitMs, mCountLines);
 }
 
 int FGenIntReaderCore::getAnchorPos(const FGenIntRule &rule, const QString &text)

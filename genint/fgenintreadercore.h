@@ -51,6 +51,9 @@ public:
     /// up: NaN with the note "read took too long".
     void setTimeLimit(int milliseconds) { mTimeLimitMs = milliseconds; }
 
+    /// False: FGenIntReading::line stays 0, and the text ahead of what is read need not be looked at.
+    void setCountLines(bool count) { mCountLines = count; }
+
     /// Readings in reading order: by place of the anchor, line, column, name. An empty text has
     /// none.
     QVector<FGenIntReading> read(const QVector<FGenIntRule> &rules,
@@ -71,5 +74,6 @@ public:
 private:
     const FGenIntText &mText;
     int mTimeLimitMs = 5000;
+    bool mCountLines = true;
 };
 #endif

@@ -333,7 +333,9 @@ template <class U>
 void FGenIntReadPass<U>::place(qint64 physical, qint64 cell, qint64 length,
                                FGenIntReading *reading) const
 {
-    reading->line = mText.lineFeedsUpTo(physical) + 1;
+    if (mCountLines) {
+        reading->line = mText.lineFeedsUpTo(physical) + 1;
+    }
     if (length > 0) {
         reading->columnFirst = toColumn(cell - physical + 1);
         reading->columnLast = toColumn(cell - physical + length);

@@ -24,6 +24,7 @@ public:
 
     /// Starts the clock for separator expressions.
     void start(int timeLimitMs);
+    void setCountLines(bool count) { mCountLines = count; }
     /// Lets lines be searched on which an expression could run on for long.
     void allowLongSearches() { mLongSearches = true; }
 
@@ -90,5 +91,6 @@ private:
     QElapsedTimer mClock;
     qint64 mTimeLimitMs = 0;
     bool mLongSearches = false;
+    bool mCountLines = true;
 };
 #endif

@@ -10,44 +10,65 @@
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#ifdef __SSE2__
-#include <emmintrin.h>
+#ifdef __x86_64__
+#include <immintrin.h>
 #endif
 
 namespace
 {
-/// Counts line feeds, and ors all bytes into \p bits.
-quint32 look(const uchar *p, qint64 n, uchar *bits)
+/// Counts line feeds one by one, and ors all bytes into \p bits.
+quint32 lookSlowly(const uchar *p, qint64 n, uchar *bits)
 {
     quint32 count = 0;
-    qint64 i = 0;
     uchar seen = 0;
-#ifdef __SSE2__
-    const __m128i feed = _mm_set1_epi8('\n');
-    const __m128i zero = _mm_setzero_si128();
-    __m128i all = zero;
-    __m128i total = zero;
-    while (n - i >= 16) {
-        // One byte counter holds at most 255 hits, so the counters are emptied in time.
-        const qint64 end = i + std::min<qint64>((n - i) / 16, 255) * 16;
-        __m128i hits = zero;
-        for (; i < end; i += 16) {
-            const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p + i));
-            all = _mm_or_si128(all, v);
-            hits = _mm_sub_epi8(hits, _mm_cmpeq_epi8(v, feed));
-        }
-        total = _mm_add_epi64(total, _mm_sad_epu8(hits, zero));
-    }
-    count = static_cast<quint32>(_mm_cvtsi128_si64(total)) +
-            static_cast<quint32>(_mm_cvtsi128_si64(_mm_srli_si128(total, 8)));
-    seen = _mm_movemask_epi8(all) != 0 ? 0x80 : 0;
-#endif
-    for (; i < n; ++i) {
+    for (qint64 i = 0; i < n; ++i) {
         seen |= p[i];
         count += p[i] == '\n';
     }
-    *bits = seen;
+    *bits |= seen;
     return count;
+}
+
+#ifdef __x86_64__
+/// Does the same for a multiple of 32 bytes.
+__attribute__((target("avx2"))) quint32 lookWide(const uchar *p, qint64 n, uchar *bits)
+{
+    constexpr qint64 ahead = 2048; // beyond the page that the processor itself reads ahead in
+    const __m256i feed = _mm256_set1_epi8('\n');
+    const __m256i zero = _mm256_setzero_si256();
+    __m256i all = zero;
+    __m256i total = zero;
+    for (qint64 i = 0; i < n;) {
+        // One byte counter holds at most 255 hits, so the counters are emptied in time.
+        const qint64 end = std::min(n, i + 128 * 32);
+        __m256i hits = zero;
+        for (; i < end; i += 32) {
+            _mm_prefetch(reinterpret_cast<const char *>(p + i + ahead), _MM_HINT_T0);
+            const __m256i v = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(p + i));
+            all = _mm256_or_si256(all, v);
+            hits = _mm256_sub_epi8(hits, _mm256_cmpeq_epi8(v, feed));
+        }
+        total = _mm256_add_epi64(total, _mm256_sad_epu8(hits, zero));
+    }
+    *bits |= _mm256_movemask_epi8(all) != 0 ? 0x80 : 0;
+    quint64 counts[4];
+    _mm256_storeu_si256(reinterpret_cast<__m256i *>(counts), total);
+    return static_cast<quint32>(counts[0] + counts[1] + counts[2] + counts[3]);
+}
+#endif
+
+quint32 look(const uchar *p, qint64 n, uchar *bits)
+{
+    *bits = 0;
+#ifdef __x86_64__
+    static const bool isWide = __builtin_cpu_supports("avx2");
+    if (isWide) {
+        const qint64 most = n / 32 * 32;
+        const quint32 count = lookWide(p, most, bits);
+        return count + lookSlowly(p + most, n - most, bits);
+    }
+#endif
+    return lookSlowly(p, n, bits);
 }
 
 quint32 look(const char16_t *p, qint64 n)

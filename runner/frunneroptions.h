@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef FRUNNEROPTIONS_H
+#define FRUNNEROPTIONS_H
+#include <cstdint>
+#include <string>
+#include <vector>
+
+/// What the command line of the runner asks for. File names count from the run's directory; an
+/// empty one means none.
+struct FRunnerOptions
+{
+    std::string directory, recordFile, stdinFile, stdoutFile, stderrFile;
+    std::string computation, design;   // for the record only
+    int control = -1;                  // socket to the caller
+    double timeLimit = 0;              // seconds, 0 none
+    double grace = 2;                  // seconds between SIGTERM and SIGKILL
+    uint64_t captureLimit = 104857600; // bytes of each output, 0 none
+    uint64_t fileLimit = 0;            // bytes of any one file, 0 none
+    std::vector<std::string> expected; // files that a finished run has made
+    std::vector<char *> command;       // program and arguments, with a null pointer at the end
+
+    /// False with the message in \p why for wrong usage. The command points into \p argv.
+    bool parse(int argc, char **argv, std::string *why);
+};
+#endif
