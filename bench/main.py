@@ -1,0 +1,37 @@
+# SPDX-License-Identifier: Apache-2.0
+"""Runs the benchmarks and writes their table: main.py BIN_DIR DATA_DIR [AREA ...]"""
+import datetime
+import importlib
+import pathlib
+import platform
+import sys
+
+import harness
+
+AREAS = ["reader", "writer", "runs", "project"]
+
+
+def machine():
+    """Processor, cores and kernel in a line."""
+    info = pathlib.Path("/proc/cpuinfo").read_text(encoding="utf-8").splitlines()
+    models = [line.split(":", 1)[1].strip() for line in info if line.startswith("model name")]
+    return f"{len(models)} × {models[0] if models else platform.machine()}, Linux {platform.release()}"
+
+
+def main():
+    bench = harness.Bench(sys.argv[1], sys.argv[2])
+    for area in sys.argv[3:] or AREAS:
+        importlib.import_module("bench_" + area).run(bench)
+    lines = [f"Measured {datetime.date.today()} on {machine()}.", "",
+             "| Work | Against | Ratio | Bar | Times |", "|---|---|---|---|---|"]
+    for row in bench.rows:
+        lines.append(f"| {row['work']} | {row['against']} | {row['ratio']:.2f} | {row['bar']:g}"
+                     f"{'' if row['ratio'] <= row['bar'] else ' (missed)'} | {row['details']} |")
+    table = "\n".join(lines) + "\n"
+    (bench.data / "performance.md").write_text(table, encoding="utf-8")
+    missed = [row["work"] for row in bench.rows if row["ratio"] > row["bar"]]
+    print(f"{len(bench.rows) - len(missed)} of {len(bench.rows)} bars kept; "
+          f"the table is in {bench.data / 'performance.md'}")
+
+
+main()
