@@ -27,8 +27,15 @@ void FGenIntCommandFile::updateFile(const QString &oldName, const QString &newNa
 
 const FGenIntExpander &FGenIntCommandFile::expander() const
 {
-    if (!mExpander || !mExpander->isFor(text(), getForceWindowsLineEndings()))
-        mExpander = std::make_shared<const FGenIntExpander>(text(), getForceWindowsLineEndings());
+    const QByteArray &ascii = content().ascii();
+    const bool windows = getForceWindowsLineEndings();
+    if (!ascii.isNull()) {
+        if (!mExpander || !mExpander->isForUtf8(ascii, windows))
+            mExpander = std::make_shared<const FGenIntExpander>(
+                FGenIntExpander::fromUtf8(ascii, windows));
+    } else if (!mExpander || !mExpander->isFor(text(), windows)) {
+        mExpander = std::make_shared<const FGenIntExpander>(text(), windows);
+    }
     return *mExpander;
 }
 

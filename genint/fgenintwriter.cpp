@@ -8,6 +8,7 @@
 #include "fsafefile.h"
 
 #include <QDir>
+#include <QHash>
 #include <iostream>
 
 namespace
@@ -30,10 +31,19 @@ public:
 
     bool operator()(const QString &name, QString *text) const
     {
+        const auto known = mTexts.constFind(name);
+        if (known != mTexts.constEnd()) {
+            *text = *known;
+            return true;
+        }
         for (const int candidate : mNames.candidates(name)) {
             const auto &item = *mItems[size_t(candidate)];
-            if (const auto object = item.second.getPtr())
-                return textOf(item.first, object, text);
+            if (const auto object = item.second.getPtr()) {
+                const bool hasText = textOf(item.first, object, text);
+                if (hasText)
+                    mTexts.insert(name, *text);
+                return hasText;
+            }
         }
         const auto configuration = mConfiguration.getPtr();
         FLogMsg::info(kSource,
@@ -75,6 +85,7 @@ private:
     bool mPreview;
     FGenIntEntryNames mNames;
     std::vector<const FGenIntWriter::EntryMap::value_type *> mItems;
+    mutable QHash<QString, QString> mTexts; // by the names of tags
 };
 
 std::shared_ptr<FDefinitionGenInt> definitionOf(const FExpr<FConfigurationGenInt> &handle)
@@ -89,27 +100,31 @@ std::shared_ptr<FDefinitionGenInt> definitionOf(const FExpr<FConfigurationGenInt
     return definition;
 }
 
+/// The file is opened before a value is asked for, so that a folder that can't be written to is told
+/// first. What was begun and can't be ended is removed again.
 bool writeFile(const FGenIntCommandFile &file, const FTagValues &values, const QString &directory)
 {
     const QString path = directory + file.getFileName();
-    const auto fail = [&](const QString &why) {
-        FLogMsg::info(kSource, "Could not open file " + S(path) + " for writing.",
-                      "Writing process aborted." + (why.isEmpty() ? std::string() : " " + S(why)),
-                      &std::cout);
-        return false;
-    };
-    QString why;
-    const QString target = safeJoin(directory, file.getFileName(), &why);
-    if (target.isEmpty())
-        return fail(QString());
     // A backslash separates folders too, though only here.
-    const QString folder = path.left(path.lastIndexOf(QRegExp("/|\\\\")));
-    if (!QDir(folder).exists())
+    const QString folder =
+        path.left(qMax(path.lastIndexOf(QLatin1Char('/')), path.lastIndexOf(QLatin1Char('\\'))));
+    const QString target = safeJoin(directory, file.getFileName(), nullptr);
+    if (!target.isEmpty() && !QDir(folder).exists())
         QDir().mkpath(folder);
-    const QByteArray bytes = file.expander().expandUtf8(std::cref(values));
-    if (!FSafeFile::writePlain(target, bytes.constData(), bytes.size(), &why))
-        return fail(QString());
-    return true;
+    FPlainFile out;
+    if (target.isEmpty() || !out.open(target, nullptr)) {
+        FLogMsg::info(kSource, "Could not open file " + S(path) + " for writing.",
+                      "Writing process aborted.", &std::cout);
+        return false;
+    }
+    file.expander().expandTo(std::cref(values), [&out](const char *data, qint64 size) {
+        out.append(data, size);
+    });
+    QString why;
+    if (out.finish(&why))
+        return true;
+    FLogMsg::info(kSource, S(why), "Writing process aborted.", &std::cout);
+    return false;
 }
 } // namespace
 

@@ -338,13 +338,20 @@ FGenIntExpander FGenIntExpander::fromUtf8(const QByteArray &text, bool forceWind
 {
     FGenIntExpander result;
     result.mForceWindowsLineEndings = forceWindowsLineEndings;
+    result.mUtf8 = text;
     result.prepare(text);
     return result;
 }
 
 bool FGenIntExpander::isFor(const QString &text, bool forceWindowsLineEndings) const
 {
-    return mForceWindowsLineEndings == forceWindowsLineEndings && mText == text;
+    return mForceWindowsLineEndings == forceWindowsLineEndings && mUtf8.isNull() && mText == text;
+}
+
+bool FGenIntExpander::isForUtf8(const QByteArray &text, bool forceWindowsLineEndings) const
+{
+    return mForceWindowsLineEndings == forceWindowsLineEndings && !mUtf8.isNull() &&
+           (mUtf8.constData() == text.constData() || mUtf8 == text);
 }
 
 /// Returns false if a name or the neighbour of a tag holds a question mark, which may stand for

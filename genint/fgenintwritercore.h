@@ -86,6 +86,7 @@ public:
     static FGenIntExpander fromUtf8(const QByteArray &text, bool forceWindowsLineEndings);
 
     bool isFor(const QString &text, bool forceWindowsLineEndings) const;
+    bool isForUtf8(const QByteArray &text, bool forceWindowsLineEndings) const;
 
     /// Hands the file of a design to \p sink, piece by piece: the UTF-8 form of the expanded text
     /// up to its first zero character. The rest of a template from an unclosed tag on is left out.
@@ -112,7 +113,8 @@ private:
     void addStretch(Stretch stretch, int end);
     void addName(const QString &name);
 
-    QString mText;
+    QString mText; // what was given, in the one form or in the other
+    QByteArray mUtf8;
     bool mForceWindowsLineEndings = false;
     QByteArray mFixed;
     std::vector<Stretch> mStretches; // one before each tag and one at the end

@@ -136,11 +136,13 @@ int FCli::expand(const FCliOptions &options)
                 return kUnwritable;
             }
         }
+        if (!options.json && !options.output.empty())
+            continue; // nobody sees the preview
         for (const auto &file : configuration->getPreview()) {
             if (options.json)
                 files.append(
                     QJsonObject{{"name", Q(file.first)}, {"text", Q(file.second)}});
-            else if (options.output.empty())
+            else
                 std::cout << "==> " << file.first << " <==\n" << file.second << "\n";
         }
     }

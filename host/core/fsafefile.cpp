@@ -685,31 +685,32 @@ QString safeJoin(const QString &folder, const QString &relative, QString *why)
     QString path = folder;
     while (path.size() > 1 && path.endsWith(QLatin1Char('/')))
         path.chop(1);
-    QByteArray root;
-    if (char *real = realpath(path.toUtf8().constData(), nullptr)) {
-        root = real;
+    const auto realPath = [](const QString &name) {
+        char *real = realpath(name.toUtf8().constData(), nullptr);
+        const QByteArray result(real);
         free(real);
-    } else if (errno != ENOENT) {
+        return result;
+    };
+    const QString base = path;
+    struct stat info;
+    bool exists = stat(base.toUtf8().constData(), &info) == 0;
+    if (!exists && errno != ENOENT)
         return refuse(QStringLiteral("%1: %2").arg(path, systemWords(errno)));
-    }
-    bool exists = !root.isEmpty();
     for (const QString &part : qAsConst(parts)) {
         path += path.endsWith(QLatin1Char('/')) ? part : QLatin1Char('/') + part;
         if (!exists)
             continue;
-        const QByteArray native = path.toUtf8();
-        struct stat info;
-        if (lstat(native.constData(), &info) != 0) {
+        if (lstat(path.toUtf8().constData(), &info) != 0) {
             if (errno != ENOENT)
                 return refuse(QStringLiteral("%1: %2").arg(path, systemWords(errno)));
             exists = false;
         } else if (S_ISLNK(info.st_mode)) {
-            char *real = realpath(native.constData(), nullptr);
-            const QByteArray target(real);
-            free(real);
+            const QByteArray target = realPath(path), root = realPath(base);
             if (target.isEmpty())
                 return refuse(QStringLiteral("the link %1 leads nowhere").arg(path));
-            if (target != root && root != "/" && !target.startsWith(root + '/'))
+            const bool within =
+                !root.isEmpty() && (target == root || root == "/" || target.startsWith(root + '/'));
+            if (!within)
                 return refuse(QStringLiteral("the link %1 leads out of the folder to %2")
                                   .arg(path, QString::fromUtf8(target)));
         }

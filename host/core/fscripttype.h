@@ -111,6 +111,19 @@ template <> struct FScriptType<QString> : FScriptNative<QString>
     static FExprBase to(const QString &value) { return FExprBase(f_make_shared<FString>(S(value))); }
 };
 
+/// A text that may be long: taken as it is, without a copy.
+template <>
+struct FScriptType<std::shared_ptr<const FString>> : FScriptNative<std::shared_ptr<const FString>>
+{
+    static std::string name() { return "QString"; }
+    static const FClassInfo *resultClass() { return &FString::staticClass(); }
+    static bool from(const FExprBase &expr, std::shared_ptr<const FString> *value, std::string *why)
+    {
+        *value = std::dynamic_pointer_cast<const FString>(expr.getValueObject());
+        return *value || FScriptTypes::fail(expr, "a text in quotes", why);
+    }
+};
+
 /// Any object or expression, unevaluated.
 template <> struct FScriptType<FExprBase> : FScriptNative<FExprBase>
 {

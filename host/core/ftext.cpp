@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 
 namespace
@@ -166,36 +167,38 @@ std::string FLiteral::quoted(const std::string &text)
 
 size_t FLiteral::findEnd(const std::string &source, size_t open, bool inList)
 {
-    size_t run = 0;
-    for (size_t i = open + 1; i < source.size(); ++i) {
-        const char c = source[i];
-        if (c == '"' && run % 2 == 0) {
-            if (!inList)
-                return i;
-            const size_t next = source.find_first_not_of(" \t\r\n", i + 1);
-            if (next == std::string::npos || source[next] == ',' || source[next] == ']')
-                return i;
-        }
-        run = c == '\\' ? run + 1 : 0;
+    size_t checked = open + 1;
+    for (size_t i = checked; (i = source.find('"', i)) != std::string::npos; checked = ++i) {
+        size_t run = 0;
+        while (i - run > checked && source[i - run - 1] == '\\')
+            ++run;
+        if (run % 2 != 0)
+            continue;
+        if (!inList)
+            return i;
+        const size_t next = source.find_first_not_of(" \t\r\n", i + 1);
+        if (next == std::string::npos || source[next] == ',' || source[next] == ']')
+            return i;
     }
     return std::string::npos;
 }
 
 std::string FLiteral::unquoted(const std::string &source, size_t open, size_t close)
 {
-    std::string out;
-    out.reserve(close - open);
-    size_t run = 0;
-    for (size_t i = open + 1; i <= close; ++i) {
-        const char c = source[i];
-        if (c == '\\') {
-            ++run;
-            continue;
-        }
-        out.append(c == '"' ? run / 2 : run, '\\');
-        run = 0;
-        if (i < close)
-            out += c;
+    size_t at = open + 1;
+    const auto nextBackslash = [&] {
+        const void *found = memchr(source.data() + at, '\\', close - at);
+        return found ? size_t(static_cast<const char *>(found) - source.data()) : close;
+    };
+    size_t next = nextBackslash();
+    std::string out(source, at, next - at);
+    while ((at = next) < close) {
+        while (source[next] == '\\') // the closing quote ends it
+            ++next;
+        out.append(source[next] == '"' ? (next - at) / 2 : next - at, '\\');
+        at = next;
+        next = nextBackslash();
+        out.append(source, at, next - at);
     }
     return out;
 }
