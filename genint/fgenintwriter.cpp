@@ -102,15 +102,19 @@ std::shared_ptr<FDefinitionGenInt> definitionOf(const FExpr<FConfigurationGenInt
 
 /// The file is opened before a value is asked for, so that a folder that can't be written to is told
 /// first. What was begun and can't be ended is removed again.
-bool writeFile(const FGenIntCommandFile &file, const FTagValues &values, const QString &directory)
+/// \p *folderThere is a folder that needn't be looked for again.
+bool writeFile(const FGenIntCommandFile &file, const FTagValues &values, const QString &directory,
+               QString *folderThere)
 {
     const QString path = directory + file.getFileName();
     // A backslash separates folders too, though only here.
     const QString folder =
         path.left(qMax(path.lastIndexOf(QLatin1Char('/')), path.lastIndexOf(QLatin1Char('\\'))));
     const QString target = safeJoin(directory, file.getFileName(), nullptr);
-    if (!target.isEmpty() && !QDir(folder).exists())
-        QDir().mkpath(folder);
+    if (!target.isEmpty() && folder != *folderThere) {
+        if (QDir(folder).exists() || QDir().mkpath(folder))
+            *folderThere = folder;
+    }
     FPlainFile out;
     if (target.isEmpty() || !out.open(target, nullptr)) {
         FLogMsg::info(kSource, "Could not open file " + S(path) + " for writing.",
@@ -160,9 +164,10 @@ bool FGenIntWriter::write(const FExpr<FConfigurationGenInt> &configuration,
             entries.emplace(Q(ENTRYGROUP_EXPORTS) + "|" + file->getFileName(),
                             FExpr<FObject>(file));
     const FTagValues values(entries, configuration, false);
+    QString folderThere;
     for (const auto &handle : files) {
         const auto file = handle.ptr<FGenIntCommandFile>();
-        if (file && !writeFile(*file, values, directory))
+        if (file && !writeFile(*file, values, directory, &folderThere))
             return false;
     }
     for (const auto &item : entries) {

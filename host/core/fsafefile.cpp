@@ -692,14 +692,12 @@ QString safeJoin(const QString &folder, const QString &relative, QString *why)
         return result;
     };
     const QString base = path;
-    struct stat info;
-    bool exists = stat(base.toUtf8().constData(), &info) == 0;
-    if (!exists && errno != ENOENT)
-        return refuse(QStringLiteral("%1: %2").arg(path, systemWords(errno)));
+    bool exists = true;
     for (const QString &part : qAsConst(parts)) {
         path += path.endsWith(QLatin1Char('/')) ? part : QLatin1Char('/') + part;
         if (!exists)
             continue;
+        struct stat info;
         if (lstat(path.toUtf8().constData(), &info) != 0) {
             if (errno != ENOENT)
                 return refuse(QStringLiteral("%1: %2").arg(path, systemWords(errno)));
