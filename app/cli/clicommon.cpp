@@ -57,8 +57,20 @@ QJsonArray FCli::log()
     return entries;
 }
 
+namespace
+{
+bool sPrinted = false;
+}
+
+void FCli::printLogIfSilent()
+{
+    if (!sPrinted)
+        print(QJsonObject{{"log", log()}});
+}
+
 void FCli::print(const QJsonValue &json)
 {
+    sPrinted = true;
     const QJsonDocument document =
         json.isArray() ? QJsonDocument(json.toArray()) : QJsonDocument(json.toObject());
     std::cout << document.toJson().toStdString() << std::flush;

@@ -95,6 +95,8 @@ int main(int argc, char **argv)
     FObject::initPrototypes();
     FProject::instance()->clear();
     const int code = action(options);
+    if (options.json)
+        FCli::printLogIfSilent();
     FProject::instance()->clear();
     return code;
 }
