@@ -388,6 +388,16 @@ genericIntegrationComputation solver() {
     QVERIFY2(file["text"].toString().startsWith("Länge 2.5"), preview.out);
     QCOMPARE(box.call({"expand", "p.tbk", "--output", "shown"}).code, 0);
     QCOMPARE(box.read("shown/sub/dir/deck.txt"), deck);
+
+    // Files of two configurations don't overwrite each other.
+    box.write("two.tbk", box.read("p.tbk") + R"(genericIntegrationConfiguration other() {
+    .setDefinition(definition);
+}
+)");
+    QCOMPARE(box.call({"expand", "two.tbk", "--output", "none"}).code, 2);
+    QVERIFY(!box.has("none"));
+    QCOMPARE(box.call({"expand", "two.tbk", "--output", "none", "--configuration", "other"}).code,
+             0);
 }
 
 void TestCli::refusesNamesThatLeaveTheFolder()
