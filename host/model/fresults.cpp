@@ -17,9 +17,10 @@ F_CLASS_IMPL(FResultsGeneric)
 FComputationResults::FComputationResults(std::string name, const FExpr<FDesign> &variant,
                                          const FExpr<FExternComputation> &computation)
     : FResults(std::move(name), variant)
-    , mComputation(computation)
 {
-    if (const auto object = computation.getPtr())
+    const auto object = computation.getPtr();
+    mComputation = object;
+    if (object)
         mComputationId = object->getDbId();
 }
 
@@ -32,10 +33,10 @@ FComputationResults::FComputationResults(std::string name, const FExpr<FDesign> 
 
 FExpr<FExternComputation> FComputationResults::getComputation() const
 {
-    if (!mComputation && mComputationId != 0)
-        mComputation = FExprBase(std::dynamic_pointer_cast<FExternComputation>(
-            FObjectManager::instance()->findById(mComputationId)));
-    return FExpr<FExternComputation>(mComputation);
+    if (mComputation.expired() && mComputationId != 0)
+        mComputation = std::dynamic_pointer_cast<FExternComputation>(
+            FObjectManager::instance()->findById(mComputationId));
+    return FExpr<FExternComputation>(mComputation.lock());
 }
 
 int FComputationResults::computationId() const

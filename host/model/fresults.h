@@ -46,7 +46,7 @@ public:
     void visitState(FStateVisitor &state) override;
 
 private:
-    mutable FExprBase mComputation;
+    mutable std::weak_ptr<FExternComputation> mComputation; // the computation holds its results
     int mComputationId = 0;
 };
 
