@@ -117,6 +117,17 @@ bool FExternRun::prepare()
         fail("cannot make the run folder " + mRecord.directory + ": " + std::strerror(errno));
         return false;
     }
+    const auto isInside = [&](const std::string &name, const char *what) {
+        if (safeJoin(directory, Q(name), &why).isEmpty())
+            fail(std::string("name of ") + what + ": " + S(why));
+        return why.isEmpty();
+    };
+    for (const std::string &name : mComputation->requiredResultFiles())
+        if (!isInside(name, "a result file"))
+            return false;
+    const std::string &input = mComputation->getStandardInput();
+    if (!input.empty() && !isInside(input, "the standard input"))
+        return false;
     mComputation->prepareFileValues();
     const size_t before = FLogMsg::count();
     const bool written = mComputation->writeOutputFile();

@@ -414,6 +414,21 @@ void TestCli::refusesNamesThatLeaveTheFolder()
         call.out);
     QCOMPARE(box.call({"expand", "p.tbk", "--output", "a/b/c"}).code, 4);
     QVERIFY(!box.has("a/x"));
+
+    // Nothing is read from elsewhere either: it could be what an earlier run has left.
+    const QList<std::pair<QByteArray, QByteArray>> changes = {
+        {"\"out.txt\"", "\"../old.txt\""},
+        {"\"out.txt\"", "\"\""},
+        {".setArguments", ".setStandardInput(\"/etc/passwd\");\n    .setArguments"}};
+    for (const auto &[from, to] : changes) {
+        QByteArray changed = sumProject();
+        changed.replace(changed.indexOf(from), from.size(), to);
+        box.write("q.tbk", changed);
+        const FCall refused = box.call({"run", "q.tbk", "--json"});
+        QCOMPARE(refused.code, 1);
+        QCOMPARE(refused.run()["state"].toString(), QString("not-started"));
+        QVERIFY2(refused.run()["reason"].toString().startsWith("name of "), refused.out);
+    }
 }
 
 void TestCli::extractsWithoutRun()
