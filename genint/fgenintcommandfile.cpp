@@ -27,8 +27,13 @@ void FGenIntCommandFile::updateFile(const QString &oldName, const QString &newNa
 
 const FGenIntExpander &FGenIntCommandFile::expander() const
 {
-    if (!mExpander || !mExpander->isFor(text(), getForceWindowsLineEndings()))
-        mExpander = std::make_shared<const FGenIntExpander>(text(), getForceWindowsLineEndings());
+    const bool force = getForceWindowsLineEndings();
+    if (!utf8()) {
+        if (!mExpander || !mExpander->isFor(text(), force))
+            mExpander = std::make_shared<const FGenIntExpander>(text(), force);
+    } else if (!mExpander || !mExpander->isFor(utf8(), force)) {
+        mExpander = std::make_shared<const FGenIntExpander>(utf8(), force);
+    }
     return *mExpander;
 }
 

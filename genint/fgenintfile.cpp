@@ -16,7 +16,7 @@ const std::string ENTRYGROUP_EXPORTS = "Exports";
 
 namespace
 {
-const QLatin1String kEncoded("[B64]");
+const char kEncoded[] = "[B64]";
 }
 
 FGenIntFile::FGenIntFile(std::string name) : FManaged(std::move(name))
@@ -26,21 +26,54 @@ FGenIntFile::FGenIntFile(std::string name) : FManaged(std::move(name))
 
 QString FGenIntFile::getContent() const
 {
-    return QString::fromLatin1(QByteArray("[B64]") + mContent.toUtf8().toBase64());
+    const QByteArray bytes = mUtf8 ? QByteArray::fromRawData(mUtf8->data(), int(mUtf8->size()))
+                                   : mContent.toUtf8();
+    return QString::fromLatin1(kEncoded + bytes.toBase64());
+}
+
+const QString &FGenIntFile::text() const
+{
+    if (mContent.isNull() && mUtf8)
+        mContent = QString::fromUtf8(mUtf8->data(), int(mUtf8->size()));
+    return mContent;
 }
 
 std::shared_ptr<FGenIntFile> FGenIntFile::setContent(const QString &text)
 {
-    const auto self = shared_from_base<FGenIntFile>();
-    if (text.startsWith(kEncoded)) {
-        const QByteArray bytes = QByteArray::fromBase64(text.midRef(kEncoded.size()).toLatin1());
-        mContent = bytes.isNull() ? QString() : QString::fromUtf8(bytes.constData());
-    } else {
-        mContent = text;
-        // Plain texts of old projects carry their line feeds escaped.
-        if (FMarloCtrl::instance()->isLoadingProject())
-            mContent.replace(QLatin1String("\\n"), QLatin1String("\n"));
+    if (text.startsWith(kEncoded))
+        return setContentFromScript({std::make_shared<const std::string>(S(text))});
+    mContent = text.isNull() ? QLatin1String("") : text;
+    mUtf8 = nullptr;
+    // Plain texts of old projects carry their line feeds escaped.
+    if (FMarloCtrl::instance()->isLoadingProject())
+        mContent.replace(QLatin1String("\\n"), QLatin1String("\n"));
+    return contentChanged();
+}
+
+/// Takes the same texts in UTF-8 and keeps them so where both forms say the same: large templates
+/// are written as they were read.
+std::shared_ptr<FGenIntFile> FGenIntFile::setContentFromScript(const FUtf8Text &text)
+{
+    auto given = text.text;
+    if (given->compare(0, sizeof kEncoded - 1, kEncoded) == 0) {
+        const QByteArray code = QByteArray::fromRawData(given->data(), int(given->size()))
+                                    .mid(sizeof kEncoded - 1);
+        const QByteArray bytes = QByteArray::fromBase64(code);
+        given = std::make_shared<const std::string>(bytes.constData()); // up to a zero character
+    } else if (FMarloCtrl::instance()->isLoadingProject() &&
+               given->find("\\n") != std::string::npos) {
+        return setContent(Q(*given));
     }
+    const bool same = given->compare(0, 3, "\xef\xbb\xbf") != 0 &&
+                      FUtf8::firstBadByte(given->data(), given->size()) == std::string::npos;
+    mContent = same ? QString() : QString::fromUtf8(given->data(), int(given->size()));
+    mUtf8 = same ? given : nullptr;
+    return contentChanged();
+}
+
+std::shared_ptr<FGenIntFile> FGenIntFile::contentChanged()
+{
+    const auto self = shared_from_base<FGenIntFile>();
     setOutOfDate(0);
     FHistoryTransaction transaction(nullptr, "set content", true);
     transaction.addStep(self);
@@ -101,13 +134,13 @@ void FGenIntFile::init(const std::shared_ptr<FGenIntFile> &source)
 void FGenIntFile::visitState(FStateVisitor &state)
 {
     FManaged::visitState(state);
-    state(mFileName)(mContent)(mForceWindowsLineEndings);
+    state(mFileName)(mContent)(mUtf8)(mForceWindowsLineEndings);
 }
 
 void FGenIntFile::initCmds()
 {
     FCmdBinder<FGenIntFile> c;
-    c.attribute("setContent", &FGenIntFile::setContent, &FGenIntFile::getContent, FArg{"content"})
+    c.attribute("setContent", &FGenIntFile::setContentFromScript, &FGenIntFile::getContent, FArg{"content"})
         .title("Content")
         .hidden()
         .guiThread()

@@ -2,6 +2,7 @@
 #ifndef FGENINTFILE_H
 #define FGENINTFILE_H
 #include "fmanaged.h"
+#include "fscripttype.h"
 
 /// The group of entries that holds files and geometry exports.
 extern const std::string ENTRYGROUP_EXPORTS;
@@ -22,7 +23,10 @@ public:
     std::shared_ptr<FGenIntFile> setContent(const QString &text);
     /// The saved form: always "[B64]" and base64.
     QString getContent() const;
-    const QString &text() const { return mContent; }
+    /// The text itself, in the form that was given or made from it when first asked for.
+    const QString &text() const;
+    /// The same in UTF-8 if it came so; null for a text that came as QString.
+    const std::shared_ptr<const std::string> &utf8() const { return mUtf8; }
     const QString &getFileName() const { return mFileName; }
     /// Takes text and name of a file on disk; does nothing if it can't be opened.
     void initFromFile(const QString &path);
@@ -33,8 +37,12 @@ public:
     static void initCmds();
 
 private:
+    std::shared_ptr<FGenIntFile> setContentFromScript(const FUtf8Text &text);
+    std::shared_ptr<FGenIntFile> contentChanged();
+
     QString mFileName;
-    QString mContent = QLatin1String("");
+    mutable QString mContent = QLatin1String(""); // null as long as only the UTF-8 form is there
+    std::shared_ptr<const std::string> mUtf8;
     bool mForceWindowsLineEndings = false;
 };
 #endif

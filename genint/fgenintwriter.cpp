@@ -92,24 +92,29 @@ std::shared_ptr<FDefinitionGenInt> definitionOf(const FExpr<FConfigurationGenInt
 bool writeFile(const FGenIntCommandFile &file, const FTagValues &values, const QString &directory)
 {
     const QString path = directory + file.getFileName();
-    const auto fail = [&](const QString &why) {
+    const auto fail = [&] {
         FLogMsg::info(kSource, "Could not open file " + S(path) + " for writing.",
-                      "Writing process aborted." + (why.isEmpty() ? std::string() : " " + S(why)),
-                      &std::cout);
+                      "Writing process aborted.", &std::cout);
         return false;
     };
     QString why;
     const QString target = safeJoin(directory, file.getFileName(), &why);
     if (target.isEmpty())
-        return fail(QString());
+        return fail();
     // A backslash separates folders too, though only here.
     const QString folder = path.left(path.lastIndexOf(QRegExp("/|\\\\")));
     if (!QDir(folder).exists())
         QDir().mkpath(folder);
-    const QByteArray bytes = file.expander().expandUtf8(std::cref(values));
-    if (!FSafeFile::writePlain(target, bytes.constData(), bytes.size(), &why))
-        return fail(QString());
-    return true;
+    FPlainFile out;
+    if (!out.open(target, &why))
+        return fail();
+    file.expander().expandTo(std::cref(values),
+                             [&out](const char *data, qint64 size) { out.append(data, size); });
+    if (out.finish(&why))
+        return true;
+    FLogMsg::error(kSource, "Could not write file " + S(path) + ": " + S(why),
+                   "Writing process aborted.", nullptr);
+    return false;
 }
 } // namespace
 

@@ -13,36 +13,6 @@
 #include <QFileInfo>
 #include <QTextStream>
 
-namespace
-{
-/// Offset of the first byte that isn't UTF-8, -1 if all of it is.
-qint64 firstBadByte(const QByteArray &bytes)
-{
-    const auto *b = reinterpret_cast<const unsigned char *>(bytes.constData());
-    const qint64 size = bytes.size();
-    for (qint64 i = 0; i < size;) {
-        const unsigned char c = b[i];
-        if (c < 0x80) {
-            ++i;
-            continue;
-        }
-        const int more = c >= 0xC2 && c < 0xE0 ? 1 : c >= 0xE0 && c < 0xF0 ? 2
-                         : c >= 0xF0 && c < 0xF5                           ? 3
-                                                                           : 0;
-        if (more == 0 || i + more >= size)
-            return i;
-        for (int k = 1; k <= more; ++k)
-            if ((b[i + k] & 0xC0) != 0x80)
-                return i;
-        if ((c == 0xE0 && b[i + 1] < 0xA0) || (c == 0xED && b[i + 1] > 0x9F) ||
-            (c == 0xF0 && b[i + 1] < 0x90) || (c == 0xF4 && b[i + 1] > 0x8F))
-            return i;
-        i += more + 1;
-    }
-    return -1;
-}
-} // namespace
-
 FProject *FProject::instance()
 {
     static FProject project;
@@ -65,21 +35,24 @@ bool FProject::load(const QString &path)
                        nullptr);
         return false;
     }
-    const QByteArray bytes = file.readAll();
-    if (file.error() != QFileDevice::NoError) {
-        FLogMsg::error("Project", "Could not read file " + name, S(file.errorString()), nullptr);
+    std::string text;
+    text.resize(size_t(file.size()));
+    const qint64 got = file.read(&text[0], file.size());
+    if (got != file.size() || !file.atEnd()) {
+        FLogMsg::error("Project", "Could not read file " + name,
+                       got < 0 ? S(file.errorString()) : "it changed meanwhile", nullptr);
         return false;
     }
-    const qint64 bad = firstBadByte(bytes);
-    if (bad >= 0) {
-        const int line = 1 + int(bytes.left(int(bad)).count('\n'));
+    const size_t bad = FUtf8::firstBadByte(text.data(), text.size());
+    if (bad != std::string::npos) {
+        const auto line = 1 + std::count(text.begin(), text.begin() + std::ptrdiff_t(bad), '\n');
         FLogMsg::error("Project",
-                       name + ":" + fromNumber(line, 10) + ": expected UTF-8 text, found the byte 0x" +
-                           S(QString::number(uchar(bytes[int(bad)]), 16).toUpper()),
+                       name + ":" + std::to_string(line) + ": expected UTF-8 text, found the byte 0x" +
+                           S(QString::number(uchar(text[bad]), 16).toUpper()),
                        "nothing was loaded", nullptr);
         return false;
     }
-    FScriptReader reader(bytes.toStdString(), name);
+    FScriptReader reader(std::move(text), name);
     bool ok;
     {
         const FLoadingScope loading;

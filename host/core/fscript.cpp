@@ -401,9 +401,7 @@ FExprBase FScriptReader::primary()
                      : FExprBase(f_make_shared<FDouble>(value));
     }
     case FScriptToken::Text: {
-        const auto text = f_make_shared<FString>(token.text);
-        mLexer.take();
-        return FExprBase(text);
+        return FExprBase(f_make_shared<FString>(mLexer.take().text));
     }
     case FScriptToken::Name:
         return name();

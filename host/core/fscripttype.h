@@ -111,6 +111,25 @@ template <> struct FScriptType<QString> : FScriptNative<QString>
     static FExprBase to(const QString &value) { return FExprBase(f_make_shared<FString>(S(value))); }
 };
 
+/// A text as UTF-8. It shares the memory of a literal, which may be large.
+struct FUtf8Text
+{
+    std::shared_ptr<const std::string> text;
+};
+
+template <> struct FScriptType<FUtf8Text> : FScriptNative<FUtf8Text>
+{
+    static std::string name() { return FScriptType<QString>::name(); }
+    static const FClassInfo *resultClass() { return &FString::staticClass(); }
+    static bool from(const FExprBase &expr, FUtf8Text *value, std::string *why)
+    {
+        const auto object = std::dynamic_pointer_cast<FString>(expr.getValueObject());
+        if (object)
+            value->text = std::shared_ptr<const std::string>(object, &object->value());
+        return object || FScriptTypes::fail(expr, "a text in quotes", why);
+    }
+};
+
 /// Any object or expression, unevaluated.
 template <> struct FScriptType<FExprBase> : FScriptNative<FExprBase>
 {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ftext.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
@@ -166,17 +167,17 @@ std::string FLiteral::quoted(const std::string &text)
 
 size_t FLiteral::findEnd(const std::string &source, size_t open, bool inList)
 {
-    size_t run = 0;
-    for (size_t i = open + 1; i < source.size(); ++i) {
-        const char c = source[i];
-        if (c == '"' && run % 2 == 0) {
-            if (!inList)
-                return i;
-            const size_t next = source.find_first_not_of(" \t\r\n", i + 1);
-            if (next == std::string::npos || source[next] == ',' || source[next] == ']')
-                return i;
-        }
-        run = c == '\\' ? run + 1 : 0;
+    for (size_t i = open; (i = source.find('"', i + 1)) != std::string::npos;) {
+        size_t run = i;
+        while (run > open + 1 && source[run - 1] == '\\')
+            --run;
+        if ((i - run) % 2 != 0)
+            continue;
+        if (!inList)
+            return i;
+        const size_t next = source.find_first_not_of(" \t\r\n", i + 1);
+        if (next == std::string::npos || source[next] == ',' || source[next] == ']')
+            return i;
     }
     return std::string::npos;
 }
@@ -185,17 +186,45 @@ std::string FLiteral::unquoted(const std::string &source, size_t open, size_t cl
 {
     std::string out;
     out.reserve(close - open);
-    size_t run = 0;
-    for (size_t i = open + 1; i <= close; ++i) {
-        const char c = source[i];
-        if (c == '\\') {
-            ++run;
-            continue;
-        }
-        out.append(c == '"' ? run / 2 : run, '\\');
-        run = 0;
-        if (i < close)
-            out += c;
+    for (size_t i = open + 1; i < close;) {
+        const size_t run = std::min(source.find('\\', i), close);
+        out.append(source, i, run - i);
+        i = run;
+        while (i < close && source[i] == '\\')
+            ++i;
+        out.append(source[i] == '"' ? (i - run) / 2 : i - run, '\\');
+        if (i > run && i < close)
+            out += source[i++];
     }
     return out;
+}
+
+size_t FUtf8::firstBadByte(const char *text, size_t size)
+{
+    const auto *b = reinterpret_cast<const unsigned char *>(text);
+    for (size_t i = 0; i < size;) {
+        const unsigned char c = b[i];
+        if (c < 0x80) {
+            constexpr size_t block = 64;
+            unsigned char any = 0;
+            if (i + block <= size)
+                for (size_t k = 0; k < block; ++k)
+                    any |= b[i + k];
+            i += i + block <= size && any < 0x80 ? block : 1;
+            continue;
+        }
+        const size_t more = c >= 0xC2 && c < 0xE0 ? 1 : c >= 0xE0 && c < 0xF0 ? 2
+                            : c >= 0xF0 && c < 0xF5                           ? 3
+                                                                              : 0;
+        if (more == 0 || i + more >= size)
+            return i;
+        for (size_t k = 1; k <= more; ++k)
+            if ((b[i + k] & 0xC0) != 0x80)
+                return i;
+        if ((c == 0xE0 && b[i + 1] < 0xA0) || (c == 0xED && b[i + 1] > 0x9F) ||
+            (c == 0xF0 && b[i + 1] < 0x90) || (c == 0xF4 && b[i + 1] > 0x8F))
+            return i;
+        i += more + 1;
+    }
+    return std::string::npos;
 }
