@@ -24,7 +24,7 @@ void FDefinitionBase::addEntry(const FExpr<FEntryBase> &entry)
         definition->setDefinition(shared_from_base<FDefinitionBase>());
     FHistoryTransaction transaction(nullptr, "add entry", true);
     mRoots.push_back(FExpr<FEntryBase, true>(entry));
-    entriesChanged();
+    entryAdded(object);
     transaction.addStep(shared_from_this());
 }
 
@@ -47,15 +47,14 @@ std::shared_ptr<FEntryDef> FDefinitionBase::rootEntry(const std::string &name) c
 
 namespace
 {
-void mapNames(const std::vector<FExpr<FEntryBase, true>> &entries, const std::string &prefix,
+void mapNames(const std::shared_ptr<FEntryBase> &entry, const std::string &prefix,
               std::map<std::string, FExpr<FEntryBase>> *map)
 {
-    for (const auto &entry : entries)
-        if (const auto object = entry.getPtr()) {
-            const std::string name = prefix + object->getName();
-            map->emplace(name, FExpr<FEntryBase>(object));
-            mapNames(object->getChildren(), name + "|", map);
-        }
+    const std::string name = prefix + entry->getName();
+    map->emplace(name, FExpr<FEntryBase>(entry));
+    for (const auto &child : entry->getChildren())
+        if (const auto object = child.getPtr())
+            mapNames(object, name + "|", map);
 }
 
 void collectEntries(const std::vector<FExpr<FEntryBase, true>> &entries,
@@ -73,7 +72,9 @@ const std::map<std::string, FExpr<FEntryBase>> &FDefinitionBase::getNameMap() co
 {
     if (!mNameMapValid) {
         mNameMap.clear();
-        mapNames(mRoots, std::string(), &mNameMap);
+        for (const auto &entry : mRoots)
+            if (const auto object = entry.getPtr())
+                mapNames(object, std::string(), &mNameMap);
         mNameMapValid = true;
     }
     return mNameMap;
@@ -89,6 +90,14 @@ FExpr<FEntryBase> FDefinitionBase::getEntryOfScope(const std::string &fullName) 
         if (equals(entry.first, fullName, false))
             return entry.second;
     return {};
+}
+
+void FDefinitionBase::entryAdded(const std::shared_ptr<FEntryBase> &entry)
+{
+    const auto parent = entry->getParent();
+    if (mNameMapValid)
+        mapNames(entry, parent ? parent->getFullName() + "|" : std::string(), &mNameMap);
+    setOutOfDate(0);
 }
 
 void FDefinitionBase::entriesChanged()

@@ -35,6 +35,8 @@ public:
     /// By full name: exactly, else ignoring case. Null if there is none.
     FExpr<FEntryBase> getEntryOfScope(const std::string &fullName) const;
     /// The structure of the tree or a name in it has changed.
+    /// To be called when an entry has come, so that the names need not be collected anew.
+    void entryAdded(const std::shared_ptr<FEntryBase> &entry);
     void entriesChanged();
 
     // What follows a change of the entries; definitions with files or configurations know more.

@@ -111,7 +111,7 @@ std::shared_ptr<FEntryDef> FEntryDef::create(const std::string &name,
     parent->addChild(entry);
     FHistory::instance()->addStep(parent);
     if (definition) {
-        definition->entriesChanged();
+        definition->entryAdded(entry);
         definition->reinitConfigurations(false);
     }
     return entry;
