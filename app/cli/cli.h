@@ -21,7 +21,7 @@ struct FCliOptions
     std::vector<std::string> computations, sets, expressions, templates;
     int jobs = 0;
     double timeout = -1;
-    bool allDesigns = false, keepGoing = false, json = false;
+    bool allDesigns = false, keepGoing = false, json = false, markdown = false;
 };
 
 namespace FCli
