@@ -130,6 +130,9 @@ private:
     int mFd;
 };
 
+// Bytes; below it, reading costs less than the page faults and the unmapping.
+constexpr size_t kMapFrom = 65536;
+
 bool readWhole(int fd, std::string *content)
 {
     char buffer[1 << 16];
@@ -179,14 +182,14 @@ std::unique_ptr<FGenIntText> FGenIntText::fromFile(const QString &path, QString 
     }
     std::unique_ptr<FGenIntText> text(new FGenIntText);
     const auto size = static_cast<size_t>(info.st_size);
-    void *map = size ? ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE, file.get(), 0) : MAP_FAILED;
+    void *map = size >= kMapFrom ? ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE, file.get(), 0) : MAP_FAILED;
     if (map != MAP_FAILED) {
         text->mMap = map;
         text->mMapSize = size;
         text->setBytes(static_cast<const uchar *>(map), static_cast<qint64>(size));
         return text;
     }
-    // Some file systems cannot map, and some files of no length have content all the same.
+    // Small, or of no length but with content all the same, or of a file system that cannot map.
     if (!readWhole(file.get(), &text->mRead)) {
         reason = qt_error_string(errno);
         return nullptr;

@@ -685,14 +685,8 @@ QString safeJoin(const QString &folder, const QString &relative, QString *why)
     QString path = folder;
     while (path.size() > 1 && path.endsWith(QLatin1Char('/')))
         path.chop(1);
-    QByteArray root;
-    if (char *real = realpath(path.toUtf8().constData(), nullptr)) {
-        root = real;
-        free(real);
-    } else if (errno != ENOENT) {
-        return refuse(QStringLiteral("%1: %2").arg(path, systemWords(errno)));
-    }
-    bool exists = !root.isEmpty();
+    const QByteArray top = path.toUtf8();
+    bool exists = true;
     for (const QString &part : qAsConst(parts)) {
         path += path.endsWith(QLatin1Char('/')) ? part : QLatin1Char('/') + part;
         if (!exists)
@@ -706,6 +700,9 @@ QString safeJoin(const QString &folder, const QString &relative, QString *why)
         } else if (S_ISLNK(info.st_mode)) {
             char *real = realpath(native.constData(), nullptr);
             const QByteArray target(real);
+            free(real);
+            real = realpath(top.constData(), nullptr);
+            const QByteArray root(real);
             free(real);
             if (target.isEmpty())
                 return refuse(QStringLiteral("the link %1 leads nowhere").arg(path));

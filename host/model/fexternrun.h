@@ -6,7 +6,6 @@
 #include <QSocketNotifier>
 #include <functional>
 #include <memory>
-#include <sys/types.h>
 
 /// One run of one computation for one design: a fresh folder, the input files, the program under
 /// supervision, its report.
@@ -28,7 +27,6 @@ public:
     const FRunRecord &record() const { return mRecord; }
     /// Splits as a POSIX shell does. False for a quote without end.
     static bool splitWords(const std::string &text, std::vector<std::string> *words);
-    static std::string runnerPath();
 
 private:
     bool prepare();
@@ -47,7 +45,6 @@ private:
     std::unique_ptr<QSocketNotifier> mNotifier;
     std::string mReport;
     int mSocket = -1;
-    pid_t mRunner = -1;
     bool mReported = false, mCancelled = false;
 };
 #endif
