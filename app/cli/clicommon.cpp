@@ -99,24 +99,7 @@ QJsonValue FCli::jsonOf(const FExprBase &expr)
 
 QJsonArray FCli::rowsOf(const FTableData &table, bool withTypes)
 {
-    QJsonArray rows;
-    for (size_t i = 0; i < table.rows().size(); ++i) {
-        const std::string text = i < table.rowTexts().size() ? table.rowTexts()[i] : std::string();
-        const size_t bar = text.find('|');
-        const auto origin =
-            i < table.origins().size() ? table.origins()[i] : FTableData::Origin();
-        QJsonObject row{{"name", i < table.rowHeaders().size() ? Q(table.rowHeaders()[i]) : QString()},
-                        {"value", jsonNumber(table.getElementAt(int(i), 0, nullptr))},
-                        {"text", bar == std::string::npos ? QJsonValue()
-                                                          : QJsonValue(Q(text.substr(bar + 1)))},
-                        {"note", origin.note.empty() ? QJsonValue() : QJsonValue(Q(origin.note))},
-                        {"where",
-                         origin.where.empty() ? QJsonValue() : QJsonValue(Q(origin.where))}};
-        if (withTypes)
-            row["type"] = Q(text.substr(0, bar));
-        rows.append(row);
-    }
-    return rows;
+    return table.rowsJson(withTypes);
 }
 
 void FCli::print(const FTableData &table)

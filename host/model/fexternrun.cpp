@@ -4,11 +4,13 @@
 #include "flogmsg.h"
 #include "fpathmanager.h"
 #include "frunnerlink.h"
+#include "frunsync.h"
 #include "fsafefile.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <cerrno>
@@ -273,6 +275,23 @@ void FExternRun::writeRecord() const
         FLogMsg::error("Run", "Could not write the record of the run", S(why), nullptr);
 }
 
+void FExternRun::writeValues() const
+{
+    const auto results = mComputation->currentResults().ptr<FResultsGeneric>();
+    if (!results || !results->fetchResults())
+        return;
+    QJsonArray tables;
+    for (const auto &handle : results->tables())
+        if (const auto table = handle.getPtr())
+            tables.append(QJsonObject{{"name", Q(table->getName())}, {"rows", table->rowsJson()}});
+    QString why;
+    if (!tables.isEmpty() &&
+        !FSafeFile::write(Q(mRecord.directory) + "/values.json",
+                          QJsonDocument(QJsonObject{{"tables", tables}}).toJson(), &why,
+                          FSafeFile::Durability::Later))
+        FLogMsg::error("Run", "Could not write the values of the run", S(why), nullptr);
+}
+
 void FExternRun::finish()
 {
     FDesign::setCurrent(mDesign);
@@ -290,5 +309,8 @@ void FExternRun::finish()
         const_cast<const FExternComputation &>(*mComputation).finalizeRun();
         mComputation->finalizeRun();
     }
+    if (mRecord.succeeded())
+        writeValues();
+    FRunSync::instance()->add(mRecord.directory);
     mFinished();
 }

@@ -36,6 +36,9 @@ private:
     void fail(const std::string &reason);
     std::vector<std::string> commandLine(const std::vector<std::string> &words) const;
     void writeRecord() const;
+    /// Writes what was read, with place and doubt of each number, into values.json beside run.json:
+    /// the runner's record is complete before anything is read, and is never touched again.
+    void writeValues() const;
 
     std::shared_ptr<FExternComputation> mComputation;
     std::shared_ptr<FDesign> mDesign;

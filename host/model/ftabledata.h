@@ -3,6 +3,7 @@
 #define FTABLEDATA_H
 #include "fexpr.h"
 
+#include <QJsonArray>
 #include <unordered_map>
 
 /// A table of numbers with headers. Counts of rows, headers and tooltips may differ. Indices count
@@ -35,6 +36,9 @@ public:
     };
     void setOrigins(std::vector<Origin> origins) { mOrigins = std::move(origins); }
     const std::vector<Origin> &origins() const { return mOrigins; }
+    /// The first column as objects with name, value, text, note and where; null for what there
+    /// isn't. With \p withTypes the type's class as well.
+    QJsonArray rowsJson(bool withTypes = false) const;
 
     double getElementAt(int row, int column, bool *ok = nullptr) const;
     double getElementAt(const std::string &rowHeader, int column) const;
