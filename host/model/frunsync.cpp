@@ -2,7 +2,10 @@
 #include "frunsync.h"
 
 #include "flogmsg.h"
+#include "fsafefile.h"
+#include "ftext.h"
 
+#include <QFileInfo>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -15,20 +18,44 @@
 
 namespace {
 constexpr std::chrono::milliseconds kBatch{900}; // leaves time for the sync itself
+constexpr size_t kFew = 4; // folders that are synced one by one: nobody waits for others' data
+
+void failed(const std::string &what)
+{
+    FLogMsg::error("Run", "Could not bring the records of runs to the disk", what, nullptr);
+}
+
+/// A whole file system, with whatever else lies there.
+void syncAround(const std::string &folder)
+{
+    const int file = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (file < 0 || ::syncfs(file) != 0)
+        failed(folder + ": " + std::strerror(errno));
+    if (file >= 0)
+        ::close(file);
+}
+
+/// A run's folder, and the folders of the design and the study that it hangs on.
+void syncOne(const std::string &folder)
+{
+    QString why;
+    const QString design = QFileInfo(Q(folder)).path();
+    if (!FSafeFile::syncTree(Q(folder), &why) || !FSafeFile::syncPath(design, &why) ||
+        !FSafeFile::syncPath(QFileInfo(design).path(), &why))
+        failed(S(why));
+}
 
 void sync(const std::vector<std::string> &folders)
 {
     std::set<dev_t> done;
     for (const std::string &folder : folders) {
         struct stat info = {};
-        if (::stat(folder.c_str(), &info) != 0 || !done.insert(info.st_dev).second)
-            continue; // a folder that is gone already needs no sync
-        const int file = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-        if (file < 0 || ::syncfs(file) != 0)
-            FLogMsg::error("Run", "Could not bring the records of runs to the disk",
-                           folder + ": " + std::strerror(errno), nullptr);
-        if (file >= 0)
-            ::close(file);
+        if (::stat(folder.c_str(), &info) != 0)
+            continue; // gone already, or never made
+        if (folders.size() <= kFew)
+            syncOne(folder);
+        else if (done.insert(info.st_dev).second)
+            syncAround(folder);
     }
 }
 } // namespace

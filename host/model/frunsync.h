@@ -10,9 +10,9 @@
 
 /// Brings the folders of runs to the disk in batches, on a thread of its own.
 ///
-/// A batch begins with the first folder and lasts a second at most; then the file systems of its
-/// folders are synced as a whole, which is once for a study however many designs it has. A run
-/// never waits for the disk.
+/// A batch begins with the first folder and lasts a second at most. A large one is synced by its
+/// file system as a whole, which costs about the same however many designs ended in that second;
+/// a few folders are synced alone. A run never waits for the disk, only the end of a queue does.
 class FRunSync
 {
 public:
