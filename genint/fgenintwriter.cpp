@@ -8,6 +8,7 @@
 #include "fsafefile.h"
 
 #include <QDir>
+#include <algorithm>
 #include <iostream>
 
 namespace
@@ -102,7 +103,7 @@ bool writeFile(const FGenIntCommandFile &file, const FTagValues &values, const Q
     if (target.isEmpty())
         return fail();
     // A backslash separates folders too, though only here.
-    const QString folder = path.left(path.lastIndexOf(QRegExp("/|\\\\")));
+    const QString folder = path.left(std::max(path.lastIndexOf('/'), path.lastIndexOf('\\')));
     if (!QDir(folder).exists())
         QDir().mkpath(folder);
     FPlainFile out;

@@ -40,6 +40,9 @@ bool receiveAll(int socket, void *bytes, size_t size, int *file)
 
 bool FRunRequests::receive(int socket)
 {
+    // A pipe of the caller must not stay open because of this process. The socket is the last of
+    // the files that are meant for it.
+    ::close_range(unsigned(socket) + 1, ~0U, 0);
     // The end of the caller is what ends this process. Each run hears of these signals by itself.
     sigset_t held;
     ::sigemptyset(&held);
