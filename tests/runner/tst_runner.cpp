@@ -439,7 +439,7 @@ private Q_SLOTS:
         const std::string folder = run.directory() + "/small";
         QCOMPARE(::mkdir(folder.c_str(), 0755), 0);
         if (::mount("tmpfs", folder.c_str(), "tmpfs", 0, "size=64k") != 0)
-            QSKIP("a small file system can't be mounted here");
+            QSKIP("a small file system can't be mounted here", 0);
         run.setDirectory(folder);
         run.start({}, {fakesim(), "flood", "300000"});
         const QJsonObject report = run.finish();
