@@ -9,8 +9,7 @@
 #include <immintrin.h>
 #endif
 
-namespace
-{
+namespace {
 constexpr size_t kCounters = 1 << 14;
 constexpr qint64 kPiece = 4096; // places that are sifted before the hits are looked at
 
@@ -67,8 +66,7 @@ __attribute__((target("avx2"))) int sift(const uchar *p, qint64 n, const uchar *
             _mm256_and_si256(_mm256_shuffle_epi8(low2, v2), _mm256_shuffle_epi8(high2, h2));
         const __m256i g3 =
             _mm256_and_si256(_mm256_shuffle_epi8(low3, v3), _mm256_shuffle_epi8(high3, h3));
-        const __m256i groups =
-            _mm256_and_si256(_mm256_and_si256(g0, g1), _mm256_and_si256(g2, g3));
+        const __m256i groups = _mm256_and_si256(_mm256_and_si256(g0, g1), _mm256_and_si256(g2, g3));
         auto bits = ~static_cast<quint32>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(groups, zero)));
         while (bits) {
             places[count++] = static_cast<quint16>(i + __builtin_ctz(bits));
@@ -129,7 +127,8 @@ bool FGenIntFilter::isSupported()
 #endif
 }
 
-FGenIntFilter::Sample::Sample(const uchar *text, qint64 from, qint64 to) : mCounts(kCounters, 0)
+FGenIntFilter::Sample::Sample(const uchar *text, qint64 from, qint64 to)
+    : mCounts(kCounters, 0)
 {
     constexpr qint64 pieces = 16;
     constexpr qint64 length = 4096;
@@ -181,9 +180,8 @@ void FGenIntFilter::chooseWindows(const Sample &sample)
         size_t best = 0;
         std::pair<quint32, int> bestCost(std::numeric_limits<quint32>::max(), 0);
         for (size_t at = 0; at < placesOf(p); ++at) {
-            const std::pair<quint32, int> cost(
-                sample.count(p.data() + at, length),
-                -shared[p.substr(at, static_cast<size_t>(length))]);
+            const std::pair<quint32, int> cost(sample.count(p.data() + at, length),
+                                               -shared[p.substr(at, static_cast<size_t>(length))]);
             if (cost < bestCost) {
                 bestCost = cost;
                 best = at;
@@ -299,7 +297,8 @@ qint64 FGenIntFilter::verify(const uchar *text, qint64 at, qint64 from, qint64 t
     const size_t size = mTable.size();
     for (size_t i = hashOf(key) & (size - 1); mTable[i].window >= 0; i = (i + 1) & (size - 1)) {
         if (mTable[i].key == key) {
-            work += compare(mWindows[static_cast<size_t>(mTable[i].window)], text, at, from, to, hit);
+            work +=
+                compare(mWindows[static_cast<size_t>(mTable[i].window)], text, at, from, to, hit);
             break;
         }
     }
@@ -313,9 +312,10 @@ qint64 FGenIntFilter::verify(const uchar *text, qint64 at, qint64 from, qint64 t
     return work;
 }
 
-qint64 FGenIntFilter::scan(const uchar *text, qint64 from, qint64 to,
-                           const std::function<void(size_t, qint64)> &hit) const
+bool FGenIntFilter::scan(const uchar *text, qint64 from, qint64 to, qint64 *work,
+                         const std::function<void(size_t, qint64)> &hit) const
 {
+    const qint64 most = *work;
     quint16 places[kPiece + 32];
     uchar rest[kPiece + 64];
     uchar one[2 * kWindow];
@@ -329,7 +329,7 @@ qint64 FGenIntFilter::scan(const uchar *text, qint64 from, qint64 to,
     }
     const uchar *masks = single ? one : mMasks[0][0].data();
     const auto find = single ? siftOne : sift;
-    qint64 work = 0;
+    *work = 0;
     for (qint64 begin = from; begin < to; begin += kPiece) {
         const qint64 n = std::min(kPiece, to - begin);
         int count = 0;
@@ -345,9 +345,12 @@ qint64 FGenIntFilter::scan(const uchar *text, qint64 from, qint64 to,
         }
         for (int i = 0; i < count; ++i) {
             if (places[i] < n) {
-                work += verify(text, begin + places[i], from, to, hit);
+                *work += verify(text, begin + places[i], from, to, hit);
             }
         }
+        if (*work > most) {
+            return false;
+        }
     }
-    return work;
+    return true;
 }

@@ -37,15 +37,16 @@ public:
     FGenIntFilter(const std::vector<std::string> &patterns, const Sample &sample);
 
     /// Calls \p hit with pattern and position for all that lies wholly in the stretch, which holds
-    /// ASCII only. Gives the number of comparisons made.
-    qint64 scan(const uchar *text, qint64 from, qint64 to,
-                const std::function<void(size_t, qint64)> &hit) const;
+    /// ASCII only. \p work holds how many comparisons it may take and is told how many it took;
+    /// false if it gave up at that.
+    bool scan(const uchar *text, qint64 from, qint64 to, qint64 *work,
+              const std::function<void(size_t, qint64)> &hit) const;
 
 private:
     struct Window
     {
-        quint32 key = 0;   ///< its folded characters
-        quint32 care = 0;  ///< bits of the key that count; fewer for short patterns
+        quint32 key = 0;  ///< its folded characters
+        quint32 care = 0; ///< bits of the key that count; fewer for short patterns
         int length = 0;
         std::vector<std::pair<size_t, qint64>> patterns; ///< and where in them it stands
     };
@@ -64,8 +65,8 @@ private:
 
     std::vector<std::string> mPatterns;
     std::vector<Window> mWindows;
-    std::vector<int> mShort;    ///< windows of less than full length
-    std::vector<Slot> mTable;   ///< windows of full length by hash of their key
+    std::vector<int> mShort;  ///< windows of less than full length
+    std::vector<Slot> mTable; ///< windows of full length by hash of their key
     alignas(32) std::array<std::array<std::array<uchar, 32>, 2>, kWindow> mMasks = {};
 };
 #endif
