@@ -5,7 +5,12 @@
 #include <algorithm>
 
 namespace {
-/// Case folding of all single units, made once.
+char16_t foldAscii(char16_t u)
+{
+    return u >= 'A' && u <= 'Z' ? static_cast<char16_t>(u | 0x20) : u;
+}
+
+/// Case folding of all single units, made once somebody asks for one that is not ASCII.
 const std::vector<char16_t> &foldTable()
 {
     static const std::vector<char16_t> table = [] {
@@ -25,7 +30,7 @@ char16_t FGenIntAutomaton::fold(const char16_t *text, qint64 i)
         return QChar::lowSurrogate(
             QChar::toCaseFolded(QChar::surrogateToUcs4(text[i - 1], text[i])));
     }
-    return foldTable()[text[i]];
+    return text[i] < 0x80 ? foldAscii(text[i]) : foldTable()[text[i]];
 }
 
 FGenIntAutomaton::FGenIntAutomaton(const std::vector<std::u16string> &patterns)
@@ -126,7 +131,7 @@ const std::vector<FGenIntAutomaton::Hit> &FGenIntAutomaton::scan(const uchar *te
 {
     quint16 classes[256];
     for (uint u = 0; u < 256; ++u) {
-        classes[u] = u < 0x80 ? classOf(foldTable()[u]) : quint16(0);
+        classes[u] = u < 0x80 ? classOf(foldAscii(static_cast<char16_t>(u))) : quint16(0);
     }
     run(from, to, [&](qint64 i) { return classes[text[i]]; });
     return collect();

@@ -5,10 +5,10 @@
 
 #include <algorithm>
 
-namespace
-{
+namespace {
 /// A line with a blank on either side without end.
-template <class U> struct FLine
+template <class U>
+struct FLine
 {
     const U *units;
     qint64 size;
@@ -54,13 +54,15 @@ bool isGroupMark(uint u)
     return u == 0x00A0 || u == 0x2009 || u == 0x202F || u == '\'' || u == 0x2019;
 }
 
-template <class U> bool isSignAt(const FLine<U> &line, qint64 i)
+template <class U>
+bool isSignAt(const FLine<U> &line, qint64 i)
 {
     return line[i] == '+' || line[i] == '-';
 }
 
 /// True if a number begins at \p i.
-template <class U> bool numberAt(const FLine<U> &line, qint64 i)
+template <class U>
+bool numberAt(const FLine<U> &line, qint64 i)
 {
     i += isSignAt(line, i);
     i += line[i] == '.';
@@ -68,7 +70,8 @@ template <class U> bool numberAt(const FLine<U> &line, qint64 i)
 }
 
 /// True unless the comma at \p comma, between two digits, can only part two numbers.
-template <class U> bool commaInNumber(const FLine<U> &line, qint64 comma)
+template <class U>
+bool commaInNumber(const FLine<U> &line, qint64 comma)
 {
     constexpr qint64 far = 256; // a longer stretch of digits and commas is a list
     const auto belongs = [&](qint64 i) {
@@ -156,7 +159,8 @@ bool touchesBefore(const FLine<U> &line, qint64 begin, qint64 end, bool anchored
            line.digit(begin + 1) && line.digit(begin + 2);
 }
 
-template <class U> bool touchesAfter(const FLine<U> &line, qint64 end)
+template <class U>
+bool touchesAfter(const FLine<U> &line, qint64 end)
 {
     const uint after = line[end];
     const uint next = line[end + 1];
@@ -181,7 +185,8 @@ template <class U> bool touchesAfter(const FLine<U> &line, qint64 end)
 }
 
 /// Compares with a word in small letters; gives the position behind it, or -1.
-template <class U> qint64 behindWord(const FLine<U> &line, qint64 at, const char *word)
+template <class U>
+qint64 behindWord(const FLine<U> &line, qint64 at, const char *word)
 {
     for (; *word; ++word, ++at) {
         if ((line[at] | 0x20) != static_cast<uint>(*word)) {
@@ -192,7 +197,8 @@ template <class U> qint64 behindWord(const FLine<U> &line, qint64 at, const char
 }
 
 /// What stands around a field: true if it looks like a place for a number.
-template <class U> bool amongNumbers(const FLine<U> &line, qint64 from, qint64 begin, qint64 end)
+template <class U>
+bool amongNumbers(const FLine<U> &line, qint64 from, qint64 begin, qint64 end)
 {
     while (begin > from && (isSpaceUnit(line[begin - 1]) || isSignAt(line, begin - 1))) {
         --begin;
@@ -219,7 +225,8 @@ bool touchesOthers(const U *units, qint64 size, qint64 begin, qint64 end, qint64
     return touchesBefore(line, begin, end, anchored && begin == from) || touchesAfter(line, end);
 }
 
-template <class U> bool lacksNumber(const U *units, qint64 size, qint64 from, qint64 to)
+template <class U>
+bool lacksNumber(const U *units, qint64 size, qint64 from, qint64 to)
 {
     const FLine<U> line{units, size};
     for (qint64 i = from; i < to; ++i) {
@@ -229,7 +236,9 @@ template <class U> bool lacksNumber(const U *units, qint64 size, qint64 from, qi
             while (line[end] == '*') {
                 ++end;
             }
-            if (end - i >= 2 && amongNumbers(line, from, i, end)) {
+            // Few stars that begin a line are a mark of a heading rather than a field.
+            const bool begins = std::all_of(units + from, units + i, isSpaceUnit);
+            if (end - i >= (begins ? 4 : 2) && amongNumbers(line, from, i, end)) {
                 return true;
             }
             i = end - 1;

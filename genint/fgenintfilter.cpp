@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
-#include <map>
+#include <unordered_map>
 #ifdef __x86_64__
 #include <immintrin.h>
 #endif
@@ -37,6 +37,11 @@ quint32 loadKey(const char *p, int length)
 __attribute__((target("avx2"))) inline __m256i load(const uchar *p)
 {
     return _mm256_loadu_si256(reinterpret_cast<const __m256i *>(p));
+}
+
+__attribute__((target("avx2"))) inline __m256i spread(uchar c)
+{
+    return _mm256_set1_epi8(static_cast<char>(c));
 }
 
 /// Notes all places in [0, \p n) where some group of windows may match; reads 35 bytes beyond. All
@@ -81,19 +86,17 @@ __attribute__((target("avx2"))) int sift(const uchar *p, qint64 n, const uchar *
 __attribute__((target("avx2"))) int siftOne(const uchar *p, qint64 n, const uchar *masks,
                                             quint16 *places)
 {
-    __m256i c[FGenIntFilter::kWindow];
-    __m256i fold[FGenIntFilter::kWindow];
-    for (int k = 0; k < FGenIntFilter::kWindow; ++k) {
-        c[k] = _mm256_set1_epi8(static_cast<char>(masks[k]));
-        fold[k] = _mm256_set1_epi8(static_cast<char>(masks[FGenIntFilter::kWindow + k]));
-    }
+    const __m256i c0 = spread(masks[0]), f0 = spread(masks[4]);
+    const __m256i c1 = spread(masks[1]), f1 = spread(masks[5]);
+    const __m256i c2 = spread(masks[2]), f2 = spread(masks[6]);
+    const __m256i c3 = spread(masks[3]), f3 = spread(masks[7]);
     int count = 0;
     for (qint64 i = 0; i < n; i += 32) {
-        __m256i same = _mm256_cmpeq_epi8(_mm256_or_si256(load(p + i), fold[0]), c[0]);
-        for (int k = 1; k < FGenIntFilter::kWindow; ++k) {
-            same = _mm256_and_si256(
-                same, _mm256_cmpeq_epi8(_mm256_or_si256(load(p + i + k), fold[k]), c[k]));
-        }
+        const __m256i s0 = _mm256_cmpeq_epi8(_mm256_or_si256(load(p + i), f0), c0);
+        const __m256i s1 = _mm256_cmpeq_epi8(_mm256_or_si256(load(p + i + 1), f1), c1);
+        const __m256i s2 = _mm256_cmpeq_epi8(_mm256_or_si256(load(p + i + 2), f2), c2);
+        const __m256i s3 = _mm256_cmpeq_epi8(_mm256_or_si256(load(p + i + 3), f3), c3);
+        const __m256i same = _mm256_and_si256(_mm256_and_si256(s0, s1), _mm256_and_si256(s2, s3));
         auto bits = static_cast<quint32>(_mm256_movemask_epi8(same));
         while (bits) {
             places[count++] = static_cast<quint16>(i + __builtin_ctz(bits));
@@ -160,7 +163,6 @@ FGenIntFilter::FGenIntFilter(const std::vector<std::string> &patterns, const Sam
 
 void FGenIntFilter::chooseWindows(const Sample &sample)
 {
-    std::map<std::string, int> shared; // by how many patterns a window could serve for
     const auto lengthOf = [](const std::string &p) {
         return static_cast<int>(std::min<size_t>(p.size(), kWindow));
     };
@@ -168,12 +170,17 @@ void FGenIntFilter::chooseWindows(const Sample &sample)
     const auto placesOf = [&](const std::string &p) {
         return std::min<size_t>(p.size(), 64) - static_cast<size_t>(lengthOf(p)) + 1;
     };
+    // A pattern that is shorter than a window has one that no longer pattern shares.
+    const auto keyOf = [&](const std::string &p, size_t at) {
+        return static_cast<quint64>(lengthOf(p)) << 32 | loadKey(p.data() + at, lengthOf(p));
+    };
+    std::unordered_map<quint64, int> shared; // by how many patterns a window could serve for
     for (const std::string &p : mPatterns) {
         for (size_t at = 0; at < placesOf(p); ++at) {
-            ++shared[p.substr(at, static_cast<size_t>(lengthOf(p)))];
+            ++shared[keyOf(p, at)];
         }
     }
-    std::map<std::string, size_t> known;
+    std::unordered_map<quint64, size_t> known;
     for (size_t i = 0; i < mPatterns.size(); ++i) {
         const std::string &p = mPatterns[i];
         const int length = lengthOf(p);
@@ -181,18 +188,17 @@ void FGenIntFilter::chooseWindows(const Sample &sample)
         std::pair<quint32, int> bestCost(std::numeric_limits<quint32>::max(), 0);
         for (size_t at = 0; at < placesOf(p); ++at) {
             const std::pair<quint32, int> cost(sample.count(p.data() + at, length),
-                                               -shared[p.substr(at, static_cast<size_t>(length))]);
+                                               -shared[keyOf(p, at)]);
             if (cost < bestCost) {
                 bestCost = cost;
                 best = at;
             }
         }
-        const std::string text = p.substr(best, static_cast<size_t>(length));
-        const auto entry = known.emplace(text, mWindows.size());
+        const auto entry = known.emplace(keyOf(p, best), mWindows.size());
         if (entry.second) {
             Window window;
             window.length = length;
-            window.key = loadKey(text.data(), length);
+            window.key = loadKey(p.data() + best, length);
             window.care = length == kWindow ? ~0U : (1U << (8 * length)) - 1;
             mWindows.push_back(window);
         }

@@ -14,8 +14,7 @@
 #include <immintrin.h>
 #endif
 
-namespace
-{
+namespace {
 /// Counts line feeds one by one, and ors all bytes into \p bits.
 quint32 lookSlowly(const uchar *p, qint64 n, uchar *bits)
 {
@@ -88,7 +87,8 @@ qint64 nextFeed(const char16_t *p, qint64 from, qint64 to)
     return hit < p + to ? hit - p : -1;
 }
 
-template <class U> qint64 lastFeed(const U *p, qint64 from, qint64 to)
+template <class U>
+qint64 lastFeed(const U *p, qint64 from, qint64 to)
 {
     while (to > from) {
         if (p[--to] == '\n') {
@@ -115,7 +115,10 @@ QString kindOf(const struct stat &info)
 class FDescriptor
 {
 public:
-    explicit FDescriptor(int fd) : mFd(fd) {}
+    explicit FDescriptor(int fd)
+        : mFd(fd)
+    {
+    }
     FDescriptor(const FDescriptor &) = delete;
     FDescriptor &operator=(const FDescriptor &) = delete;
     ~FDescriptor()
@@ -236,8 +239,8 @@ void FGenIntText::setBytes(const uchar *bytes, qint64 size)
 
 void FGenIntText::widen() const
 {
-    const uchar *whole = mMap ? static_cast<const uchar *>(mMap)
-                              : reinterpret_cast<const uchar *>(mRead.data());
+    const uchar *whole =
+        mMap ? static_cast<const uchar *>(mMap) : reinterpret_cast<const uchar *>(mRead.data());
     const qint64 size = static_cast<qint64>(mMap ? mMapSize : mRead.size());
     // The pieces are those a text stream reads; how a sequence that is broken at their border comes
     // out depends on them.

@@ -5,6 +5,7 @@
 #include <QtTest>
 #include <cstring>
 #include <limits>
+#include <map>
 #include <random>
 #include <sys/stat.h>
 
@@ -283,7 +284,9 @@ class TestReaderCore : public QObject
 private Q_SLOTS:
     void agreesWithLiteralReader();
     void agreesOnLongTexts();
+    void findsAnchorsAtBorders();
     void findsAnchorsInTangledText();
+    void decodesAsStreamsDo();
     void convertsSpellings_data();
     void convertsSpellings();
     void decodesFiles_data();
@@ -399,6 +402,107 @@ void TestReaderCore::agreesOnLongTexts()
         QVERIFY2(fault.isEmpty(),
                  qPrintable(QString("case seed %1: ").arg(seed + static_cast<quint32>(i)) + fault +
                             describe("(long)", rules, columns)));
+    }
+}
+
+/// A few hits around the borders of what is searched at a time, from the front and from the back,
+/// and where both meet.
+void TestReaderCore::findsAnchorsAtBorders()
+{
+    const quint32 seed = std::random_device{}();
+    constexpr int block = static_cast<int>(FGenIntText::kBlock);
+    FGenIntRule first;
+    first.name = "first";
+    first.anchor = "Anchor";
+    first.first = true;
+    FGenIntRule last = first;
+    last.name = "last";
+    last.first = false;
+    FGenIntRule missing = first;
+    missing.anchor = "missing";
+    QByteArray filler((QByteArray(60, '.') + "\n").repeated(10000));
+    for (quint32 i = 0; i < 500; ++i) {
+        FCases random(seed + i);
+        const int size = 2 * block * (1 + random.below(2)) + random.below(5000) - 2500;
+        QByteArray text = filler.left(size) + '.';
+        std::map<int, int> hits;
+        for (int n = 1 + random.below(4); n > 0; --n) {
+            const int step = random.chance(30) ? 4096 : random.chance(50) ? block : 2 * block;
+            const int border = (1 + random.below(size / step + 1)) * step;
+            const int at = (random.chance(50) ? border : text.size() - border) - random.below(14) +
+                           (random.chance(20) ? random.below(3000) : 0);
+            const auto near = hits.lower_bound(at - 12);
+            if (at < 0 || at + 12 > size || (near != hits.end() && near->first < at + 12)) {
+                continue;
+            }
+            const int mark = 10 + static_cast<int>(hits.size());
+            hits[at] = mark;
+            text.replace(at, 11,
+                         (random.chance(50) ? "anchor " : "ANCHOR ") + QByteArray::number(mark) +
+                             ".5");
+        }
+        if (hits.empty()) {
+            continue;
+        }
+        QVector<FGenIntRule> rules;
+        if (random.chance(70)) {
+            rules << first;
+        }
+        if (rules.isEmpty() || random.chance(70)) {
+            rules << last;
+        }
+        if (random.chance(50)) {
+            rules << missing;
+        }
+        const auto held = FGenIntText::fromFile(write(text), nullptr);
+        for (const FGenIntReading &reading :
+             FGenIntReaderCore(*held).read(rules, FGenIntColumns())) {
+            const std::string &name = rules[reading.rule].name;
+            const auto hit = name == "first" ? *hits.begin() : *hits.rbegin();
+            const bool there = rules[reading.rule].anchor != missing.anchor;
+            QVERIFY2(!there || reading.value == hit.second + 0.5,
+                     qPrintable(QString("seed %1: the %2 hit at %3 is missed")
+                                    .arg(seed + i)
+                                    .arg(QString::fromStdString(name))
+                                    .arg(hit.first)));
+        }
+    }
+}
+
+/// Broken and cut sequences, also where the decoder goes on with a further piece.
+void TestReaderCore::decodesAsStreamsDo()
+{
+    const quint32 seed = std::random_device{}();
+    const std::vector<QByteArray> parts = {"a",
+                                           "\n",
+                                           "\xC3\xA4",
+                                           "\xC3",
+                                           "\xE2\x82\xAC",
+                                           "\xE2\x82",
+                                           "\x82",
+                                           "\xF0\x9F",
+                                           "\xF0\x90\x90\x80",
+                                           "\xED\xA0\x80",
+                                           "\xFF",
+                                           "\xC0\x80",
+                                           "\xEF\xBB\xBF",
+                                           "\xF4\x90",
+                                           QByteArray(1, '\0')};
+    for (quint32 i = 0; i < 200; ++i) {
+        FCases random(seed + i);
+        const int size = 16384 * (1 + random.below(2)) + random.below(9) - 4;
+        QByteArray content(size - random.below(50), 'x');
+        while (content.size() < size) {
+            content += random.pick(parts);
+        }
+        content += random.chance(50) ? QByteArray() : QByteArray(random.below(30), 'y');
+        const QString path = write(content);
+        const auto held = FGenIntText::fromFile(path, nullptr);
+        if (!held->isWide()) {
+            held->widen();
+        }
+        QVERIFY2(held->mid(0, held->size()) == literal::fileText(path),
+                 "case seed " + QByteArray::number(seed + i));
     }
 }
 
@@ -526,6 +630,8 @@ void TestReaderCore::convertsSpellings_data()
         {"-nan 3.0", 0, "3", lacks},
         {"1.0 **** 3.0", 1, "3", lacks},
         {"****  2.0", 0, "2", lacks},
+        {"1.0 ** 3.0", 1, "3", lacks},
+        {"*** 5 steps", 0, "5", ""},
         {"1.0 -Inf 3.0", 1, "3", lacks},
         {"inf norm = 3.0", 0, "3", ""},
         {"1.#QNAN 3.0", 1, "3", lacks},
