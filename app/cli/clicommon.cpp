@@ -120,4 +120,6 @@ void FCli::print(const FTableData &table)
             line += "  ! " + table.origins()[i].note;
         out(line);
     }
+    for (const FTableData::Missing &missing : table.missing())
+        out("  " + missing.name + "  nan  ! " + missing.note);
 }

@@ -98,7 +98,9 @@ int FCli::extract(const FCliOptions &options)
     for (const auto &file : templates) {
         const auto table = f_make_shared<FTableData>(S(file->getFileName()));
         const size_t before = FLogMsg::count();
-        FGenIntReader().readFile(file, table,
+        FGenIntReader reader;
+        reader.setTellPlaces(options.json);
+        reader.readFile(file, table,
                                  info.isDir() ? folder + "/" + file->getFileName() : info.filePath(),
                                  folder);
         if (table->rows().empty() && FLogMsg::count() > before)

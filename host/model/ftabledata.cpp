@@ -48,6 +48,16 @@ QJsonArray FTableData::rowsJson(bool withTypes) const
             row["type"] = Q(text.substr(0, bar));
         rows.append(row);
     }
+    for (const Missing &missing : mMissing) {
+        QJsonObject row{{"name", Q(missing.name)},
+                        {"value", QJsonValue()},
+                        {"text", QJsonValue()},
+                        {"note", Q(missing.note)},
+                        {"where", QJsonValue()}};
+        if (withTypes)
+            row["type"] = Q(missing.type);
+        rows.append(row);
+    }
     return rows;
 }
 
