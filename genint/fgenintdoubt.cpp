@@ -133,6 +133,54 @@ bool commaInNumber(const FLine<U> &line, qint64 comma)
     return points;
 }
 
+/// True if the number with the sign at \p sign, behind a digit, is a field of its own: fields of
+/// fixed width run into each other when they fill up. "1.5E-05-2.5E-03" and "93-2.5E-03" are two
+/// numbers for anybody, and so is "-12.345-67.890" by its decimals; "1.234-105" lacks the letter of
+/// an exponent, and "1.5-2.5" is as likely a range.
+template <class U>
+bool isJoined(const FLine<U> &line, qint64 sign)
+{
+    const auto isExponent = [&](qint64 i) {
+        return (line[i] | 0x20) == 'e' && (line.digit(i - 1) || line[i - 1] == '.');
+    };
+    qint64 i = sign + 1;
+    while (line.digit(i)) {
+        ++i;
+    }
+    if (line[i] != '.' || !line.digit(i + 1)) {
+        return false;
+    }
+    const qint64 fraction = i + 1;
+    for (++i; line.digit(i);) {
+        ++i;
+    }
+    if (isExponent(i) && line.digit(i + 1 + isSignAt(line, i + 1))) {
+        return true;
+    }
+    qint64 begin = sign;
+    while (line.digit(begin - 1)) {
+        --begin;
+    }
+    if (isExponent(begin - 1 - isSignAt(line, begin - 1))) {
+        return true;
+    }
+    return line[begin - 1] == '.' && i - fraction == sign - begin && sign - begin >= 3;
+}
+
+/// True if a time with its unit ends the word that goes on at \p end: "0.25s", "1.5ms". Other units
+/// are also names or factors: "2s" may be an orbital, "1k" a thousand.
+template <class U>
+bool isTime(const FLine<U> &line, qint64 end)
+{
+    qint64 i = end - 1;
+    while (line.digit(i)) {
+        --i;
+    }
+    const uint after = line[end];
+    const qint64 unit = after == 'm' || after == 'u' || after == 'n' ? end + 1 : end;
+    return line[i] == '.' && line[unit] == 's' && !isWord(line[unit + 1]) && !line.digit(unit + 1);
+}
+
 template <class U>
 bool touchesBefore(const FLine<U> &line, qint64 begin, qint64 end, bool anchored)
 {
@@ -142,6 +190,9 @@ bool touchesBefore(const FLine<U> &line, qint64 begin, qint64 end, bool anchored
         // An anchor may well end in a letter that the number follows; but not within a number.
         return !isSigned && (line.digit(begin - 1) ||
                              ((before == '.' || before == ',') && line.digit(begin - 2)));
+    }
+    if (isSigned && line.digit(begin - 1)) {
+        return !isJoined(line, begin);
     }
     if (line.digit(begin - 1) || isWord(before) || isForeign(before) || isDash(before)) {
         return true;
@@ -164,7 +215,10 @@ bool touchesAfter(const FLine<U> &line, qint64 end)
 {
     const uint after = line[end];
     const uint next = line[end + 1];
-    if (isWord(after) || line.digit(end) || isForeign(after)) {
+    if (isWord(after)) {
+        return !isTime(line, end);
+    }
+    if (line.digit(end) || isForeign(after)) {
         return true;
     }
     if (after == '.') {
@@ -178,7 +232,7 @@ bool touchesAfter(const FLine<U> &line, qint64 end)
         return line.digit(end + 1) && commaInNumber(line, end);
     }
     if (after == '+' || after == '-') {
-        return isWord(next) || numberAt(line, end + 1);
+        return isWord(next) || (numberAt(line, end + 1) && !isJoined(line, end));
     }
     return isGroupMark(after) && line.digit(end - 1) && line.digit(end + 1) &&
            line.digit(end + 2) && line.digit(end + 3) && !line.digit(end + 4);
