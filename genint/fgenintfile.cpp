@@ -90,12 +90,14 @@ std::shared_ptr<FGenIntFile> FGenIntFile::setFileName(const QString &name)
     setOutOfDate(0);
     FHistoryTransaction transaction(nullptr, "set file name", true);
     transaction.addStep(self);
+    if (FMarloCtrl::instance()->isLoadingProject())
+        return self; // references are as they were saved
     std::shared_ptr<FDefinitionGenInt> owner;
     for (const auto &definition : getEntities<FDefinitionGenInt>())
         for (const auto &file : definition.getPtr()->getFiles(0))
             if (file.getExpr() == self)
                 owner = definition.getPtr();
-    if (owner && !FMarloCtrl::instance()->isLoadingProject()) {
+    if (owner) {
         owner->updateCommandFiles(S(old), S(name));
         // References to files carry the group in front.
         const std::string group = ENTRYGROUP_EXPORTS + "|";

@@ -5,6 +5,7 @@
 #include "fgenintcommandfile.h"
 #include "fgenintwritercore.h"
 #include "flogmsg.h"
+#include "fpathmanager.h"
 #include "fsafefile.h"
 
 #include <QDir>
@@ -93,12 +94,15 @@ std::shared_ptr<FDefinitionGenInt> definitionOf(const FExpr<FConfigurationGenInt
 bool writeFile(const FGenIntCommandFile &file, const FTagValues &values, const QString &directory)
 {
     const QString path = directory + file.getFileName();
+    QString why;
     const auto fail = [&] {
-        FLogMsg::info(kSource, "Could not open file " + S(path) + " for writing.",
-                      "Writing process aborted.", &std::cout);
+        const std::string message = "Could not open file " + S(path) + " for writing.";
+        FLogMsg::info(kSource, message, "Writing process aborted.", &std::cout);
+        if (FPathManager::instance()->runInProgress())
+            FPathManager::instance()->failRun("cannot write the input files: " + message + " " +
+                                              S(why));
         return false;
     };
-    QString why;
     const QString target = safeJoin(directory, file.getFileName(), &why);
     if (target.isEmpty())
         return fail();

@@ -135,6 +135,7 @@ bool FConfiguration::removeEntry(const FExprBase &entry)
         return false;
     mRoots.erase(at);
     mIndexValid = false;
+    setOutOfDate(0);
     FHistory::instance()->addStep(shared_from_this());
     return true;
 }
@@ -157,9 +158,10 @@ void FConfiguration::build()
                     const std::string name = parent ? parent->getFullName() + "|" + wanted->getName()
                                                     : wanted->getName();
                     entry = findEntry(name);
-                    if (entry && !hasLiveDefinition(*entry, definition.get()))
+                    if (entry && !hasLiveDefinition(*entry, definition.get())) {
                         entry->setEntryDefinition(FExpr<FEntryDef>(wanted));
-                    else
+                        FHistory::instance()->addStep(entry);
+                    } else
                         entry = FEntry::create(wanted, self, parent);
                 }
                 level(wanted->getChildren(), entry);
@@ -196,6 +198,9 @@ FStatus FConfiguration::setEntryCommand(const std::string &path, const FExprBase
 {
     if (!getDefinition()) {
         mPending.emplace_back(path, value);
+        setOutOfDate(0);
+        FHistoryTransaction transaction(nullptr, "set entry", true);
+        transaction.addStep(shared_from_this());
         return {};
     }
     const auto entry = findEntry(path);
@@ -274,15 +279,21 @@ void FConfigurationCustom::init(const std::shared_ptr<FConfigurationCustom> &sou
         return;
     linkDefinition(source->getDefinition());
     forEachEntry(source->getRootEntries(), [&](const std::shared_ptr<FEntry> &entry) {
-        if (!entry->isGroup() && entry->getValue())
-            setEntryCommand(entry->getFullName(), entry->getValue());
+        const FExprBase &value = entry->getValue();
+        if (entry->isGroup() || !value)
+            return;
+        // Values are not shared; what is an expression or a name stays one.
+        const auto own = std::dynamic_pointer_cast<FBasicType>(value.getExpr());
+        const auto copy = own ? own->clone() : nullptr;
+        setEntryCommand(entry->getFullName(), copy ? FExprBase(copy) : value);
     });
 }
 
 void FConfigurationCustom::setDefinition(const FExpr<FDefinitionCustom> &definition)
 {
+    FHistoryTransaction transaction(nullptr, "set definition", true);
     linkDefinition(definition);
-    FHistory::instance()->addStep(shared_from_this());
+    transaction.addStep(shared_from_this());
 }
 
 std::vector<FExpr<FResultsFileName, true>> FConfigurationCustom::getResultsFileNames() const
@@ -296,9 +307,11 @@ std::vector<FExpr<FResultsFileName, true>> FConfigurationCustom::getResultsFileN
 
 void FConfigurationCustom::prepareFileValues() const
 {
-    for (const auto &entry : getEntry(FInputFile::mpNull, true))
-        if (const auto value = entry->getValue().getPtr())
-            value->setUpToDate(false);
+    // The value may stand behind a parameter.
+    for (const auto &type : {FExpr<FObject>(FInputFile::mpNull), FExpr<FObject>(FGeometryExport::mpNull)})
+        for (const auto &entry : getEntry(type.getPtr(), true))
+            if (const auto value = entry->getValue().getValueObject())
+                value->setUpToDate(false);
 }
 
 std::shared_ptr<FDefinitionCustom>

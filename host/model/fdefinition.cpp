@@ -149,13 +149,15 @@ void FDefinitionBase::collectStateful(std::vector<std::shared_ptr<FObject>> *obj
 
 void FDefinition::setEntryDefsFromDB(std::string text)
 {
-    clearEntries();
-    if (text.empty())
-        return;
     FOvdlDefinitionParser parser(
         FExpr<FDefinitionCustom>(FExprBase(std::dynamic_pointer_cast<FDefinitionCustom>(
             shared_from_this()))));
-    parser.fill(text);
+    if (!text.empty() && !parser.parse(text))
+        return;
+    FHistoryTransaction transaction(nullptr, "set entries", true);
+    clearEntries();
+    parser.build();
+    transaction.addStep(shared_from_this());
 }
 
 std::string FDefinition::getEntryDefs() const
@@ -178,6 +180,9 @@ FStatus FDefinition::addEntryCommand(const std::string &path, const FExprBase &v
     const QStringList parts = Q(path).split('|', Qt::SkipEmptyParts);
     if (parts.isEmpty())
         return {"expected the name of an entry, found \"" + path + "\""};
+    if (parts.size() > FOvdlDefinitionParser::kMaxDepth)
+        return {"entry " + path + ": nested deeper than " +
+                fromNumber(FOvdlDefinitionParser::kMaxDepth, 10)};
     if (!value)
         return {"expected a default value for entry " + path + ", found nothing"};
     if (getNameMap().count(S(parts.join('|'))))

@@ -236,6 +236,10 @@ FStatus FEntry::setValue(const FExprBase &value)
          value.valueClass()->isA(FWord::staticClass())))
         return {"entry " + getFullName() + ": expected " + definition->getType()->getClass() +
                 ", found " + FScriptTypes::describe(value)};
+    const std::shared_ptr<FObject> target = value.getExpr();
+    if (target && !clients().isEmpty() && hasClient(target, true))
+        return {"cyclic dependency: the value " + value.toString() + " of entry " + getFullName() +
+                " depends on " + getFullName()};
     mValue = value;
     setOutOfDate(0);
     FHistoryTransaction transaction(nullptr, "set entry", true);
@@ -254,6 +258,7 @@ void FEntry::reassignEntryDefs()
             continue;
         if (const auto match = std::dynamic_pointer_cast<FEntryDef>(definition->child(entry->getName())))
             entry->mEntryDef = match;
+        FHistory::instance()->addStep(entry);
         entry->reassignEntryDefs();
     }
 }

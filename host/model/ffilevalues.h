@@ -53,7 +53,7 @@ private:
 };
 
 /// Geometry that is written for the external program. The kernel that writes it is not part of
-/// this host: a run checks that the file exists and else fails by name.
+/// this host: a run takes the file of that name from the project's folder and else fails by name.
 class FGeometryExport : public FBasicType
 {
     F_CLASS(FGeometryExport, FBasicType)
@@ -72,6 +72,8 @@ public:
     std::string toPlainString() const override { return mFileName; }
     std::shared_ptr<FObject> getType() const override;
     std::shared_ptr<FObject> clone() const override;
+    void constructFObject() override;
+    void doUpdate() const override;
     void visitState(FStateVisitor &state) override { state(mFileName)(mKind)(mFeatureDefinition); }
 
     static void initCmds();
