@@ -185,12 +185,14 @@ void FConfiguration::applyPending()
 
 void FConfiguration::followRename(const std::shared_ptr<FEntryDef> &definition)
 {
+    FHistoryTransaction transaction(nullptr, "rename entry", true);
     forEachEntry(mRoots, [&](const std::shared_ptr<FEntry> &entry) {
         if (entry->getEntryDefinition().getExpr() == definition) {
             entry->rename(definition->getName());
-            FHistory::instance()->addStep(entry);
+            transaction.addStep(entry);
         }
     });
+    transaction.addStep(shared_from_this()); // entries are indexed by their names
     mIndexValid = false;
 }
 

@@ -173,6 +173,13 @@ void FEntryDef::visitState(FStateVisitor &state)
     state(mDefault)(mHidden)(mIsExpr)(mMinimum)(mMaximum);
 }
 
+void FEntryDef::stateRestored()
+{
+    FEntryBase::stateRestored();
+    if (const auto definition = getDefinition())
+        definition->entriesChanged();
+}
+
 std::shared_ptr<FEntry> FEntry::create(const std::shared_ptr<FEntryDef> &definition,
                                        const std::shared_ptr<FConfiguration> &configuration,
                                        const std::shared_ptr<FEntry> &parent)

@@ -78,6 +78,7 @@ public:
     std::shared_ptr<FDefinitionBase> getDefinition() const { return mDefinition.lock(); }
     void setDefinition(const std::shared_ptr<FDefinitionBase> &definition);
     void visitState(FStateVisitor &state) override;
+    void stateRestored() override;
 
 private:
     FExprBase mDefault;
