@@ -100,12 +100,13 @@ std::string FResultsGeneric::getResultFileName(const std::string &name) const
     return S(safeJoin(Q(getResultPath()), Q(name), &why));
 }
 
-FExpr<FObject> FResultsGeneric::getImport(const std::string &name) const
+FExpr<FTableData> FResultsGeneric::getImport(const std::string &name) const
 {
     const std::lock_guard<std::recursive_mutex> lock(mMutex);
     fetchResults();
     const auto at = mImportedObjects.find(name);
-    return at == mImportedObjects.end() ? FExpr<FObject>() : at->second;
+    return at == mImportedObjects.end() ? FExpr<FTableData>()
+                                        : FExpr<FTableData>(at->second.ptr<FTableData>());
 }
 
 std::shared_ptr<FObject> FResultsGeneric::clone(const FExpr<FDesign> &,

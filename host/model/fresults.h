@@ -73,7 +73,8 @@ public:
     }
     const std::vector<FExpr<FTableData, true>> &tables() const { return mTables; }
     std::string getResultFileName(const std::string &name) const;
-    FExpr<FObject> getImport(const std::string &name) const;
+    /// An imported table; null if there is none.
+    FExpr<FTableData> getImport(const std::string &name) const;
     virtual std::shared_ptr<FObject> clone(const FExpr<FDesign> &design,
                                            const FExpr<FExternComputation> &computation) const;
     using FObject::clone;
