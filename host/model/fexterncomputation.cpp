@@ -281,8 +281,9 @@ void FExternComputation::initCmds()
     c.attribute("setEnvironment", &T::setEnvironment, &T::getEnvironment, FArg{"variables"})
         .title("Environment");
     c.attribute("setTimeout", &T::setTimeout, &T::getTimeout, FArg{"seconds"}).title("Time Limit");
-    c.member("run", &T::run);
-    c.member("rereadResults", &T::rereadResults);
+    // Runs are no changes of the project.
+    c.member("run", &T::run).disableHistory();
+    c.member("rereadResults", &T::rereadResults).disableHistory();
 }
 
 void FCustomComputation::constructFObject()

@@ -81,6 +81,9 @@ public:
     /// Kind of a result file by its name: 1 image, 2 table, 4 simulation data, 3 pure text, 0 else.
     static unsigned getResultsFileType(const std::string &path);
 
+    /// Stale results are read again, whoever brings them up to date.
+    void doSetOutOfDate() const override { mFilesRead = false; }
+
     static void initCmds();
 
 protected:
