@@ -145,6 +145,7 @@ void FConfiguration::build()
     const auto definition = getDefinition().getPtr();
     if (!definition)
         return;
+    FHistoryTransaction transaction(nullptr, "add entries", true);
     const auto self = shared_from_base<FConfiguration>();
     const std::function<void(const Roots &, const std::shared_ptr<FEntry> &)> level =
         [&](const Roots &definitions, const std::shared_ptr<FEntry> &parent) {

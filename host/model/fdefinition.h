@@ -34,9 +34,9 @@ public:
     const std::map<std::string, FExpr<FEntryBase>> &getNameMap() const;
     /// By full name: exactly, else ignoring case. Null if there is none.
     FExpr<FEntryBase> getEntryOfScope(const std::string &fullName) const;
-    /// The structure of the tree or a name in it has changed.
-    /// To be called when an entry has come, so that the names need not be collected anew.
+    /// A new entry has its place in the tree.
     void entryAdded(const std::shared_ptr<FEntryBase> &entry);
+    /// The structure of the tree or a name in it has changed.
     void entriesChanged();
 
     // What follows a change of the entries; definitions with files or configurations know more.

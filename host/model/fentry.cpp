@@ -72,10 +72,14 @@ template <class Taken> std::string uniqueAmong(const std::string &name, Taken ta
 }
 
 std::string uniqueName(const std::string &wanted, const FDefinitionBase *definition,
-                       const FEntryBase *parent)
+                       const FEntryBase *parent, const FEntryBase *self = nullptr)
 {
     return uniqueAmong(FEntryDef::correctName(wanted), [&](const std::string &name) {
-        return parent ? bool(parent->child(name)) : definition && definition->rootEntry(name);
+        if (!definition)
+            return parent && parent->child(name);
+        const auto &map = definition->getNameMap();
+        const auto at = map.find(parent ? parent->getFullName() + "|" + name : name);
+        return at != map.end() && at->second.getExpr().get() != self; // the own name is free
     });
 }
 } // namespace
@@ -104,7 +108,7 @@ std::shared_ptr<FEntryDef> FEntryDef::create(const std::string &name,
                                              const std::shared_ptr<FDefinitionBase> &definition,
                                              const FExprBase &value)
 {
-    const auto entry = f_make_shared<FEntryDef>(uniqueName(name, nullptr, parent.get()));
+    const auto entry = f_make_shared<FEntryDef>(uniqueName(name, definition.get(), parent.get()));
     entry->mDefault = value;
     entry->setDefinition(definition);
     FHistory::instance()->track(entry);
@@ -140,13 +144,13 @@ void FEntryDef::setName(const std::string &wanted)
 {
     const auto definition = getDefinition();
     const auto parent = getParent();
-    if (wanted == mName)
+    if (correctName(wanted) == mName)
         return;
     FHistoryTransaction transaction(nullptr, "rename entry", true);
     std::vector<std::string> before, after;
     collectFullNames(*this, &before);
     mName.clear();
-    mName = uniqueName(wanted, definition.get(), parent.get());
+    mName = uniqueName(wanted, definition.get(), parent.get(), this);
     collectFullNames(*this, &after);
     transaction.addStep(shared_from_this());
     if (!definition)

@@ -16,6 +16,14 @@ namespace
 {
 const char kPrologue[] = "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>";
 
+/// False for texts with characters that no XML text can hold.
+bool fitsXml(const QString &text)
+{
+    return std::all_of(text.begin(), text.end(), [](QChar c) {
+        return c >= ' ' ? c.unicode() < 0xfffe : c == '\t' || c == '\n' || c == '\r';
+    });
+}
+
 void writeEntries(QXmlStreamWriter &xml, const std::vector<FExpr<FEntryBase, true>> &entries)
 {
     for (const auto &handle : entries) {
@@ -27,7 +35,11 @@ void writeEntries(QXmlStreamWriter &xml, const std::vector<FExpr<FEntryBase, tru
         if (!entry->isGroup()) {
             const auto type = entry->getType();
             xml.writeAttribute("type", Q(type ? type->getClass() : std::string()));
-            xml.writeAttribute("default", Q(entry->getDefaultExpr().toString()));
+            const QString value = Q(entry->getDefaultExpr().toString());
+            if (fitsXml(value))
+                xml.writeAttribute("default", value);
+            else
+                xml.writeAttribute("default64", QString::fromLatin1(value.toUtf8().toBase64()));
         }
         if (entry->isHidden())
             xml.writeAttribute("hidden", "1");
@@ -172,7 +184,10 @@ bool FOvdlDefinitionParser::parseContent(QXmlStreamReader &xml, Entry *owner, bo
         if (entry.name.empty())
             return fail("expected a name for the entry, found none");
         if (!isGroup) {
-            const std::string script = S(attributes.value(QLatin1String("default")).toString());
+            const QByteArray coded = attributes.value(QLatin1String("default64")).toLatin1();
+            const std::string script =
+                coded.isEmpty() ? S(attributes.value(QLatin1String("default")).toString())
+                                : QByteArray::fromBase64(coded).toStdString();
             entry.value = FExprBase::resolve(script);
             if (!entry.value)
                 return fail(QString("expected a default value for entry %1, found %2")

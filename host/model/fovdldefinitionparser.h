@@ -15,7 +15,8 @@ class QXmlStreamWriter;
 ///     <group name="…"> entries </group>
 ///     <entry name="…" default="script text" hidden="0" expr="1" min="1" max="1">docu</entry>
 ///   </definition></ovdl>
-/// There is no document type; depth is limited to 100.
+/// where default64 with base64 stands for a default that XML can't hold. There is no document
+/// type; depth is limited to 100.
 class FOvdlDefinitionParser
 {
 public:
