@@ -38,8 +38,8 @@ FConfigurationGenInt::create(const FExpr<FScope> &scope, const std::string &name
     return configuration;
 }
 
-std::shared_ptr<FConfigurationGenInt>
-FConfigurationGenInt::createForScript(const std::string &name, bool initialize)
+std::shared_ptr<FConfigurationGenInt> FConfigurationGenInt::createForScript(const std::string &name,
+                                                                            bool initialize)
 {
     return create(nullptr, name, initialize, nullptr);
 }
@@ -168,8 +168,7 @@ FExpr<FDefinitionGenInt> FConfigurationGenInt::genIntDefinition() const
     return FExpr<FDefinitionGenInt>(static_cast<const FExprBase &>(getDefinition()));
 }
 
-namespace
-{
+namespace {
 FExpr<FDefinitionGenInt> importForScript(const std::string &fileName)
 {
     return FConfigurationGenInt::mpNull->importGenIntDefinition(fileName);

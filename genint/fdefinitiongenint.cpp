@@ -19,8 +19,7 @@
 
 F_CLASS_IMPL(FDefinitionGenInt)
 
-namespace
-{
+namespace {
 std::vector<std::shared_ptr<FConfigurationGenInt>> configurationsOf(const FDefinition *definition)
 {
     std::vector<std::shared_ptr<FConfigurationGenInt>> found;
@@ -30,10 +29,7 @@ std::vector<std::shared_ptr<FConfigurationGenInt>> configurationsOf(const FDefin
     return found;
 }
 
-bool isLoading()
-{
-    return FMarloCtrl::instance()->isLoadingProject();
-}
+bool isLoading() { return FMarloCtrl::instance()->isLoadingProject(); }
 } // namespace
 
 FDefinitionGenInt::FDefinitionGenInt(const FExpr<FScope> &scope, std::string name,
@@ -58,8 +54,8 @@ std::shared_ptr<FDefinitionGenInt> FDefinitionGenInt::createByName(const std::st
 
 void FDefinitionGenInt::sortIn(const FExpr<FGenIntFile> &file)
 {
-    Files &list = file.valueClass()->isA(FGenIntCommandFile::staticClass()) ? mCommandFiles
-                                                                            : mResultFiles;
+    Files &list =
+        file.valueClass()->isA(FGenIntCommandFile::staticClass()) ? mCommandFiles : mResultFiles;
     list.push_back(FExpr<FGenIntFile, true>(file));
 }
 
@@ -144,9 +140,9 @@ void FDefinitionGenInt::clearFileStorages()
     if (isLoading())
         return;
     for (Files *list : {&mFiles, &mCommandFiles, &mResultFiles})
-        list->erase(std::remove_if(list->begin(), list->end(),
-                                   [](const auto &file) { return !file; }),
-                    list->end());
+        list->erase(
+            std::remove_if(list->begin(), list->end(), [](const auto &file) { return !file; }),
+            list->end());
 }
 
 bool FDefinitionGenInt::isCurCommandFile() const

@@ -8,8 +8,7 @@
 #include <QRegExp>
 #include <QTextStream>
 
-namespace
-{
+namespace {
 /// The word behind the first \p key, up to white space.
 std::string keyValue(const QString &text, const QString &key)
 {

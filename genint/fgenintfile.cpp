@@ -14,20 +14,20 @@ F_CLASS_IMPL(FGenIntFile)
 
 const std::string ENTRYGROUP_EXPORTS = "Exports";
 
-namespace
-{
+namespace {
 const char kEncoded[] = "[B64]";
 }
 
-FGenIntFile::FGenIntFile(std::string name) : FManaged(std::move(name))
+FGenIntFile::FGenIntFile(std::string name)
+    : FManaged(std::move(name))
 {
     mManageFlag = 2;
 }
 
 QString FGenIntFile::getContent() const
 {
-    const QByteArray bytes = mUtf8 ? QByteArray::fromRawData(mUtf8->data(), int(mUtf8->size()))
-                                   : mContent.toUtf8();
+    const QByteArray bytes =
+        mUtf8 ? QByteArray::fromRawData(mUtf8->data(), int(mUtf8->size())) : mContent.toUtf8();
     return QString::fromLatin1(kEncoded + bytes.toBase64());
 }
 
@@ -56,8 +56,8 @@ std::shared_ptr<FGenIntFile> FGenIntFile::setContentFromScript(const FUtf8Text &
 {
     auto given = text.text;
     if (given->compare(0, sizeof kEncoded - 1, kEncoded) == 0) {
-        const QByteArray code = QByteArray::fromRawData(given->data(), int(given->size()))
-                                    .mid(sizeof kEncoded - 1);
+        const QByteArray code =
+            QByteArray::fromRawData(given->data(), int(given->size())).mid(sizeof kEncoded - 1);
         const QByteArray bytes = QByteArray::fromBase64(code);
         given = std::make_shared<const std::string>(bytes.constData()); // up to a zero character
     } else if (FMarloCtrl::instance()->isLoadingProject() &&
@@ -128,10 +128,7 @@ void FGenIntFile::initFromFile(const QString &path)
     setName(S(name));
 }
 
-void FGenIntFile::init(const std::shared_ptr<FGenIntFile> &source)
-{
-    FManaged::init(source);
-}
+void FGenIntFile::init(const std::shared_ptr<FGenIntFile> &source) { FManaged::init(source); }
 
 void FGenIntFile::visitState(FStateVisitor &state)
 {
@@ -142,7 +139,8 @@ void FGenIntFile::visitState(FStateVisitor &state)
 void FGenIntFile::initCmds()
 {
     FCmdBinder<FGenIntFile> c;
-    c.attribute("setContent", &FGenIntFile::setContentFromScript, &FGenIntFile::getContent, FArg{"content"})
+    c.attribute("setContent", &FGenIntFile::setContentFromScript, &FGenIntFile::getContent,
+                FArg{"content"})
         .title("Content")
         .hidden()
         .guiThread()

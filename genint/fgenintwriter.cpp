@@ -12,8 +12,7 @@
 #include <algorithm>
 #include <iostream>
 
-namespace
-{
+namespace {
 const char kSource[] = "Generic Integration Writer";
 
 /// Gives the text of a tag: entries looked up by name, their values made once per write.

@@ -11,8 +11,7 @@
 F_CLASS_IMPL(FConfiguration)
 F_CLASS_IMPL(FConfigurationCustom)
 
-namespace
-{
+namespace {
 using Roots = std::vector<FExpr<FEntryBase, true>>;
 
 bool hasLiveDefinition(const FEntry &entry, const FDefinition *definition)
@@ -25,7 +24,8 @@ bool hasLiveDefinition(const FEntry &entry, const FDefinition *definition)
     return at != map.end() && at->second.getExpr() == own;
 }
 
-template <class F> void forEachEntry(const Roots &entries, F function)
+template <class F>
+void forEachEntry(const Roots &entries, F function)
 {
     for (const auto &handle : entries)
         if (const auto entry = handle.ptr<FEntry>()) {
@@ -106,8 +106,8 @@ std::shared_ptr<FEntry> FConfiguration::findEntry(const std::string &fullName) c
 std::shared_ptr<FEntry> FConfiguration::entryOf(const std::shared_ptr<FEntryDef> &definition,
                                                 const std::shared_ptr<FEntry> &parent) const
 {
-    const std::string name = parent ? parent->getFullName() + "|" + definition->getName()
-                                    : definition->getName();
+    const std::string name =
+        parent ? parent->getFullName() + "|" + definition->getName() : definition->getName();
     const auto entry = findEntry(name);
     return entry && entry->getEntryDefinition().getExpr() == definition ? entry : nullptr;
 }
@@ -156,8 +156,9 @@ void FConfiguration::build()
                 std::shared_ptr<FEntry> entry = entryOf(wanted, parent);
                 if (!entry) {
                     // A definition that was rebuilt keeps the values by name.
-                    const std::string name = parent ? parent->getFullName() + "|" + wanted->getName()
-                                                    : wanted->getName();
+                    const std::string name = parent
+                                                 ? parent->getFullName() + "|" + wanted->getName()
+                                                 : wanted->getName();
                     entry = findEntry(name);
                     if (entry && !hasLiveDefinition(*entry, definition.get())) {
                         entry->setEntryDefinition(FExpr<FEntryDef>(wanted));
@@ -311,7 +312,8 @@ std::vector<FExpr<FResultsFileName, true>> FConfigurationCustom::getResultsFileN
 void FConfigurationCustom::prepareFileValues() const
 {
     // The value may stand behind a parameter.
-    for (const auto &type : {FExpr<FObject>(FInputFile::mpNull), FExpr<FObject>(FGeometryExport::mpNull)})
+    for (const auto &type :
+         {FExpr<FObject>(FInputFile::mpNull), FExpr<FObject>(FGeometryExport::mpNull)})
         for (const auto &entry : getEntry(type.getPtr(), true))
             if (const auto value = entry->getValue().getValueObject())
                 value->setUpToDate(false);

@@ -45,8 +45,7 @@ std::shared_ptr<FEntryDef> FDefinitionBase::rootEntry(const std::string &name) c
     return at == map.end() ? nullptr : at->second.ptr<FEntryDef>();
 }
 
-namespace
-{
+namespace {
 void mapNames(const std::shared_ptr<FEntryBase> &entry, const std::string &prefix,
               std::map<std::string, FExpr<FEntryBase>> *map)
 {
@@ -149,9 +148,8 @@ void FDefinitionBase::collectStateful(std::vector<std::shared_ptr<FObject>> *obj
 
 void FDefinition::setEntryDefsFromDB(std::string text)
 {
-    FOvdlDefinitionParser parser(
-        FExpr<FDefinitionCustom>(FExprBase(std::dynamic_pointer_cast<FDefinitionCustom>(
-            shared_from_this()))));
+    FOvdlDefinitionParser parser(FExpr<FDefinitionCustom>(
+        FExprBase(std::dynamic_pointer_cast<FDefinitionCustom>(shared_from_this()))));
     if (!text.empty() && !parser.parse(text))
         return;
     FHistoryTransaction transaction(nullptr, "set entries", true);
@@ -191,8 +189,8 @@ FStatus FDefinition::addEntryCommand(const std::string &path, const FExprBase &v
     std::shared_ptr<FEntryDef> group;
     for (int i = 0; i + 1 < parts.size(); ++i) {
         const std::string name = FEntryDef::correctName(S(parts[i]));
-        auto next = group ? std::dynamic_pointer_cast<FEntryDef>(group->child(name))
-                          : rootEntry(name);
+        auto next =
+            group ? std::dynamic_pointer_cast<FEntryDef>(group->child(name)) : rootEntry(name);
         if (next && !next->isGroup())
             return {"entry " + next->getFullName() + " is a value, expected a group"};
         if (!next)
@@ -244,7 +242,8 @@ void FDefinition::initCmds()
     c.member("renameEntry", &FDefinition::renameEntryCommand, FArg{"name"}, FArg{"newName"});
 }
 
-FDefinitionCustom::FDefinitionCustom(const FExpr<FScope> &, std::string name, const FExpr<FParser> &)
+FDefinitionCustom::FDefinitionCustom(const FExpr<FScope> &, std::string name,
+                                     const FExpr<FParser> &)
     : FDefinitionCustomBase(std::move(name))
 {
 }
@@ -255,8 +254,7 @@ void FDefinitionCustom::init(const std::shared_ptr<FDefinitionCustom> &source)
         setEntryDefsFromDB(source->getEntryDefs());
 }
 
-namespace
-{
+namespace {
 QString &presetPath()
 {
     static QString path;
@@ -264,10 +262,7 @@ QString &presetPath()
 }
 } // namespace
 
-void FDefinitionCustom::presetSaveFile(const QString &path)
-{
-    presetPath() = path;
-}
+void FDefinitionCustom::presetSaveFile(const QString &path) { presetPath() = path; }
 
 bool FDefinitionCustom::openSaveFile(QFile &file)
 {

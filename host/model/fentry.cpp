@@ -61,9 +61,9 @@ std::string FEntryDef::correctName(const std::string &name)
     return out.empty() ? "entry" : out;
 }
 
-namespace
-{
-template <class Taken> std::string uniqueAmong(const std::string &name, Taken taken)
+namespace {
+template <class Taken>
+std::string uniqueAmong(const std::string &name, Taken taken)
 {
     std::string candidate = name;
     for (int n = 1; taken(candidate); ++n)
@@ -129,8 +129,7 @@ void FEntryDef::setDefinition(const std::shared_ptr<FDefinitionBase> &definition
             entry->setDefinition(definition);
 }
 
-namespace
-{
+namespace {
 void collectFullNames(const FEntryBase &entry, std::vector<std::string> *names)
 {
     names->push_back(entry.getFullName());
@@ -216,8 +215,7 @@ bool FEntry::isGroup() const
     return definition ? definition->isGroup() : !mChildren.empty();
 }
 
-namespace
-{
+namespace {
 // Numbers of any kind stand for each other; everything else keeps its kind.
 bool isNumber(const FClassInfo &type)
 {
@@ -267,7 +265,8 @@ void FEntry::reassignEntryDefs()
         const auto entry = child.ptr<FEntry>();
         if (!entry)
             continue;
-        if (const auto match = std::dynamic_pointer_cast<FEntryDef>(definition->child(entry->getName())))
+        if (const auto match =
+                std::dynamic_pointer_cast<FEntryDef>(definition->child(entry->getName())))
             entry->mEntryDef = match;
         FHistory::instance()->addStep(entry);
         entry->reassignEntryDefs();
@@ -283,10 +282,7 @@ bool FEntry::hasValueType(const std::shared_ptr<FObject> &type) const
     return own && own->isTypeOf(type);
 }
 
-std::shared_ptr<FObject> FEntry::valueObject() const
-{
-    return mValue.getValueObject();
-}
+std::shared_ptr<FObject> FEntry::valueObject() const { return mValue.getValueObject(); }
 
 const FClassInfo &FEntry::valueClass() const
 {

@@ -56,30 +56,23 @@ std::string FInputFile::targetName() const
     return folder + S(QFileInfo(Q(sourcePath())).fileName());
 }
 
-std::string FInputFile::toPlainString() const
-{
-    return targetName();
-}
+std::string FInputFile::toPlainString() const { return targetName(); }
 
-std::shared_ptr<FObject> FInputFile::getType() const
-{
-    return FFileName::mpNull;
-}
+std::shared_ptr<FObject> FInputFile::getType() const { return FFileName::mpNull; }
 
 std::shared_ptr<FObject> FInputFile::clone() const
 {
     return f_make_shared<FInputFile>(mFileName, mDirectory);
 }
 
-namespace
-{
+namespace {
 /// Copies \p source into the input folder of the run in progress; that one fails if it can't.
 void copyIntoRun(const char *kind, const QString &source, const QString &target, QString why)
 {
     FPathManager *paths = FPathManager::instance();
-    const QString path =
-        source.isEmpty() ? QString()
-                         : safeJoin(Q(paths->getInputDirAbs(nullptr, nullptr)), target, &why);
+    const QString path = source.isEmpty()
+                             ? QString()
+                             : safeJoin(Q(paths->getInputDirAbs(nullptr, nullptr)), target, &why);
     if (!path.isEmpty() && QDir().mkpath(QFileInfo(path).path()) &&
         FSafeFile::copyFile(source, path, &why))
         return;
@@ -122,10 +115,7 @@ std::string FGeometryExport::toString() const
     return "geometryExport(" + FLiteral::quoted(mFileName) + ")";
 }
 
-std::shared_ptr<FObject> FGeometryExport::getType() const
-{
-    return FFileName::mpNull;
-}
+std::shared_ptr<FObject> FGeometryExport::getType() const { return FFileName::mpNull; }
 
 std::shared_ptr<FObject> FGeometryExport::clone() const
 {
@@ -135,8 +125,7 @@ std::shared_ptr<FObject> FGeometryExport::clone() const
     return copy;
 }
 
-namespace
-{
+namespace {
 std::shared_ptr<FInputFile> makeInputFile(const FExprBase &fileName, const FExprBase &directory)
 {
     return f_make_shared<FInputFile>(fileName, directory);

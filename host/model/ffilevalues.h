@@ -41,9 +41,15 @@ class FResultsFileName : public FBasicType
     F_CLASS(FResultsFileName, FBasicType)
 public:
     FResultsFileName() = default;
-    explicit FResultsFileName(const FExprBase &fileName) : mFileName(fileName) {}
+    explicit FResultsFileName(const FExprBase &fileName)
+        : mFileName(fileName)
+    {
+    }
     const FExprBase &getFileName() const { return mFileName; }
-    std::string toString() const override { return "resultsFileName(" + mFileName.toString() + ")"; }
+    std::string toString() const override
+    {
+        return "resultsFileName(" + mFileName.toString() + ")";
+    }
     std::string toPlainString() const override { return mFileName.toPlainString(); }
     std::shared_ptr<FObject> clone() const override;
     void visitState(FStateVisitor &state) override { state(mFileName); }
@@ -59,7 +65,10 @@ class FGeometryExport : public FBasicType
     F_CLASS(FGeometryExport, FBasicType)
 public:
     FGeometryExport() = default;
-    explicit FGeometryExport(std::string fileName) : mFileName(std::move(fileName)) {}
+    explicit FGeometryExport(std::string fileName)
+        : mFileName(std::move(fileName))
+    {
+    }
     const std::string &getFileName() const { return mFileName; }
     unsigned kind() const { return mKind; }
     const FExpr<FObject> &getFeatureDefinition() const { return mFeatureDefinition; }

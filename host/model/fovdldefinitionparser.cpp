@@ -12,8 +12,7 @@
 
 const QString FOvdlDefinitionParser::smObjectArea = QStringLiteral("=== objects ===");
 
-namespace
-{
+namespace {
 const char kPrologue[] = "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>";
 
 /// False for texts with characters that no XML text can hold.
@@ -70,10 +69,7 @@ FOvdlDefinitionParser::FOvdlDefinitionParser(const FExpr<FDefinitionCustom> &def
 {
 }
 
-void FOvdlDefinitionParser::read(QIODevice *device)
-{
-    read(device->readAll().toStdString());
-}
+void FOvdlDefinitionParser::read(QIODevice *device) { read(device->readAll().toStdString()); }
 
 void FOvdlDefinitionParser::read(const std::string &text)
 {
@@ -155,8 +151,7 @@ bool FOvdlDefinitionParser::parse(const std::string &structure)
     return true;
 }
 
-bool FOvdlDefinitionParser::parseContent(QXmlStreamReader &xml, Entry *owner, bool group,
-                                         int depth)
+bool FOvdlDefinitionParser::parseContent(QXmlStreamReader &xml, Entry *owner, bool group, int depth)
 {
     const auto fail = [&](const QString &what) {
         error(xml.lineNumber(), xml.columnNumber(), what);
@@ -216,10 +211,9 @@ void FOvdlDefinitionParser::build(const Entries &entries, const std::shared_ptr<
 {
     const auto definition = std::static_pointer_cast<FDefinitionBase>(mDefinition.getPtr());
     for (const Entry &entry : entries) {
-        const auto made = parent
-                              ? FEntryDef::create(entry.name, parent, definition, entry.value)
-                              : FEntryDef::create(entry.name, definition, 1, 1, false, true,
-                                                  std::string(), entry.value);
+        const auto made = parent ? FEntryDef::create(entry.name, parent, definition, entry.value)
+                                 : FEntryDef::create(entry.name, definition, 1, 1, false, true,
+                                                     std::string(), entry.value);
         made->setFlags(entry.hidden, entry.isExpr);
         made->setCounts(entry.minimum, entry.maximum);
         if (!entry.docu.empty())

@@ -130,21 +130,41 @@ void tst_Computation::failures_data()
     QTest::addColumn<QString>("before");
     QTest::addColumn<QString>("reason");
     const QString fakesim = F_BIN_DIR "/fakesim";
-    QTest::newRow("exit code") << fakesim << "exit 3" << "" << "exit";
-    QTest::newRow("signal") << "/bin/sh" << "-c 'kill -9 $$'" << "" << "signal 9";
-    QTest::newRow("no such program") << "/no/such/program" << "" << "" << "/no/such/program";
-    QTest::newRow("no program") << "" << "" << "" << "";
-    QTest::newRow("time limit") << "/bin/sh" << "-c 'sleep 20'" << "comp.setTimeout(0.2);"
+    QTest::newRow("exit code") << fakesim << "exit 3"
+                               << ""
+                               << "exit";
+    QTest::newRow("signal") << "/bin/sh"
+                            << "-c 'kill -9 $$'"
+                            << ""
+                            << "signal 9";
+    QTest::newRow("no such program") << "/no/such/program"
+                                     << ""
+                                     << ""
+                                     << "/no/such/program";
+    QTest::newRow("no program") << ""
+                                << ""
+                                << ""
+                                << "";
+    QTest::newRow("time limit") << "/bin/sh"
+                                << "-c 'sleep 20'"
+                                << "comp.setTimeout(0.2);"
                                 << "time limit";
-    QTest::newRow("quote without end") << fakesim << "sum 'in.txt" << "" << "";
+    QTest::newRow("quote without end") << fakesim << "sum 'in.txt"
+                                       << ""
+                                       << "";
     // The program ends well, but what a result template reads isn't there.
-    QTest::newRow("result missing") << "/bin/sh" << "-c true" << "" << "out.txt";
+    QTest::newRow("result missing") << "/bin/sh"
+                                    << "-c true"
+                                    << ""
+                                    << "out.txt";
     QTest::newRow("template leads out") << fakesim << "sum in.txt out.txt"
-                                        << "in.setFileName(\"../../x\");" << "../../x";
+                                        << "in.setFileName(\"../../x\");"
+                                        << "../../x";
     QTest::newRow("no configuration") << fakesim << "sum in.txt out.txt"
                                       << "comp.setConfiguration(nullptr);"
                                       << "No configuration found";
-    QTest::newRow("no definition") << fakesim << "sum in.txt out.txt" << "c.setDefinition(nullptr);"
+    QTest::newRow("no definition") << fakesim << "sum in.txt out.txt"
+                                   << "c.setDefinition(nullptr);"
                                    << "No definition found";
 }
 
@@ -202,8 +222,7 @@ void tst_Computation::fileValues()
            "in.setContent(\"<entry>mesh</entry> <entry>other</entry> <entry>part</entry>\");");
     for (int round = 1; round <= 2; ++round) { // into each fresh folder
         QCOMPARE(ModelTest::run("comp.run();"), QStringList());
-        QCOMPARE(ModelTest::read(folder() + "in.txt"),
-                 QByteArray("m/mesh.dat other.dat part.stl"));
+        QCOMPARE(ModelTest::read(folder() + "in.txt"), QByteArray("m/mesh.dat other.dat part.stl"));
         QCOMPARE(ModelTest::read(folder() + "stdout.txt"), QByteArray("mesh 1\nother\nsolid\n"));
     }
     QCOMPARE(QFileInfo(folder() + "m/mesh.dat").lastModified().toSecsSinceEpoch(),
@@ -219,13 +238,20 @@ void tst_Computation::refusedFileValues_data()
 {
     QTest::addColumn<QString>("value");
     QTest::addColumn<QString>("reason");
-    QTest::newRow("no such file") << "inputFile(\"none.dat\")" << "none.dat";
-    QTest::newRow("a folder") << "inputFile(\".\",\"x\")" << "cannot copy input file";
-    QTest::newRow("no name") << "inputFile(\"\")" << "cannot copy input file";
-    QTest::newRow("leads out") << "inputFile(\"mesh.dat\",\"../..\")" << "mesh.dat";
-    QTest::newRow("absolute folder") << "inputFile(\"mesh.dat\",\"/tmp\")" << "mesh.dat";
-    QTest::newRow("no geometry") << "geometryExport(\"none.stl\")" << "none.stl";
-    QTest::newRow("geometry leads out") << "geometryExport(\"../mesh.dat\")" << "../mesh.dat";
+    QTest::newRow("no such file") << "inputFile(\"none.dat\")"
+                                  << "none.dat";
+    QTest::newRow("a folder") << "inputFile(\".\",\"x\")"
+                              << "cannot copy input file";
+    QTest::newRow("no name") << "inputFile(\"\")"
+                             << "cannot copy input file";
+    QTest::newRow("leads out") << "inputFile(\"mesh.dat\",\"../..\")"
+                               << "mesh.dat";
+    QTest::newRow("absolute folder") << "inputFile(\"mesh.dat\",\"/tmp\")"
+                                     << "mesh.dat";
+    QTest::newRow("no geometry") << "geometryExport(\"none.stl\")"
+                                 << "none.stl";
+    QTest::newRow("geometry leads out") << "geometryExport(\"../mesh.dat\")"
+                                        << "../mesh.dat";
 }
 
 void tst_Computation::refusedFileValues()
@@ -255,13 +281,13 @@ void tst_Computation::relay()
     const auto relay = comp()->getSignalRapper();
     QVERIFY(relay);
     QVERIFY(!FGenIntComputation::mpNull->getSignalRapper());
-    connect(relay, &FGenIntCompSignalRapper::genIntRunStarted, this, [&] {
-        order << (QFile::exists(folder() + "in.txt") ? "late" : "started");
-    });
+    connect(relay, &FGenIntCompSignalRapper::genIntRunStarted, this,
+            [&] { order << (QFile::exists(folder() + "in.txt") ? "late" : "started"); });
     connect(relay, &FGenIntCompSignalRapper::genIntRunEnded, this, [&](bool ok) {
         const auto results = comp()->getResults().ptr<FResultsGenInt>();
-        order << QString("ended %1 %2").arg(ok).arg(
-            results ? int(results->getOutputHandles().size()) : -1);
+        order << QString("ended %1 %2")
+                     .arg(ok)
+                     .arg(results ? int(results->getOutputHandles().size()) : -1);
     });
     connect(relay, &FGenIntCompSignalRapper::genIntCompDestroyed, this,
             [&] { order << "destroyed"; });

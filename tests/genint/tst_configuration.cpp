@@ -116,16 +116,26 @@ void tst_Configuration::kinds_data()
     QTest::addColumn<QString>("initial");
     QTest::addColumn<QString>("value");
     QTest::addColumn<bool>("ok");
-    QTest::newRow("whole for real") << "2.5" << "3" << true;
-    QTest::newRow("real for whole") << "2" << "3.5" << true;
-    QTest::newRow("text for real") << "2.5" << "\"3\"" << false;
-    QTest::newRow("number for text") << "\"x\"" << "3" << false;
-    QTest::newRow("truth for text") << "\"x\"" << "true" << false;
-    QTest::newRow("parameter") << "2.5" << "p" << true;
-    QTest::newRow("expression") << "2.5" << "2*p + 1" << true;
-    QTest::newRow("file for text") << "\"x\"" << "inputFile(\"a\",\"b/\")" << true;
-    QTest::newRow("word") << "2.5" << "nobody" << false;
-    QTest::newRow("null") << "2.5" << "nullptr" << false;
+    QTest::newRow("whole for real") << "2.5"
+                                    << "3" << true;
+    QTest::newRow("real for whole") << "2"
+                                    << "3.5" << true;
+    QTest::newRow("text for real") << "2.5"
+                                   << "\"3\"" << false;
+    QTest::newRow("number for text") << "\"x\""
+                                     << "3" << false;
+    QTest::newRow("truth for text") << "\"x\""
+                                    << "true" << false;
+    QTest::newRow("parameter") << "2.5"
+                               << "p" << true;
+    QTest::newRow("expression") << "2.5"
+                                << "2*p + 1" << true;
+    QTest::newRow("file for text") << "\"x\""
+                                   << "inputFile(\"a\",\"b/\")" << true;
+    QTest::newRow("word") << "2.5"
+                          << "nobody" << false;
+    QTest::newRow("null") << "2.5"
+                          << "nullptr" << false;
 }
 
 void tst_Configuration::kinds()
@@ -237,8 +247,8 @@ void tst_Configuration::parse_data()
     QTest::addColumn<QString>("expected");
     QTest::newRow("no tags") << "a\r\nb\\n" << false << false << "a\r\nb\\n";
     QTest::newRow("forced ends") << "a\nb\r\n" << true << false << "a\r\nb\r\r\n";
-    QTest::newRow("case, indices") << "<ENTRY>G|Len</ENTRY>,<entry>g|len[0]</entry>" << false
-                                   << false << "2.5,";
+    QTest::newRow("case, indices")
+        << "<ENTRY>G|Len</ENTRY>,<entry>g|len[0]</entry>" << false << false << "2.5,";
     QTest::newRow("unclosed") << "a<entry>t</entry>b<entry>t" << false << false << "axb";
     QTest::newRow("group") << "<entry>g</entry>" << false << false << "SHOULD_BE_EXPORTED";
     QTest::newRow("file") << "<entry>Exports|in.dat</entry>" << false << false << "in.dat";
@@ -375,9 +385,9 @@ void tst_Configuration::refusedNames()
            "genericIntegrationConfiguration c() { .setDefinition(d); }");
     ModelTest::object<FGenIntFile>("f")->setFileName(name);
     QVERIFY(!FGenIntWriter().write(FExpr<FConfigurationGenInt>(configuration()), folder));
-    QCOMPARE(ModelTest::log(), QStringList{"Generic Integration Writer|Could not open file " +
-                                           folder + name +
-                                           " for writing.|Writing process aborted."});
+    QCOMPARE(ModelTest::log(),
+             QStringList{"Generic Integration Writer|Could not open file " + folder + name +
+                         " for writing.|Writing process aborted."});
     QCOMPARE(ModelTest::read(mModel.path("precious")), QByteArray("p"));
     QVERIFY(QDir(mModel.path("elsewhere")).isEmpty());
     QVERIFY(!QFile::exists(mModel.path("x")) && !QFile::exists(mModel.path("run/x")));

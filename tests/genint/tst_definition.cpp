@@ -17,10 +17,7 @@
 namespace {
 using Definition = std::shared_ptr<FDefinitionGenInt>;
 
-Definition definition(const char *name = "d")
-{
-    return ModelTest::object<FDefinitionGenInt>(name);
-}
+Definition definition(const char *name = "d") { return ModelTest::object<FDefinitionGenInt>(name); }
 
 FExpr<FDefinitionGenInt> import(const QString &path)
 {
@@ -65,7 +62,8 @@ class tst_Definition : public QObject
         const QStringList errors = ModelTest::run(QStringLiteral(
             "genericIntegrationCommandFile in1() { .setFileName(\"a b.in\"); }"
             "genericIntegrationResultsFile out() { .setFileName(\"sub/ö.out\");"
-            " .setValues([[\"a \"b\" [c]\",1,-2,\"x\\\",\n]y\",First,\"FFileName\",\"tecplot\",1,4],"
+            " .setValues([[\"a \"b\" "
+            "[c]\",1,-2,\"x\\\",\n]y\",First,\"FFileName\",\"tecplot\",1,4],"
             "[\"größe\",0,0,\"\",Last,\"FDouble\",\"\",0,nullptr]]);"
             " .setRegExprSeparator(\"\\s*[,;\\\"]\"); .setNumberSeparator(false); }"
             "genericIntegrationCommandFile in2() { .setFileName(\"two\"); }"
@@ -199,13 +197,20 @@ void tst_Definition::keyLines_data()
     QTest::addColumn<QByteArray>("end");
     QTest::addColumn<QString>("current");
     QTest::addColumn<QString>("last");
-    QTest::newRow("null") << QByteArray("curFile : NULL\nlastFile : NULL\n") << "f1" << "none";
-    QTest::newRow("both") << QByteArray("curFile : f2\nlastFile : f1\n") << "f2" << "f1";
-    QTest::newRow("no line end") << QByteArray("curFile : f1\nlastFile : f2") << "f1" << "f2";
-    QTest::newRow("blank ends") << QByteArray("curFile : f2 f1\n") << "f2" << "none";
-    QTest::newRow("unknown") << QByteArray("curFile : x\nlastFile : y\n") << "f1" << "none";
-    QTest::newRow("case") << QByteArray("curFile : F2\nlastFile : F2\n") << "f1" << "none";
-    QTest::newRow("missing") << QByteArray() << "f1" << "none";
+    QTest::newRow("null") << QByteArray("curFile : NULL\nlastFile : NULL\n") << "f1"
+                          << "none";
+    QTest::newRow("both") << QByteArray("curFile : f2\nlastFile : f1\n") << "f2"
+                          << "f1";
+    QTest::newRow("no line end") << QByteArray("curFile : f1\nlastFile : f2") << "f1"
+                                 << "f2";
+    QTest::newRow("blank ends") << QByteArray("curFile : f2 f1\n") << "f2"
+                                << "none";
+    QTest::newRow("unknown") << QByteArray("curFile : x\nlastFile : y\n") << "f1"
+                             << "none";
+    QTest::newRow("case") << QByteArray("curFile : F2\nlastFile : F2\n") << "f1"
+                          << "none";
+    QTest::newRow("missing") << QByteArray() << "f1"
+                             << "none";
 }
 
 void tst_Definition::keyLines()
@@ -250,15 +255,15 @@ void tst_Definition::damaged_data()
                                 << "expected a default value for entry e";
     QTest::newRow("bad default") << inside("<entry name=\"e\" default=\"1 +\"/>")
                                  << "expected a default value for entry e, found 1 +";
-    QTest::newRow("other element") << inside("<thing/>")
-                                   << "expected the element entry or group, found thing";
+    QTest::newRow("other element")
+        << inside("<thing/>") << "expected the element entry or group, found thing";
     QTest::newRow("entry in entry")
         << inside("<entry name=\"e\" default=\"1\"><entry name=\"f\" default=\"2\"/></entry>")
         << "expected the end of entry e, found entry";
     QTest::newRow("unknown entity") << inside("<entry name=\"&a;\" default=\"1\"/>") << "line 1";
-    QTest::newRow("nested too deep")
-        << inside(QByteArray("<group name=\"g\">").repeated(101) + QByteArray("</group>").repeated(101))
-        << "groups nested deeper than 100";
+    QTest::newRow("nested too deep") << inside(QByteArray("<group name=\"g\">").repeated(101) +
+                                               QByteArray("</group>").repeated(101))
+                                     << "groups nested deeper than 100";
     QTest::newRow("nested by far too deep")
         << inside(QByteArray("<group name=\"g\">").repeated(100000)) << "deeper than 100";
     QTest::newRow("text behind") << inside("").trimmed() + "genericIntegrationCommandFile f() {}"
@@ -359,8 +364,9 @@ void tst_Definition::undoOfStructure()
                             " .setEntry(\"a\",5); .setEntry(\"g|b\",6); }"),
              QStringList());
     const QString before = FProject::instance()->text();
-    const std::string other = "<ovdl><definition><group name=\"g\"><entry name=\"b\" default=\"7\"/>"
-                              "</group><entry name=\"z\" default=\"8\"/></definition></ovdl>";
+    const std::string other =
+        "<ovdl><definition><group name=\"g\"><entry name=\"b\" default=\"7\"/>"
+        "</group><entry name=\"z\" default=\"8\"/></definition></ovdl>";
     definition()->setEntryDefsFromDB(other);
     const QString after = FProject::instance()->text();
     QVERIFY(after.contains(".setEntry(\"g|b\",6)")); // linked again by name
@@ -523,12 +529,13 @@ void tst_Definition::removeEntry()
 
 void tst_Definition::references()
 {
-    QCOMPARE(ModelTest::run("genericIntegrationDefinition d() { .addEntry(\"g|a\",1);"
-                            " .addEntry(\"b\",1); }"
-                            "genericIntegrationCommandFile f() { .setContent(\"<Entry>G|A</entry>\");"
-                            " } genericIntegrationResultsFile r() { .setContent("
-                            "\"<entry>b</entry>\"); } d.setFiles([f,r]);"),
-             QStringList());
+    QCOMPARE(
+        ModelTest::run("genericIntegrationDefinition d() { .addEntry(\"g|a\",1);"
+                       " .addEntry(\"b\",1); }"
+                       "genericIntegrationCommandFile f() { .setContent(\"<Entry>G|A</entry>\");"
+                       " } genericIntegrationResultsFile r() { .setContent("
+                       "\"<entry>b</entry>\"); } d.setFiles([f,r]);"),
+        QStringList());
     const Definition d = definition();
     QVERIFY(d->commandFileReferencesEntry(d->getEntryOfScope("g|a")));
     QVERIFY(!d->commandFileReferencesEntry(d->getEntryOfScope("b")));

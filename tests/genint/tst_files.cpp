@@ -10,10 +10,7 @@
 #include <QtTest>
 
 namespace {
-QString encoded(const QByteArray &utf8)
-{
-    return "[B64]" + QString::fromLatin1(utf8.toBase64());
-}
+QString encoded(const QByteArray &utf8) { return "[B64]" + QString::fromLatin1(utf8.toBase64()); }
 } // namespace
 
 class tst_Files : public QObject
@@ -54,13 +51,18 @@ void tst_Files::content_data()
     QTest::newRow("plain") << false << odd << odd;
     QTest::newRow("encoded") << false << encoded(odd.toUtf8()) << odd;
     QTest::newRow("encoded, loading") << true << encoded(odd.toUtf8()) << odd;
-    QTest::newRow("escaped line feeds") << false << "a\\nb" << "a\\nb";
-    QTest::newRow("escaped line feeds, loading") << true << "a\\nb\\\\n\\N" << "a\nb\\\n\\N";
+    QTest::newRow("escaped line feeds") << false << "a\\nb"
+                                        << "a\\nb";
+    QTest::newRow("escaped line feeds, loading") << true << "a\\nb\\\\n\\N"
+                                                 << "a\nb\\\n\\N";
     QTest::newRow("escaped in base64, loading") << true << encoded("a\\nb") << "a\\nb";
     QTest::newRow("zero ends it") << false << encoded(QByteArray("ab\0cd", 5)) << "ab";
-    QTest::newRow("prefix alone") << false << "[B64]" << "";
-    QTest::newRow("lower case is plain") << false << "[b64]YQ==" << "[b64]YQ==";
-    QTest::newRow("prefix within is plain") << false << " [B64]YQ==" << " [B64]YQ==";
+    QTest::newRow("prefix alone") << false << "[B64]"
+                                  << "";
+    QTest::newRow("lower case is plain") << false << "[b64]YQ=="
+                                         << "[b64]YQ==";
+    QTest::newRow("prefix within is plain") << false << " [B64]YQ=="
+                                            << " [B64]YQ==";
 }
 
 void tst_Files::content()
@@ -197,10 +199,8 @@ void tst_Files::entryNames_data()
     QTest::newRow("empty name") << "<entry></entry><entry></entry>" << QStringList{""};
     QTest::newRow("unclosed last") << "<entry>a</entry> <entry>b" << QStringList{"a"};
     QTest::newRow("marks match case")
-        << "<ENTRY>a</ENTRY><Entry>b</entry><entry>c</Entry>x</entry>"
-        << QStringList{"c</Entry>x"};
-    QTest::newRow("no nesting") << "<entry>a<entry>b</entry>c</entry>"
-                                << QStringList{"a<entry>b"};
+        << "<ENTRY>a</ENTRY><Entry>b</entry><entry>c</Entry>x</entry>" << QStringList{"c</Entry>x"};
+    QTest::newRow("no nesting") << "<entry>a<entry>b</entry>c</entry>" << QStringList{"a<entry>b"};
     QTest::newRow("as it stands") << "<entry> a\nb|c[2] </entry>" << QStringList{" a\nb|c[2] "};
 }
 
@@ -468,8 +468,7 @@ void tst_Files::createParam()
     QCOMPARE(FHistory::instance()->stepCount(), before);
     const FExpr<FParameter> parameter = file->createParam("MAX stress", "comp", false);
     QVERIFY(bool(parameter));
-    QCOMPARE(FHistory::instance()->undoText(),
-             std::string("create evaluation: eval_MAX stress"));
+    QCOMPARE(FHistory::instance()->undoText(), std::string("create evaluation: eval_MAX stress"));
     QCOMPARE(parameter->getValue().toString(),
              std::string("comp.getResults().getTable(\"out 1.txt\").getElementAt(\"MAX stress\")"));
     QVERIFY(FHistory::instance()->undo());

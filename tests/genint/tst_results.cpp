@@ -39,7 +39,10 @@ class tst_Results : public QObject
             ModelTest::object<FGenIntComputation>("comp")->getResults().getPtr());
     }
     QString folder() const { return mModel.path("p_designs/baseline/comp/"); }
-    static QString get(const QString &member) { return ModelTest::value("comp.getResults()." + member); }
+    static QString get(const QString &member)
+    {
+        return ModelTest::value("comp.getResults()." + member);
+    }
 
 private Q_SLOTS:
     void init() { mModel.start(); }
@@ -120,7 +123,7 @@ void tst_Results::tables()
     const auto r = results();
     const auto b = r->getData("sub/b.txt").getPtr();
     QVERIFY(b && b->getName() == "sub/b.txt");
-    QVERIFY(!r->getData("sub/B.txt")); // file names match case
+    QVERIFY(!r->getData("sub/B.txt"));          // file names match case
     QCOMPARE(r->getData("second").getPtr(), b); // names of templates don't
     QCOMPARE(r->getData("SECOND").getPtr(), b);
     QVERIFY(!r->getData("nowhere"));
@@ -148,8 +151,8 @@ void tst_Results::readAgain()
     // A change of a template is a reason to read again.
     ModelTest::write(folder() + "a.txt", "A = 4 5\n");
     const auto file = ModelTest::object<FGenIntResultsFile>("r1");
-    file->setValues(FExpr<FObjectList>(FExprBase::resolve(
-        "[[\"first\",0,1,\"A\",Last,\"FDouble\",\"\",0,nullptr]]")));
+    file->setValues(FExpr<FObjectList>(
+        FExprBase::resolve("[[\"first\",0,1,\"A\",Last,\"FDouble\",\"\",0,nullptr]]")));
     QVERIFY(!r->isUpToDate());
     QCOMPARE(r->getElementAt("first", 0), 5.0);
     QCOMPARE(r->getData("a.txt")->rowCount(), 1);
@@ -173,7 +176,8 @@ void tst_Results::imports()
     // Cells that name a file; folder and cell are joined as they are.
     ModelTest::write(folder() + "a.txt", "F1 one.dat\nF2 bad.dat\nF3 = 9\n");
     ModelTest::write(folder() + "sub/b.txt", "F1 two.dat\n");
-    ModelTest::write(folder() + "one.dat", "VARIABLES = \"x\" \"y z\"\nZONE I=2 F=POINT\n1 2\n3 4\n");
+    ModelTest::write(folder() + "one.dat",
+                     "VARIABLES = \"x\" \"y z\"\nZONE I=2 F=POINT\n1 2\n3 4\n");
     ModelTest::write(folder() + "two.dat", "VARIABLES = x\nZONE I=1\n77\n");
     ModelTest::write(folder() + "bad.dat", "no such format\n");
     const char *rules = "[[\"f\",0,0,\"F1\",Last,\"FFileName\",\"%1\",0,nullptr],"

@@ -10,7 +10,10 @@ namespace {
 class FToldDefinition : public FDefinitionCustom
 {
 public:
-    FToldDefinition() : FDefinitionCustom(nullptr, "d", nullptr) {}
+    FToldDefinition()
+        : FDefinitionCustom(nullptr, "d", nullptr)
+    {
+    }
     void updateCommandFiles(std::string oldName, std::string newName) override
     {
         told << Q(oldName + ">" + newName);
@@ -77,14 +80,22 @@ void tst_Entries::names_data()
 {
     QTest::addColumn<QString>("wanted");
     QTest::addColumn<QString>("kept");
-    QTest::newRow("plain") << "a_1.B" << "a_1.B";
-    QTest::newRow("blank") << "a b" << "a_b";
-    QTest::newRow("marks") << "<a>[0]|b\"" << "_a__0__b_";
-    QTest::newRow("not ASCII") << "Höhe" << "H_he";
-    QTest::newRow("nothing") << "" << "entry";
-    QTest::newRow("taken") << "taken" << "taken1";
-    QTest::newRow("taken twice") << "two" << "two2";
-    QTest::newRow("other case is free") << "Taken" << "Taken";
+    QTest::newRow("plain") << "a_1.B"
+                           << "a_1.B";
+    QTest::newRow("blank") << "a b"
+                           << "a_b";
+    QTest::newRow("marks") << "<a>[0]|b\""
+                           << "_a__0__b_";
+    QTest::newRow("not ASCII") << "Höhe"
+                               << "H_he";
+    QTest::newRow("nothing") << ""
+                             << "entry";
+    QTest::newRow("taken") << "taken"
+                           << "taken1";
+    QTest::newRow("taken twice") << "two"
+                                 << "two2";
+    QTest::newRow("other case is free") << "Taken"
+                                        << "Taken";
 }
 
 void tst_Entries::names()
@@ -92,11 +103,11 @@ void tst_Entries::names()
     QFETCH(QString, wanted);
     for (const char *name : {"taken", "two", "two"})
         FEntryDef::create(name, mDefinition, 1, 1, false, true, "", FExprBase::resolve("1"));
-    const auto made = FEntryDef::create(S(wanted), mDefinition, 1, 1, false, true, "",
-                                        FExprBase::resolve("2"));
+    const auto made =
+        FEntryDef::create(S(wanted), mDefinition, 1, 1, false, true, "", FExprBase::resolve("2"));
     QTEST(Q(made->getName()), "kept");
-    const auto other = FEntryDef::create("other", mDefinition, 1, 1, false, true, "",
-                                         FExprBase::resolve("3"));
+    const auto other =
+        FEntryDef::create("other", mDefinition, 1, 1, false, true, "", FExprBase::resolve("3"));
     FEntryDef::create("x", mDefinition, 1, 1, false, true, "", FExprBase::resolve("3"));
     made->setName(S(wanted)); // its own name is free for itself
     QTEST(Q(made->getName()), "kept");

@@ -50,8 +50,29 @@ void tst_Ovdl::randomTrees()
     const unsigned seed = std::random_device()();
     std::mt19937 random(seed);
     const auto below = [&](int n) { return int(random() % unsigned(n)); };
-    const QStringList pieces{"\"", "\\", "\\\"", "<", ">", "&", "&amp;", "'", "]]>", "\n", "\r",
-                             "\t", " ", "ö", "𐐀", "a", "<!--", "\n=== objects ===\n", "</ovdl>", "\x01", "\v", "\x7f", QString(QChar(0xfffe))};
+    const QStringList pieces{"\"",
+                             "\\",
+                             "\\\"",
+                             "<",
+                             ">",
+                             "&",
+                             "&amp;",
+                             "'",
+                             "]]>",
+                             "\n",
+                             "\r",
+                             "\t",
+                             " ",
+                             "ö",
+                             "𐐀",
+                             "a",
+                             "<!--",
+                             "\n=== objects ===\n",
+                             "</ovdl>",
+                             "\x01",
+                             "\v",
+                             "\x7f",
+                             QString(QChar(0xfffe))};
     for (int round = 0; round < 60; ++round) {
         const auto definition = made();
         std::vector<std::shared_ptr<FEntryDef>> groups{nullptr};
@@ -87,9 +108,8 @@ void tst_Ovdl::randomTrees()
         FManaged::destroy(definition, true);
         read->setName("d");
         const std::string again = FOvdlDefinitionParser::structureText(*read);
-        QVERIFY2(again == text, qPrintable(QString("seed %1:\n%2\n%3")
-                                               .arg(seed)
-                                               .arg(Q(text), Q(again))));
+        QVERIFY2(again == text,
+                 qPrintable(QString("seed %1:\n%2\n%3").arg(seed).arg(Q(text), Q(again))));
         QCOMPARE(parser.objects, QString("the rest"));
         FManaged::destroy(read, true);
     }
@@ -100,17 +120,22 @@ void tst_Ovdl::splitting_data()
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<QString>("objects");
     const QByteArray xml = "<ovdl><definition/></ovdl>";
-    QTest::newRow("no marker") << xml + "\n" << "never";
-    QTest::newRow("empty half") << xml + "\n\n=== objects ===\n" << "";
-    QTest::newRow("no line end") << xml + "\n=== objects ===" << "";
+    QTest::newRow("no marker") << xml + "\n"
+                               << "never";
+    QTest::newRow("empty half") << xml + "\n\n=== objects ===\n"
+                                << "";
+    QTest::newRow("no line end") << xml + "\n=== objects ==="
+                                 << "";
     QTest::newRow("second marker") << xml + "\n=== objects ===\na\n=== objects ===\nb"
                                    << "a\n=== objects ===\nb";
     QTest::newRow("marker in a text")
         << QByteArray("<ovdl><definition><group name=\"g\"><docu>x\n=== objects ===\ny</docu>"
                       "</group></definition></ovdl>\n=== objects ===\nz")
         << "z";
-    QTest::newRow("Windows") << xml + "\r\n\r\n=== objects ===\r\na\r\n" << "a\r\n";
-    QTest::newRow("byte order mark") << "\xEF\xBB\xBF" + xml + "\n=== objects ===\nö" << "ö";
+    QTest::newRow("Windows") << xml + "\r\n\r\n=== objects ===\r\na\r\n"
+                             << "a\r\n";
+    QTest::newRow("byte order mark") << "\xEF\xBB\xBF" + xml + "\n=== objects ===\nö"
+                                     << "ö";
 }
 
 void tst_Ovdl::splitting()
@@ -147,17 +172,20 @@ void tst_Ovdl::attributes()
     const auto definition = made();
     definition->setEntryDefsFromDB(
         "<ovdl version=\"1\"><definition>text<!-- note -->"
-        "<entry name=\"a\" default=\"p + 1\"/><entry name=\"a\" default=\"2\" hidden=\"x\" min=\"\"/>"
+        "<entry name=\"a\" default=\"p + 1\"/><entry name=\"a\" default=\"2\" hidden=\"x\" "
+        "min=\"\"/>"
         "<entry name=\"h&#xF6;he m\" default=\"&quot;t&quot;\" hidden=\"1\" expr=\"0\" min=\"0\" "
         "max=\"5\"><docu>a</docu><docu>b</docu></entry></definition></ovdl>");
     const QStringList log = ModelTest::log();
-    QVERIFY2(log.size() == 1 && log[0].contains("expected a default value for entry a, found p + 1"),
+    QVERIFY2(log.size() == 1 &&
+                 log[0].contains("expected a default value for entry a, found p + 1"),
              qPrintable(log.join('\n')));
     QVERIFY(definition->getRootEntries().empty());
     QCOMPARE(ModelTest::run("parameter p(1);"), QStringList());
     definition->setEntryDefsFromDB(
         "<ovdl version=\"1\"><definition>text<!-- note -->"
-        "<entry name=\"a\" default=\"p + 1\"/><entry name=\"a\" default=\"2\" hidden=\"x\" min=\"\"/>"
+        "<entry name=\"a\" default=\"p + 1\"/><entry name=\"a\" default=\"2\" hidden=\"x\" "
+        "min=\"\"/>"
         "<entry name=\"h&#xF6;he m\" default=\"&quot;t&quot;\" hidden=\"1\" expr=\"0\" min=\"0\" "
         "max=\"5\"><docu>a</docu><docu>b</docu></entry></definition></ovdl>");
     QCOMPARE(ModelTest::log(), QStringList());

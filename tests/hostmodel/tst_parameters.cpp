@@ -185,7 +185,8 @@ void tst_Parameters::fileValues()
 {
     QFETCH(QString, script);
     QCOMPARE(ModelTest::run("parameter name(\"n \\\"1\\\".dat\"); parameter folder(\"\");"
-                            "parameter f(" + script + ");"),
+                            "parameter f(" +
+                            script + ");"),
              QStringList());
     const auto value = std::dynamic_pointer_cast<FBasicType>(parameter("f")->valueObject());
     QVERIFY(bool(value));

@@ -42,7 +42,8 @@ public:
         return texts;
     }
 
-    template <class T> static std::shared_ptr<T> object(const char *name)
+    template <class T>
+    static std::shared_ptr<T> object(const char *name)
     {
         return std::dynamic_pointer_cast<T>(FObjectManager::instance()->find(name));
     }
