@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <tuple>
 #include <unordered_map>
 #ifdef __x86_64__
 #include <immintrin.h>
@@ -22,6 +23,14 @@ quint32 foldFour(quint32 v)
     const quint32 low = v & 0x7F7F7F7FU;
     const quint32 letters = (low + 0x3F3F3F3FU) & ~(low + 0x25252525U) & ~v & 0x80808080U;
     return v | (letters >> 2);
+}
+
+/// Makes all digits the same: sets of half bytes cannot tell them apart.
+quint32 blurFour(quint32 v)
+{
+    const quint32 low = v & 0x7F7F7F7FU;
+    const quint32 digits = (low + 0x50505050U) & ~(low + 0x46464646U) & ~v & 0x80808080U;
+    return v & ~((digits >> 7) * 0x0FU);
 }
 
 quint32 hashOf(quint32 key) { return (key * 2654435761U) >> 18; }
@@ -132,25 +141,34 @@ bool FGenIntFilter::isSupported()
 
 FGenIntFilter::Sample::Sample(const uchar *text, qint64 from, qint64 to)
     : mCounts(kCounters, 0)
+    , mBlurred(kCounters, 0)
 {
     constexpr qint64 pieces = 16;
     constexpr qint64 length = 4096;
     const qint64 step = std::max((to - from) / pieces, length);
+    const auto increase = [](quint16 *count) {
+        *count += *count < std::numeric_limits<quint16>::max();
+    };
     for (qint64 begin = from; begin < to; begin += step) {
         const qint64 end = std::min(begin + length, to) - (kWindow - 1);
         for (qint64 i = begin; i < end; ++i) {
             quint32 key;
             memcpy(&key, text + i, sizeof key);
-            quint16 &count = mCounts[hashOf(foldFour(key))];
-            count += count < std::numeric_limits<quint16>::max();
+            key = foldFour(key);
+            increase(&mCounts[hashOf(key)]);
+            increase(&mBlurred[hashOf(blurFour(key))]);
         }
     }
 }
 
-quint32 FGenIntFilter::Sample::count(const char *window, int length) const
+FGenIntFilter::Sample::Cost FGenIntFilter::Sample::cost(const char *window, int length) const
 {
     // A shorter window is taken for frequent: it is only chosen where there is no other.
-    return length < kWindow ? kCounters : mCounts[hashOf(loadKey(window, length))];
+    if (length < kWindow) {
+        return {kCounters, kCounters};
+    }
+    const quint32 key = loadKey(window, length);
+    return {mCounts[hashOf(key)], mBlurred[hashOf(blurFour(key))]};
 }
 
 FGenIntFilter::FGenIntFilter(const std::vector<std::string> &patterns, const Sample &sample)
@@ -174,35 +192,53 @@ void FGenIntFilter::chooseWindows(const Sample &sample)
     const auto keyOf = [&](const std::string &p, size_t at) {
         return static_cast<quint64>(lengthOf(p)) << 32 | loadKey(p.data() + at, lengthOf(p));
     };
-    std::unordered_map<quint64, int> shared; // by how many patterns a window could serve for
+    std::unordered_map<quint64, int> shared; // how many patterns a window could serve for
+    std::unordered_map<quint32, int> sharedBlurred;
     for (const std::string &p : mPatterns) {
         for (size_t at = 0; at < placesOf(p); ++at) {
             ++shared[keyOf(p, at)];
+            ++sharedBlurred[blurFour(loadKey(p.data() + at, lengthOf(p)))];
         }
     }
     std::unordered_map<quint64, size_t> known;
     for (size_t i = 0; i < mPatterns.size(); ++i) {
         const std::string &p = mPatterns[i];
         const int length = lengthOf(p);
+        // What is looked for shall pass the sieve seldom and serve for many patterns; what a hit is
+        // checked by first shall tell these patterns apart.
         size_t best = 0;
-        std::pair<quint32, int> bestCost(std::numeric_limits<quint32>::max(), 0);
+        size_t check = 0;
+        using Cost = std::tuple<quint32, int, quint32>;
+        Cost bestCost(std::numeric_limits<quint32>::max(), 0, 0);
+        Cost checkCost = bestCost;
         for (size_t at = 0; at < placesOf(p); ++at) {
-            const std::pair<quint32, int> cost(sample.count(p.data() + at, length),
-                                               -shared[keyOf(p, at)]);
-            if (cost < bestCost) {
-                bestCost = cost;
+            const auto cost = sample.cost(p.data() + at, length);
+            const int serves = shared[keyOf(p, at)];
+            // All that look alike to the sieve share the cost of what passes it.
+            const int alike = sharedBlurred[blurFour(loadKey(p.data() + at, length))];
+            const quint32 passing = cost.exact + cost.blurred / static_cast<quint32>(alike);
+            const Cost lookCost(passing / 8, -serves, cost.exact);
+            if (lookCost < bestCost) {
+                bestCost = lookCost;
                 best = at;
+            }
+            const Cost tellCost(static_cast<quint32>(serves), 0, cost.exact);
+            if (tellCost < checkCost) {
+                checkCost = tellCost;
+                check = at;
             }
         }
         const auto entry = known.emplace(keyOf(p, best), mWindows.size());
         if (entry.second) {
-            Window window;
-            window.length = length;
-            window.key = loadKey(p.data() + best, length);
-            window.care = length == kWindow ? ~0U : (1U << (8 * length)) - 1;
-            mWindows.push_back(window);
+            Window fresh;
+            fresh.length = length;
+            fresh.key = loadKey(p.data() + best, length);
+            fresh.care = length == kWindow ? ~0U : (1U << (8 * length)) - 1;
+            mWindows.push_back(fresh);
         }
-        mWindows[entry.first->second].patterns.emplace_back(i, static_cast<qint64>(best));
+        Window &window = mWindows[entry.first->second];
+        window.patterns.push_back({i, static_cast<qint64>(best), static_cast<qint64>(check),
+                                   loadKey(p.data() + check, length)});
     }
 }
 
@@ -273,13 +309,20 @@ qint64 FGenIntFilter::compare(const Window &window, const uchar *text, qint64 at
                               qint64 to, const std::function<void(size_t, qint64)> &hit) const
 {
     qint64 work = 0;
-    for (const auto &entry : window.patterns) {
-        const std::string &pattern = mPatterns[entry.first];
-        const qint64 begin = at - entry.second;
+    for (const Use &use : window.patterns) {
+        const std::string &pattern = mPatterns[use.pattern];
+        const qint64 begin = at - use.windowAt;
         const auto size = static_cast<qint64>(pattern.size());
         ++work;
         if (begin < from || begin + size > to) {
             continue;
+        }
+        if (window.length == kWindow) {
+            quint32 key;
+            memcpy(&key, text + begin + use.checkAt, sizeof key);
+            if (foldFour(key) != use.checkKey) {
+                continue;
+            }
         }
         qint64 i = 0;
         while (i < size && foldByte(text[begin + i]) == static_cast<uchar>(pattern[size_t(i)])) {
@@ -287,7 +330,7 @@ qint64 FGenIntFilter::compare(const Window &window, const uchar *text, qint64 at
         }
         work += i / 8;
         if (i == size) {
-            hit(entry.first, begin);
+            hit(use.pattern, begin);
         }
     }
     return work;

@@ -24,10 +24,15 @@ public:
     {
     public:
         Sample(const uchar *text, qint64 from, qint64 to);
-        quint32 count(const char *window, int length) const;
+        /// How often a window was seen, and how often any with other digits in their places.
+        struct Cost
+        {
+            quint32 exact, blurred;
+        };
+        Cost cost(const char *window, int length) const;
 
     private:
-        std::vector<quint16> mCounts;
+        std::vector<quint16> mCounts, mBlurred;
     };
 
     /// True if this processor can do it.
@@ -43,12 +48,20 @@ public:
               const std::function<void(size_t, qint64)> &hit) const;
 
 private:
+    /// A pattern that a window serves for.
+    struct Use
+    {
+        size_t pattern;
+        qint64 windowAt; ///< where in the pattern the window stands
+        qint64 checkAt;  ///< and where the characters that tell the pattern from the others
+        quint32 checkKey;
+    };
     struct Window
     {
         quint32 key = 0;  ///< its folded characters
         quint32 care = 0; ///< bits of the key that count; fewer for short patterns
         int length = 0;
-        std::vector<std::pair<size_t, qint64>> patterns; ///< and where in them it stands
+        std::vector<Use> patterns;
     };
     struct Slot
     {

@@ -421,16 +421,16 @@ void TestReaderCore::findsAnchorsAtBorders()
     FGenIntRule missing = first;
     missing.anchor = "missing";
     QByteArray filler((QByteArray(60, '.') + "\n").repeated(10000));
-    for (quint32 i = 0; i < 500; ++i) {
+    for (quint32 i = 0; i < 800; ++i) {
         FCases random(seed + i);
         const int size = 2 * block * (1 + random.below(2)) + random.below(5000) - 2500;
         QByteArray text = filler.left(size) + '.';
         std::map<int, int> hits;
-        for (int n = 1 + random.below(4); n > 0; --n) {
+        for (int n = 1 + random.below(5); n > 0; --n) {
             const int step = random.chance(30) ? 4096 : random.chance(50) ? block : 2 * block;
             const int border = (1 + random.below(size / step + 1)) * step;
             const int at = (random.chance(50) ? border : text.size() - border) - random.below(14) +
-                           (random.chance(20) ? random.below(3000) : 0);
+                           (random.chance(50) ? random.below(3000) : 0);
             const auto near = hits.lower_bound(at - 12);
             if (at < 0 || at + 12 > size || (near != hits.end() && near->first < at + 12)) {
                 continue;
