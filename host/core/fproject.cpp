@@ -82,6 +82,7 @@ std::vector<std::shared_ptr<FManaged>> FProject::savingOrder()
                 done[object] = false;
                 std::vector<const FObject *> suppliers;
                 object->suppliers().forEach([&](FObject *s) { suppliers.push_back(s); });
+                object->collectNamed(&suppliers);
                 // Entered last is visited first: keep the order in which references were made.
                 for (auto s = suppliers.rbegin(); s != suppliers.rend(); ++s)
                     if (!done.count(*s))

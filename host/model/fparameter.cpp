@@ -191,6 +191,14 @@ const FExprBase *FDesign::valueOf(const FParameter *parameter) const
     return nullptr;
 }
 
+void FDesign::collectNamed(std::vector<const FObject *> *objects) const
+{
+    for (const Override &own : mValues) {
+        objects->push_back(own.parameter.getExpr().get());
+        objects->push_back(own.value.getExpr().get());
+    }
+}
+
 void FDesign::connectValues()
 {
     // Only a value that may change by itself makes the parameter stale, and a design never gets
