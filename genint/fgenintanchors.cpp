@@ -114,8 +114,7 @@ private:
         }
         if (left == 0) {
             mIndices.clear(); // what is left open cannot stand in a plain text
-        } else if (mFilter &&
-                   (++mPrepared < 8 || left * 4 <= mIndices.size() * 3 || mWork > mBlock / 64)) {
+        } else if (mFilter && (left * 4 <= mIndices.size() * 3 || mWork > mBlock / 64)) {
             prepare();
         }
     }
@@ -155,7 +154,6 @@ private:
     qint64 mBlock = 0;
     std::vector<size_t> mIndices; ///< of the anchors that are looked for
     bool mUseFilter = false;
-    int mPrepared = 0;
     qint64 mWork = 0; ///< of the last scan with the filter
     std::unique_ptr<FGenIntFilter::Sample> mSample;
     std::unique_ptr<FGenIntFilter> mFilter;
