@@ -13,6 +13,9 @@
 #include <QFileInfo>
 #include <QTextStream>
 
+FProject::FProject() = default;
+FProject::~FProject() = default;
+
 FProject *FProject::instance()
 {
     static FProject project;
@@ -28,29 +31,42 @@ bool FProject::load(const QString &path)
 {
     setPath(path);
     const std::string name = S(path);
+    mErrors.clear();
+    const auto fail = [&](size_t line, const std::string &text) {
+        FScriptError error;
+        error.file = name;
+        error.line = line;
+        error.text = text;
+        mErrors.push_back(error);
+        return false;
+    };
     QFile file(path);
     if (QFileInfo(path).isDir() || !file.open(QIODevice::ReadOnly)) {
-        FLogMsg::error("Project", "Could not open file " + name + " for reading",
-                       QFileInfo(path).isDir() ? "it is a directory" : S(file.errorString()),
-                       nullptr);
-        return false;
+        const std::string why =
+            QFileInfo(path).isDir() ? "it is a directory" : S(file.errorString());
+        FLogMsg::error("Project", "Could not open file " + name + " for reading", why, nullptr);
+        return fail(0, "the file can't be opened: " + why);
     }
     std::string text;
-    text.resize(size_t(file.size()));
-    const qint64 got = file.read(&text[0], file.size());
-    if (got != file.size() || !file.atEnd()) {
-        FLogMsg::error("Project", "Could not read file " + name,
-                       got < 0 ? S(file.errorString()) : "it changed meanwhile", nullptr);
-        return false;
+    if (file.isSequential()) {
+        text = file.readAll().toStdString();
+    } else {
+        text.resize(size_t(file.size()));
+        const qint64 got = file.read(&text[0], file.size());
+        if (got != file.size() || !file.atEnd()) {
+            const std::string why = got < 0 ? S(file.errorString()) : "it changed meanwhile";
+            FLogMsg::error("Project", "Could not read file " + name, why, nullptr);
+            return fail(0, "the file can't be read: " + why);
+        }
     }
     const size_t bad = FUtf8::firstBadByte(text.data(), text.size());
     if (bad != std::string::npos) {
         const auto line = 1 + std::count(text.begin(), text.begin() + std::ptrdiff_t(bad), '\n');
-        FLogMsg::error("Project",
-                       name + ":" + std::to_string(line) + ": expected UTF-8 text, found the byte 0x" +
-                           S(QString::number(uchar(text[bad]), 16).toUpper()),
+        const std::string found = "expected UTF-8 text, found the byte 0x" +
+                                  S(QString::number(uchar(text[bad]), 16).toUpper());
+        FLogMsg::error("Project", name + ":" + std::to_string(line) + ": " + found,
                        "nothing was loaded", nullptr);
-        return false;
+        return fail(size_t(line), found);
     }
     FScriptReader reader(std::move(text), name);
     bool ok;
@@ -58,6 +74,7 @@ bool FProject::load(const QString &path)
         const FLoadingScope loading;
         ok = reader.run();
     }
+    mErrors = reader.errors();
     FHistory::instance()->clear();
     std::vector<std::shared_ptr<FObject>> objects;
     for (const auto &object : FObjectManager::instance()->all())
@@ -124,6 +141,7 @@ void FProject::clear()
     FObjectManager::instance()->clear();
     FLogMsg::clear();
     mPath.clear();
+    mErrors.clear();
     const FLoadingScope unrecorded;
     for (const auto &starter : mStarters)
         starter();

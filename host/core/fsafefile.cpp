@@ -659,6 +659,22 @@ void FPlainFile::flush()
     mGathered.resize(0); // keeps the capacity that was reserved
 }
 
+QString relativePathProblem(const QString &relative)
+{
+    if (relative.isEmpty())
+        return QStringLiteral("it is empty");
+    if (relative.contains(QChar(0)))
+        return QStringLiteral("it holds a zero character");
+    if (relative.startsWith(QLatin1Char('/')))
+        return QStringLiteral("it is absolute");
+    const QStringList parts = relative.split(QLatin1Char('/'));
+    if (parts.last().isEmpty() || parts.last() == QLatin1String("."))
+        return QStringLiteral("it names no file");
+    if (parts.contains(QStringLiteral("..")))
+        return QStringLiteral("\"..\" may leave the folder");
+    return QString();
+}
+
 QString safeJoin(const QString &folder, const QString &relative, QString *why)
 {
     const auto refuse = [&](const QString &reason) {
@@ -666,19 +682,14 @@ QString safeJoin(const QString &folder, const QString &relative, QString *why)
             *why = QStringLiteral("The path \"%1\" is refused: %2").arg(relative, reason);
         return QString();
     };
-    if (relative.isEmpty())
-        return refuse(QStringLiteral("it is empty"));
-    if (relative.contains(QChar(0)) || folder.contains(QChar(0)))
-        return refuse(QStringLiteral("it holds a zero character"));
+    const QString problem = relativePathProblem(relative);
+    if (!problem.isEmpty())
+        return refuse(problem);
     if (folder.isEmpty())
         return refuse(QStringLiteral("there is no folder for it"));
-    if (relative.startsWith(QLatin1Char('/')))
-        return refuse(QStringLiteral("it is absolute"));
+    if (folder.contains(QChar(0)))
+        return refuse(QStringLiteral("it holds a zero character"));
     QStringList parts = relative.split(QLatin1Char('/'));
-    if (parts.last().isEmpty() || parts.last() == QLatin1String("."))
-        return refuse(QStringLiteral("it names no file"));
-    if (parts.contains(QStringLiteral("..")))
-        return refuse(QStringLiteral("\"..\" may leave the folder"));
     parts.removeAll(QString());
     parts.removeAll(QStringLiteral("."));
 

@@ -141,6 +141,8 @@ FStatus FExternComputation::run()
 {
     if (FMarloCtrl::instance()->isLoadingProject())
         return {"a run can't start while a project is loading"};
+    if (FUpdates::isFlushing())
+        return {"a run can't start because a value is updated"};
     if (mRunning > 0)
         return {getName() + " is running"};
     FRunQueue queue;

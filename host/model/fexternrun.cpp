@@ -41,6 +41,18 @@ FExternRun::~FExternRun()
     ::close(mSocket);
 }
 
+std::string FExternRun::programOf(const FExternComputation &computation)
+{
+    const std::string application = FFile::resolveEnv(computation.getApplication());
+    if (application.find('/') != std::string::npos && application[0] != '/') {
+        const std::string inProject =
+            FPathManager::instance()->getProjectDirAbs() + "/" + application;
+        if (QFileInfo::exists(Q(inProject)))
+            return inProject;
+    }
+    return application;
+}
+
 bool FExternRun::splitWords(const std::string &text, std::vector<std::string> *words)
 {
     std::string word;
@@ -174,18 +186,11 @@ std::vector<std::string> FExternRun::commandLine(const std::vector<std::string> 
 
 bool FExternRun::launch()
 {
-    std::string application = FFile::resolveEnv(mComputation->getApplication());
+    const std::string application = programOf(*mComputation);
     std::vector<std::string> words;
     if (application.empty()) {
         fail("no program is set");
         return false;
-    }
-    // A path counts from the project's folder; what isn't there may be an input file of the run.
-    if (application.find('/') != std::string::npos && application[0] != '/') {
-        const std::string inProject =
-            FPathManager::instance()->getProjectDirAbs() + "/" + application;
-        if (QFileInfo::exists(Q(inProject)))
-            application = inProject;
     }
     words.push_back(application);
     if (!splitWords(mComputation->getArguments(), &words)) {

@@ -27,6 +27,9 @@ public:
     const FRunRecord &record() const { return mRecord; }
     /// Splits as a POSIX shell does. False for a quote without end.
     static bool splitWords(const std::string &text, std::vector<std::string> *words);
+    /// The program that is started: a name to be found along PATH, or a path. A relative path
+    /// counts from the project's folder; what isn't there may be an input file of the run.
+    static std::string programOf(const FExternComputation &computation);
 
 private:
     bool prepare();
