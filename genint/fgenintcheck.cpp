@@ -95,6 +95,16 @@ std::vector<FGenIntFinding> projectFindings()
                                                       : S(match.captured(1));
         finding.between(S(match.captured(3)), S(match.captured(2)));
     }
+    static const QRegularExpression taken(QStringLiteral("^(.*):(\\d+):(\\d+): (.*)$"));
+    for (const FLogMsg::Message &message : FLogMsg::messages()) {
+        const auto match = taken.match(Q(message.message));
+        if (message.level == FLogMsg::Level::Info && message.source == "Script" && match.hasMatch())
+            findings
+                .add(FGenIntFinding::Hint, name, "FProject",
+                     S(match.captured(4)) + ": " + message.details)
+                .in(match.captured(1))
+                .at(match.captured(2).toInt(), match.captured(3).toInt());
+    }
     // Some things go wrong between the statements. Errors of the script stand above already, and
     // cycles are found again below.
     for (const FLogMsg::Message &message : FLogMsg::messages())
@@ -133,6 +143,8 @@ std::vector<FGenIntFinding> FGenIntCheck::run()
         checkConfiguration(*handle.getPtr(), dependencies, &findings);
     for (const auto &handle : getEntities<FParameter>())
         checkParameter(*handle.getPtr(), dependencies, &findings);
+    for (const auto &design : FDesign::all())
+        checkDesign(*design, dependencies, &findings);
     for (const auto &handle : getManageds<FExternComputation>())
         checkProgram(*handle.getPtr(), &findings);
     for (const auto &handle : getManageds<FGenIntComputation>())

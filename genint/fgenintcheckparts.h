@@ -74,6 +74,8 @@ void checkConfiguration(const FConfigurationGenInt &configuration,
                         const FGenIntDependencies &dependencies, FGenIntFindings *findings);
 void checkParameter(const FParameter &parameter, const FGenIntDependencies &dependencies,
                     FGenIntFindings *findings);
+void checkDesign(const FDesign &design, const FGenIntDependencies &dependencies,
+                 FGenIntFindings *findings);
 /// What a run writes into its folder. Also tells whether the file for standard input is among it.
 void checkRunFolder(const FGenIntComputation &computation, const FGenIntDependencies &dependencies,
                     FGenIntFindings *findings);

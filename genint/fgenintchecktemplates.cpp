@@ -62,13 +62,14 @@ public:
     /// The definition of an entry; null for a file.
     const std::shared_ptr<FEntryDef> &entry(int index) const { return mEntries[size_t(index)]; }
     bool isUsed(int index) const { return mUsed[size_t(index)]; }
-    /// The names that a tag may use.
+    /// The names that a tag may use, those of files last.
     std::vector<QString> valueNames() const
     {
         std::vector<QString> names;
-        for (size_t i = 0; i < mKeys.size(); ++i)
-            if (!mEntries[i] || !mEntries[i]->isGroup())
-                names.push_back(FGenIntEntryNames::stripped(mKeys[i]));
+        for (const bool files : {false, true})
+            for (size_t i = 0; i < mKeys.size(); ++i)
+                if (mEntries[i] ? !files && !mEntries[i]->isGroup() : files)
+                    names.push_back(FGenIntEntryNames::stripped(mKeys[i]));
         return names;
     }
 
@@ -151,13 +152,13 @@ std::string FGenIntCheckParts::alike(const QString &name, const std::vector<QStr
     const auto last = [](const QString &text) { return text.section('|', -1); };
     const QString own = folded(name);
     const QString *best = nullptr;
-    int least = std::max(2, int(own.size()) / 3) + 1;
+    int least = (own.size() < 4 ? 1 : std::max(2, int(own.size()) / 3)) + 1;
     for (const QString &other : names) {
         const QString theirs = folded(other);
         if (theirs.size() > 200 || own.size() > 200)
             continue;
-        const int d = last(theirs) == last(own) ? 0 : distance(own, theirs);
-        if (d < least && d < theirs.size()) {
+        const int d = std::min(distance(own, theirs), distance(last(own), last(theirs)));
+        if (d < least && d < last(theirs).size()) {
             least = d;
             best = &other;
         }

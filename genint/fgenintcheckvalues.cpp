@@ -193,3 +193,14 @@ void FGenIntCheckParts::checkParameter(const FParameter &parameter,
     if (parameter.getValue())
         checkValue(parameter, "the value", parameter.getValue(), false, dependencies, findings);
 }
+
+void FGenIntCheckParts::checkDesign(const FDesign &design, const FGenIntDependencies &dependencies,
+                                    FGenIntFindings *findings)
+{
+    for (const auto &handle : getEntities<FParameter>()) {
+        const auto parameter = handle.getPtr();
+        if (const FExprBase *own = design.valueOf(parameter.get()))
+            checkValue(design, "the value of " + parameter->getName(), *own, true, dependencies,
+                       findings);
+    }
+}
