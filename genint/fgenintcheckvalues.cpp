@@ -27,6 +27,18 @@ std::string failureIn(const FExprBase &value, int depth = 0)
     return failure.empty() ? command->error() : failure;
 }
 
+/// The first command of an expression that does more than calculate; null if none does.
+const FCmd *actionIn(const FExprBase &value)
+{
+    const FCmd *command = value.getExpr() ? value.getExpr()->isFCmd() : nullptr;
+    if (!command || !command->info().isPure())
+        return command;
+    const FCmd *action = actionIn(command->getReceiver());
+    for (size_t i = 0; !action && i < command->arguments().size(); ++i)
+        action = actionIn(command->arguments()[i]);
+    return action;
+}
+
 /// The computation whose results a command asks for, with its definition.
 std::shared_ptr<FDefinitionGenInt> resultsAskedOf(const FExprBase &value)
 {
@@ -135,6 +147,13 @@ private:
 void checkValue(const FManaged &object, const std::string &what, const FExprBase &value,
                 bool written, const FGenIntDependencies &dependencies, FGenIntFindings *findings)
 {
+    if (const FCmd *action = actionIn(value)) {
+        findings
+            ->error(object, what + " is no expression to evaluate: " + action->info().name +
+                                " does something")
+            .between(value.toString(), "an expression that only calculates");
+        return;
+    }
     FResultReferences(object, what, findings).check(value);
     if (!dependencies.isKnown(value))
         return;
@@ -190,7 +209,8 @@ void FGenIntCheckParts::checkParameter(const FParameter &parameter,
                                        const FGenIntDependencies &dependencies,
                                        FGenIntFindings *findings)
 {
-    if (parameter.getValue())
+    // A value that stands for another object is told of there.
+    if (parameter.getValue().isExpression())
         checkValue(parameter, "the value", parameter.getValue(), false, dependencies, findings);
 }
 
