@@ -34,7 +34,7 @@ std::string interpreterOf(const std::string &path)
     if (!line.startsWith("#!"))
         return std::string();
     const QByteArray words = line.mid(2).simplified();
-    return words.left(words.indexOf(' ')).toStdString();
+    return words.split(' ').first().toStdString();
 }
 
 /// Path without what says nothing: two names for one file become one.

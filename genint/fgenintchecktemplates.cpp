@@ -52,11 +52,15 @@ public:
     /// Index of what a tag stands for, which counts as used from now on; -1 for nothing.
     int use(const QString &name)
     {
+        const int found = find(name);
+        if (found >= 0)
+            mUsed[size_t(found)] = true;
+        return found;
+    }
+    int find(const QString &name) const
+    {
         const std::vector<int> &found = mNames->candidates(name);
-        if (found.empty())
-            return -1;
-        mUsed[size_t(found.front())] = true;
-        return found.front();
+        return found.empty() ? -1 : found.front();
     }
     const std::vector<QString> &keys() const { return mKeys; }
     /// The definition of an entry; null for a file.
@@ -295,12 +299,16 @@ void FGenIntCheckParts::checkEntries(FDefinitionGenInt &definition, FGenIntFindi
     }
     for (size_t i = 0; i < targets.keys().size(); ++i) {
         const auto &entry = targets.entry(int(i));
-        if (entry && !entry->isGroup() && !isFileValue(*entry) && !targets.isUsed(int(i)))
-            findings
-                ->hint(definition, "no template uses the entry " + shown(targets.keys()[i], 200))
-                .between("",
-                         shown(FGenIntTagText::tag(FGenIntEntryNames::stripped(targets.keys()[i])),
-                               200) +
-                             " in a template");
+        if (!entry || entry->isGroup() || isFileValue(*entry) || targets.isUsed(int(i)))
+            continue;
+        const QString name = FGenIntEntryNames::stripped(targets.keys()[i]);
+        const int other = targets.find(name);
+        if (other == int(i))
+            findings->hint(definition, "no template uses the entry " + shown(name, 200))
+                .between("", shown(FGenIntTagText::tag(name), 200) + " in a template");
+        else
+            findings->hint(definition, "no template can use the entry " + shown(name, 200))
+                .between("tags of this name stand for " + shown(targets.keys()[size_t(other)], 200),
+                         "names that differ in more than the case of letters");
     }
 }

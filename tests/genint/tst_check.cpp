@@ -70,6 +70,10 @@ private Q_SLOTS:
     {
         FLogMsg::setConsole(nullptr);
         FObject::initPrototypes();
+        QFile script(mFolder.filePath("script"));
+        QVERIFY(script.open(QIODevice::WriteOnly) && script.write("#!/no/such/shell -x\n") > 0);
+        script.setPermissions(QFile::ReadOwner | QFile::ExeOwner);
+        script.close();
     }
     void cleanupTestCase() { FProject::instance()->clear(); }
 
@@ -111,7 +115,7 @@ private Q_SLOTS:
                      "k.run(), expected an expression that only calculates)"));
         const QString saved = FProject::instance()->text();
         QCOMPARE(QDir(mFolder.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
-                 QStringList("p.tbk"));
+                 (QStringList{"p.tbk", "script"}));
         FGenIntCheck::run();
         QCOMPARE(FProject::instance()->text(), saved);
         QCOMPARE(findingsOf(textOf(parts)), first);
@@ -164,6 +168,12 @@ private:
         input("tag of a group", "<entry>a</entry><entry>g</entry>",
               {"error: in_txt, in.txt:1:17: the tag names a group of entries, which has no value "
                "(found \"g\", expected the name of an entry in the group)"});
+        FParts twice;
+        twice.entries = ".addEntry(\"a\",1.0); .addEntry(\"A\",1.0);";
+        row("entries that differ in case only", twice,
+            {"hint: d: no template can use the entry \"a\" (found tags of this name stand for "
+             "\"A\", "
+             "expected names that differ in more than the case of letters)"});
         input("tag of a file", "<entry>a</entry><entry>Exports|in.txt</entry>", {});
         input("unclosed tag", "<entry>a</entry>\n<entry>g|width\nrest",
               {"error: in_txt, in.txt:2:1: the tag isn't closed: the rest of the file, 19 "
@@ -437,6 +447,9 @@ private:
             {"error: k: the program can't be started: it is a directory (found /usr/bin, expected "
              "an "
              "executable file)"});
+        run("interpreter not found", ".setApplication(\"./script\");",
+            {"error: k: the program can't be started: its interpreter is not found (found "
+             "/no/such/shell, expected an executable file)"});
         run("program of the run folder", ".setApplication(\"in/p.tbk\");", {});
         run("program of no folder", ".setApplication(\"in/q.tbk\");",
             {"error: k: the program is not found, neither beside the project nor in the run folder "
