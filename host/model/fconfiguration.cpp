@@ -264,6 +264,13 @@ void FConfiguration::collectStateful(std::vector<std::shared_ptr<FObject>> *obje
     forEachEntry(mRoots, [&](const std::shared_ptr<FEntry> &entry) { objects->push_back(entry); });
 }
 
+void FConfiguration::projectClosed()
+{
+    mIndex.clear();
+    mRoots.clear();
+    mPending.clear();
+}
+
 void FConfiguration::initCmds()
 {
     FCmdBinder<FConfiguration> c;

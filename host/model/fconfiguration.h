@@ -48,6 +48,7 @@ public:
     void visitState(FStateVisitor &state) override;
     void stateRestored() override;
     void collectStateful(std::vector<std::shared_ptr<FObject>> *objects) override;
+    void projectClosed() override;
 
     static void initCmds();
 
