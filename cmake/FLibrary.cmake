@@ -34,6 +34,12 @@ function(f_add_library name)
     target_precompile_headers(${name} PRIVATE ${PROJECT_SOURCE_DIR}/cmake/pch.h)
 endfunction()
 
+# f_add_documentation(<library> <name>): puts resources/documentation/<name>.ts into the library.
+function(f_add_documentation library name)
+    target_sources(${library} PRIVATE ${PROJECT_SOURCE_DIR}/resources/documentation/${name}.qrc)
+    set_target_properties(${library} PROPERTIES AUTORCC ON)
+endfunction()
+
 # f_add_program(<name> LINK <libraries>): a program in bin/. The classes of the libraries make
 # themselves known by static initialisers, so the libraries are linked whole.
 function(f_add_program name)

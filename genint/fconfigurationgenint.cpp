@@ -5,6 +5,7 @@
 #include "fdefinitiongenint.h"
 #include "fgenintdefinitionparser.h"
 #include "fgenintwriter.h"
+#include "fhistory.h"
 #include "fini.h"
 #include "fio.h"
 #include "fmarloctrl.h"
@@ -26,6 +27,7 @@ std::shared_ptr<FConfigurationGenInt>
 FConfigurationGenInt::create(const FExpr<FScope> &scope, const std::string &name, bool initialize,
                              const std::shared_ptr<FDefinitionGenInt> &definition)
 {
+    FHistoryTransaction transaction(nullptr, std::string(), true);
     const auto configuration = f_make_shared<FConfigurationGenInt>(scope, name, definition);
     configuration->registerObject();
     configuration->init();
@@ -36,8 +38,8 @@ FConfigurationGenInt::create(const FExpr<FScope> &scope, const std::string &name
     return configuration;
 }
 
-std::shared_ptr<FConfigurationGenInt>
-FConfigurationGenInt::createForScript(const std::string &name, bool initialize)
+std::shared_ptr<FConfigurationGenInt> FConfigurationGenInt::createForScript(const std::string &name,
+                                                                            bool initialize)
 {
     return create(nullptr, name, initialize, nullptr);
 }
@@ -49,6 +51,7 @@ void FConfigurationGenInt::init(const std::shared_ptr<FConfigurationGenInt> &sou
 
 std::shared_ptr<FObject> FConfigurationGenInt::clone() const
 {
+    FHistoryTransaction transaction(nullptr, std::string(), true);
     const auto copy = create(nullptr, getName(), false, nullptr);
     copy->init(
         std::const_pointer_cast<FConfigurationGenInt>(shared_from_base<FConfigurationGenInt>()));
@@ -74,6 +77,7 @@ void FConfigurationGenInt::reassignEntryDefs()
             if (match == wanted.end())
                 continue;
             entry->setEntryDefinition(FExpr<FEntryDef>(*match));
+            FHistory::instance()->addStep(entry);
         }
         if (entry->isGroup())
             entry->reassignEntryDefs();
@@ -164,8 +168,7 @@ FExpr<FDefinitionGenInt> FConfigurationGenInt::genIntDefinition() const
     return FExpr<FDefinitionGenInt>(static_cast<const FExprBase &>(getDefinition()));
 }
 
-namespace
-{
+namespace {
 FExpr<FDefinitionGenInt> importForScript(const std::string &fileName)
 {
     return FConfigurationGenInt::mpNull->importGenIntDefinition(fileName);

@@ -10,6 +10,7 @@
 #include "fgenintwritercore.h"
 #include "fhistory.h"
 #include "fio.h"
+#include "flogmsg.h"
 #include "fmarloctrl.h"
 #include "fovdldefinitionparser.h"
 
@@ -18,8 +19,7 @@
 
 F_CLASS_IMPL(FDefinitionGenInt)
 
-namespace
-{
+namespace {
 std::vector<std::shared_ptr<FConfigurationGenInt>> configurationsOf(const FDefinition *definition)
 {
     std::vector<std::shared_ptr<FConfigurationGenInt>> found;
@@ -29,10 +29,7 @@ std::vector<std::shared_ptr<FConfigurationGenInt>> configurationsOf(const FDefin
     return found;
 }
 
-bool isLoading()
-{
-    return FMarloCtrl::instance()->isLoadingProject();
-}
+bool isLoading() { return FMarloCtrl::instance()->isLoadingProject(); }
 } // namespace
 
 FDefinitionGenInt::FDefinitionGenInt(const FExpr<FScope> &scope, std::string name,
@@ -57,8 +54,8 @@ std::shared_ptr<FDefinitionGenInt> FDefinitionGenInt::createByName(const std::st
 
 void FDefinitionGenInt::sortIn(const FExpr<FGenIntFile> &file)
 {
-    Files &list = file.valueClass()->isA(FGenIntCommandFile::staticClass()) ? mCommandFiles
-                                                                            : mResultFiles;
+    Files &list =
+        file.valueClass()->isA(FGenIntCommandFile::staticClass()) ? mCommandFiles : mResultFiles;
     list.push_back(FExpr<FGenIntFile, true>(file));
 }
 
@@ -143,9 +140,9 @@ void FDefinitionGenInt::clearFileStorages()
     if (isLoading())
         return;
     for (Files *list : {&mFiles, &mCommandFiles, &mResultFiles})
-        list->erase(std::remove_if(list->begin(), list->end(),
-                                   [](const auto &file) { return !file; }),
-                    list->end());
+        list->erase(
+            std::remove_if(list->begin(), list->end(), [](const auto &file) { return !file; }),
+            list->end());
 }
 
 bool FDefinitionGenInt::isCurCommandFile() const
@@ -168,12 +165,14 @@ void FDefinitionGenInt::addEntry(const FExpr<FEntryBase> &entry)
     if (!entry ||
         std::find(roots.begin(), roots.end(), static_cast<const FExprBase &>(entry)) != roots.end())
         return;
+    FHistoryTransaction transaction(nullptr, "add entry", true);
     FDefinitionBase::addEntry(entry);
     reinitConfigurations(false);
 }
 
 bool FDefinitionGenInt::removeEntry(const FExpr<FEntryBase> &entry)
 {
+    FHistoryTransaction transaction(nullptr, "remove entry", true);
     if (!entry || !FDefinitionCustom::removeEntry(entry))
         return false;
     if (!isLoading())
@@ -183,6 +182,7 @@ bool FDefinitionGenInt::removeEntry(const FExpr<FEntryBase> &entry)
 
 bool FDefinitionGenInt::findAndRemoveEntry(const FExpr<FEntryBase> &entry)
 {
+    FHistoryTransaction transaction(nullptr, "remove entry", true);
     if (removeEntry(entry))
         return true;
     const auto roots = getRootEntries();
@@ -259,6 +259,7 @@ void FDefinitionGenInt::reinitConfigurations(bool flag)
 
 void FDefinitionGenInt::setEntryDefsFromDB(std::string text)
 {
+    FHistoryTransaction transaction(nullptr, "set entries", true);
     FDefinition::setEntryDefsFromDB(text);
     reassignEntryDefs();
 }
@@ -313,6 +314,9 @@ void FDefinitionGenInt::save(const std::unordered_set<FExpr<FManaged, false>> &o
     stream << "curFile : " << (mCurFile ? mCurFile->getName() : "NULL") << "\n";
     stream << "lastFile : " << (mLastFile ? mLastFile->getName() : "NULL") << "\n";
     stream.flush();
+    if (stream.status() != QTextStream::Ok || !file.flush())
+        FLogMsg::error("Definition", "Could not write file " + S(file.fileName()),
+                       S(file.errorString()), nullptr);
     if (opened)
         file.close();
 }
@@ -330,6 +334,7 @@ void FDefinitionGenInt::init(const std::shared_ptr<FDefinitionGenInt> &source)
 
 std::shared_ptr<FObject> FDefinitionGenInt::clone() const
 {
+    FHistoryTransaction transaction(nullptr, std::string(), true);
     const auto copy = create(nullptr, getName(), nullptr);
     copy->init(std::const_pointer_cast<FDefinitionGenInt>(shared_from_base<FDefinitionGenInt>()));
     return copy;

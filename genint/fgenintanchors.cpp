@@ -7,14 +7,16 @@
 
 #include <algorithm>
 
-namespace
-{
+namespace {
 /// One search: which anchors are still open, and the means to look for them.
 class FSearch
 {
 public:
     FSearch(const FGenIntText &text, qint64 from, qint64 to, std::vector<FGenIntAnchor> *anchors)
-        : mText(text), mFrom(from), mTo(to), mAnchors(*anchors)
+        : mText(text)
+        , mFrom(from)
+        , mTo(to)
+        , mAnchors(*anchors)
     {
         for (size_t i = 0; i < mAnchors.size(); ++i) {
             FGenIntAnchor &anchor = mAnchors[i];
@@ -61,14 +63,15 @@ private:
             return;
         }
         if (mFilter) {
-            mWork = mFilter->scan(mText.bytes(), from, end, [this](size_t pattern, qint64 at) {
+            mWork = std::max<qint64>(end - from, 4096);
+            const auto found = [this](size_t pattern, qint64 at) {
                 note(mAnchors[mIndices[pattern]], at);
-            });
-            if (mWork > (end - from) * 2) {
-                mFilter.reset();
-                mUseFilter = false;
+            };
+            if (mFilter->scan(mText.bytes(), from, end, &mWork, found)) {
+                return;
             }
-            return;
+            mFilter.reset();
+            mUseFilter = false;
         }
         if (!mAutomaton) {
             prepare();
@@ -111,8 +114,7 @@ private:
         }
         if (left == 0) {
             mIndices.clear(); // what is left open cannot stand in a plain text
-        } else if (mFilter &&
-                   (++mPrepared < 8 || left * 4 <= mIndices.size() * 3 || mWork > mBlock / 64)) {
+        } else if (mFilter && (left * 4 <= mIndices.size() * 3 || mWork > mBlock / 64)) {
             prepare();
         }
     }
@@ -125,8 +127,8 @@ private:
         std::vector<std::u16string> units;
         for (size_t i = 0; i < mAnchors.size(); ++i) {
             const std::u16string &folded = mAnchors[i].folded;
-            const bool ascii = std::all_of(folded.begin(), folded.end(),
-                                           [](char16_t u) { return u < 0x80; });
+            const bool ascii =
+                std::all_of(folded.begin(), folded.end(), [](char16_t u) { return u < 0x80; });
             if ((mOpenFirst[i] || mOpenLast[i]) && (ascii || mText.isWide())) {
                 mIndices.push_back(i);
                 units.push_back(folded);
@@ -152,7 +154,6 @@ private:
     qint64 mBlock = 0;
     std::vector<size_t> mIndices; ///< of the anchors that are looked for
     bool mUseFilter = false;
-    int mPrepared = 0;
     qint64 mWork = 0; ///< of the last scan with the filter
     std::unique_ptr<FGenIntFilter::Sample> mSample;
     std::unique_ptr<FGenIntFilter> mFilter;

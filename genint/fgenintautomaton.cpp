@@ -4,9 +4,13 @@
 #include <QChar>
 #include <algorithm>
 
-namespace
+namespace {
+char16_t foldAscii(char16_t u)
 {
-/// Case folding of all single units, made once.
+    return u >= 'A' && u <= 'Z' ? static_cast<char16_t>(u | 0x20) : u;
+}
+
+/// Case folding of all single units, made once somebody asks for one that is not ASCII.
 const std::vector<char16_t> &foldTable()
 {
     static const std::vector<char16_t> table = [] {
@@ -26,12 +30,17 @@ char16_t FGenIntAutomaton::fold(const char16_t *text, qint64 i)
         return QChar::lowSurrogate(
             QChar::toCaseFolded(QChar::surrogateToUcs4(text[i - 1], text[i])));
     }
-    return foldTable()[text[i]];
+    return text[i] < 0x80 ? foldAscii(text[i]) : foldTable()[text[i]];
 }
 
 FGenIntAutomaton::FGenIntAutomaton(const std::vector<std::u16string> &patterns)
-    : mClasses(0x10000, 0), mHits(patterns.size())
+    : mHits(patterns.size())
 {
+    char16_t largest = 0;
+    for (const std::u16string &pattern : patterns) {
+        largest = std::max(largest, *std::max_element(pattern.begin(), pattern.end()));
+    }
+    mClasses.assign(largest + size_t(1), 0);
     size_t states = 1;
     for (const std::u16string &pattern : patterns) {
         states += pattern.size();
@@ -80,7 +89,8 @@ FGenIntAutomaton::FGenIntAutomaton(const std::vector<std::u16string> &patterns)
     }
 }
 
-template <class Classify> void FGenIntAutomaton::run(qint64 from, qint64 to, Classify classify)
+template <class Classify>
+void FGenIntAutomaton::run(qint64 from, qint64 to, Classify classify)
 {
     std::fill(mFirst.begin(), mFirst.end(), -1);
     std::fill(mLast.begin(), mLast.end(), -1);
@@ -121,7 +131,7 @@ const std::vector<FGenIntAutomaton::Hit> &FGenIntAutomaton::scan(const uchar *te
 {
     quint16 classes[256];
     for (uint u = 0; u < 256; ++u) {
-        classes[u] = u < 0x80 ? mClasses[foldTable()[u]] : 0;
+        classes[u] = u < 0x80 ? classOf(foldAscii(static_cast<char16_t>(u))) : quint16(0);
     }
     run(from, to, [&](qint64 i) { return classes[text[i]]; });
     return collect();
@@ -130,6 +140,6 @@ const std::vector<FGenIntAutomaton::Hit> &FGenIntAutomaton::scan(const uchar *te
 const std::vector<FGenIntAutomaton::Hit> &FGenIntAutomaton::scan(const char16_t *text, qint64 from,
                                                                  qint64 to)
 {
-    run(from, to, [&](qint64 i) { return mClasses[fold(text, i)]; });
+    run(from, to, [&](qint64 i) { return classOf(fold(text, i)); });
     return collect();
 }

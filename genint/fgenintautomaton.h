@@ -27,17 +27,22 @@ public:
     static char16_t fold(const char16_t *text, qint64 i);
 
 private:
-    template <class Classify> void run(qint64 from, qint64 to, Classify classify);
+    template <class Classify>
+    void run(qint64 from, qint64 to, Classify classify);
     const std::vector<Hit> &collect();
+    quint16 classOf(char16_t folded) const
+    {
+        return folded < mClasses.size() ? mClasses[folded] : quint16(0);
+    }
 
-    quint32 mClassCount = 1;              ///< class 0 is all that stands in no pattern
-    std::vector<quint16> mClasses;        ///< class of each folded unit
-    std::vector<quint32> mNext;           ///< row by row the state that follows
-    std::vector<quint32> mFail;           ///< state of the longest proper suffix
-    std::vector<quint32> mOrder;          ///< states by depth
-    std::vector<quint32> mEnds;           ///< state that each pattern ends in
+    quint32 mClassCount = 1;       ///< class 0 is all that stands in no pattern
+    std::vector<quint16> mClasses; ///< class of each folded unit, up to the last in a pattern
+    std::vector<quint32> mNext;    ///< row by row the state that follows
+    std::vector<quint32> mFail;    ///< state of the longest proper suffix
+    std::vector<quint32> mOrder;   ///< states by depth
+    std::vector<quint32> mEnds;    ///< state that each pattern ends in
     std::vector<qint64> mLengths;
-    std::vector<qint64> mFirst, mLast;    ///< of each state: unit it was reached with, or -1
+    std::vector<qint64> mFirst, mLast; ///< of each state: unit it was reached with, or -1
     std::vector<Hit> mHits;
 };
 #endif

@@ -6,10 +6,10 @@
 #include <algorithm>
 #include <charconv>
 
-namespace
-{
+namespace {
 /// Number of digits from \p i on.
-template <class U> qint64 digits(const U *p, qint64 i, qint64 n)
+template <class U>
+qint64 digits(const U *p, qint64 i, qint64 n)
 {
     const qint64 from = i;
     while (i < n && isDigitUnit(p[i])) {
@@ -21,7 +21,8 @@ template <class U> qint64 digits(const U *p, qint64 i, qint64 n)
 bool isSign(uint unit) { return unit == '+' || unit == '-'; }
 
 /// Length of the exponent at \p i; 0 if there is none.
-template <class U> qint64 exponent(const U *p, qint64 i, qint64 n)
+template <class U>
+qint64 exponent(const U *p, qint64 i, qint64 n)
 {
     if (i >= n || (p[i] != 'e' && p[i] != 'E')) {
         return 0;
@@ -31,7 +32,8 @@ template <class U> qint64 exponent(const U *p, qint64 i, qint64 n)
     return count ? 1 + sign + count : 0;
 }
 
-template <class U> FGenIntSeparator::Match nextNumber(const U *p, qint64 n, qint64 from)
+template <class U>
+FGenIntSeparator::Match nextNumber(const U *p, qint64 n, qint64 from)
 {
     qint64 i = from;
     while (i < n && !isDigitUnit(p[i])) {
@@ -54,8 +56,8 @@ template <class U> FGenIntSeparator::Match nextNumber(const U *p, qint64 n, qint
     return {begin, i - begin};
 }
 
-/// True if the text is sign, digits with at most one point among or around them, exponent: spellings
-/// that every conversion agrees on.
+/// True if the text is sign, digits with at most one point among or around them, exponent:
+/// spellings that every conversion agrees on.
 bool isCommonSpelling(const char *p, qint64 n)
 {
     qint64 i = n > 0 && isSign(static_cast<uchar>(p[0])) ? 1 : 0;
@@ -195,7 +197,8 @@ FGenIntSeparator::Match FGenIntSeparator::next(const U *line, qint64 size, qint6
     return {};
 }
 
-template <class U> void FGenIntCellFinder<U>::setLine(const U *line, qint64 size)
+template <class U>
+void FGenIntCellFinder<U>::setLine(const U *line, qint64 size)
 {
     if (line == mLine && size == mSize) {
         return;
@@ -214,7 +217,8 @@ template <class U> void FGenIntCellFinder<U>::setLine(const U *line, qint64 size
     }
 }
 
-template <class U> typename FGenIntCellFinder<U>::Cell FGenIntCellFinder<U>::find(int column)
+template <class U>
+typename FGenIntCellFinder<U>::Cell FGenIntCellFinder<U>::find(int column)
 {
     if (column < mColumn) {
         mColumn = mCursor = 0;
@@ -240,7 +244,8 @@ template <class U> typename FGenIntCellFinder<U>::Cell FGenIntCellFinder<U>::fin
     return {mCursor, (match.position < 0 ? mSize : match.position) - mCursor, true};
 }
 
-template <class U> double toNumber(const U *text, qint64 size, bool *ok)
+template <class U>
+double toNumber(const U *text, qint64 size, bool *ok)
 {
     const U *const whole = text;
     const qint64 wholeSize = size;

@@ -28,8 +28,8 @@ public:
     bool isExpression() const { return mKind == Expression; }
     int patternLength() const { return mExpression.pattern().size(); }
 
-    /// First number or separator at or behind \p from. An expression searches \p text instead, which
-    /// holds the same line.
+    /// First number or separator at or behind \p from. An expression searches \p text instead,
+    /// which holds the same line.
     template <class U>
     Match next(const U *line, qint64 size, qint64 from, const QString &text) const;
 
@@ -52,9 +52,10 @@ private:
     QRegExp mExpression;
 };
 
-/// Finds cells of one line after the other; goes on where it stopped when a further cell of the same
-/// line is asked for.
-template <class U> class FGenIntCellFinder
+/// Finds cells of one line after the other; goes on where it stopped when a further cell of the
+/// same line is asked for.
+template <class U>
+class FGenIntCellFinder
 {
 public:
     struct Cell
@@ -63,7 +64,10 @@ public:
         bool found = false;
     };
 
-    explicit FGenIntCellFinder(const FGenIntSeparator &separator) : mSeparator(separator) {}
+    explicit FGenIntCellFinder(const FGenIntSeparator &separator)
+        : mSeparator(separator)
+    {
+    }
     void setLine(const U *line, qint64 size);
     Cell find(int column);
 
@@ -78,7 +82,8 @@ private:
 };
 
 /// The number that all of \p text spells, as QString::toDouble() has it.
-template <class U> double toNumber(const U *text, qint64 size, bool *ok);
+template <class U>
+double toNumber(const U *text, qint64 size, bool *ok);
 
 /// True for white space as expressions know it.
 inline bool isSpaceUnit(uint unit)

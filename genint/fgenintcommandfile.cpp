@@ -27,14 +27,12 @@ void FGenIntCommandFile::updateFile(const QString &oldName, const QString &newNa
 
 const FGenIntExpander &FGenIntCommandFile::expander() const
 {
-    const QByteArray &ascii = content().ascii();
-    const bool windows = getForceWindowsLineEndings();
-    if (!ascii.isNull()) {
-        if (!mExpander || !mExpander->isForUtf8(ascii, windows))
-            mExpander = std::make_shared<const FGenIntExpander>(
-                FGenIntExpander::fromUtf8(ascii, windows));
-    } else if (!mExpander || !mExpander->isFor(text(), windows)) {
-        mExpander = std::make_shared<const FGenIntExpander>(text(), windows);
+    const bool force = getForceWindowsLineEndings();
+    if (!utf8()) {
+        if (!mExpander || !mExpander->isFor(text(), force))
+            mExpander = std::make_shared<const FGenIntExpander>(text(), force);
+    } else if (!mExpander || !mExpander->isFor(utf8(), force)) {
+        mExpander = std::make_shared<const FGenIntExpander>(utf8(), force);
     }
     return *mExpander;
 }

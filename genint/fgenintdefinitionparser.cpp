@@ -2,13 +2,13 @@
 #include "fgenintdefinitionparser.h"
 
 #include "fdefinitiongenint.h"
+#include "fmarloctrl.h"
 #include "fscript.h"
 
 #include <QRegExp>
 #include <QTextStream>
 
-namespace
-{
+namespace {
 /// The word behind the first \p key, up to white space.
 std::string keyValue(const QString &text, const QString &key)
 {
@@ -28,12 +28,15 @@ void FGenIntDefinitionParser::importObjectsFromString(const QString &text)
         return;
     QString copy = text;
     QTextStream stream(&copy);
-    definition->startParentReg();
-    FCmdInput input;
-    input.setFile("definition " + definition->getName());
-    input.setStream(stream);
-    input.run();
-    definition->stopParentReg();
+    {
+        const FLoadingScope loading;
+        definition->startParentReg();
+        FCmdInput input;
+        input.setFile("definition " + definition->getName());
+        input.setStream(stream);
+        input.run();
+        definition->stopParentReg();
+    }
     const std::string current = keyValue(text, QStringLiteral("curFile : "));
     const std::string last = keyValue(text, QStringLiteral("lastFile : "));
     FDefinitionGenInt::Files files;

@@ -5,10 +5,10 @@
 
 #include <algorithm>
 
-namespace
-{
+namespace {
 /// A line with a blank on either side without end.
-template <class U> struct FLine
+template <class U>
+struct FLine
 {
     const U *units;
     qint64 size;
@@ -54,13 +54,15 @@ bool isGroupMark(uint u)
     return u == 0x00A0 || u == 0x2009 || u == 0x202F || u == '\'' || u == 0x2019;
 }
 
-template <class U> bool isSignAt(const FLine<U> &line, qint64 i)
+template <class U>
+bool isSignAt(const FLine<U> &line, qint64 i)
 {
     return line[i] == '+' || line[i] == '-';
 }
 
 /// True if a number begins at \p i.
-template <class U> bool numberAt(const FLine<U> &line, qint64 i)
+template <class U>
+bool numberAt(const FLine<U> &line, qint64 i)
 {
     i += isSignAt(line, i);
     i += line[i] == '.';
@@ -68,7 +70,8 @@ template <class U> bool numberAt(const FLine<U> &line, qint64 i)
 }
 
 /// True unless the comma at \p comma, between two digits, can only part two numbers.
-template <class U> bool commaInNumber(const FLine<U> &line, qint64 comma)
+template <class U>
+bool commaInNumber(const FLine<U> &line, qint64 comma)
 {
     constexpr qint64 far = 256; // a longer stretch of digits and commas is a list
     const auto belongs = [&](qint64 i) {
@@ -130,6 +133,54 @@ template <class U> bool commaInNumber(const FLine<U> &line, qint64 comma)
     return points;
 }
 
+/// True if the number with the sign at \p sign, behind a digit, is a field of its own: fields of
+/// fixed width run into each other when they fill up. "1.5E-05-2.5E-03" and "93-2.5E-03" are two
+/// numbers for anybody, and so is "-12.345-67.890" by its decimals; "1.234-105" lacks the letter of
+/// an exponent, and "1.5-2.5" is as likely a range.
+template <class U>
+bool isJoined(const FLine<U> &line, qint64 sign)
+{
+    const auto isExponent = [&](qint64 i) {
+        return (line[i] | 0x20) == 'e' && (line.digit(i - 1) || line[i - 1] == '.');
+    };
+    qint64 i = sign + 1;
+    while (line.digit(i)) {
+        ++i;
+    }
+    if (line[i] != '.' || !line.digit(i + 1)) {
+        return false;
+    }
+    const qint64 fraction = i + 1;
+    for (++i; line.digit(i);) {
+        ++i;
+    }
+    if (isExponent(i) && line.digit(i + 1 + isSignAt(line, i + 1))) {
+        return true;
+    }
+    qint64 begin = sign;
+    while (line.digit(begin - 1)) {
+        --begin;
+    }
+    if (isExponent(begin - 1 - isSignAt(line, begin - 1))) {
+        return true;
+    }
+    return line[begin - 1] == '.' && i - fraction == sign - begin && sign - begin >= 3;
+}
+
+/// True if a time with its unit ends the word that goes on at \p end: "0.25s", "1.5ms". Other units
+/// are also names or factors: "2s" may be an orbital, "1k" a thousand.
+template <class U>
+bool isTime(const FLine<U> &line, qint64 end)
+{
+    qint64 i = end - 1;
+    while (line.digit(i)) {
+        --i;
+    }
+    const uint after = line[end];
+    const qint64 unit = after == 'm' || after == 'u' || after == 'n' ? end + 1 : end;
+    return line[i] == '.' && line[unit] == 's' && !isWord(line[unit + 1]) && !line.digit(unit + 1);
+}
+
 template <class U>
 bool touchesBefore(const FLine<U> &line, qint64 begin, qint64 end, bool anchored)
 {
@@ -139,6 +190,9 @@ bool touchesBefore(const FLine<U> &line, qint64 begin, qint64 end, bool anchored
         // An anchor may well end in a letter that the number follows; but not within a number.
         return !isSigned && (line.digit(begin - 1) ||
                              ((before == '.' || before == ',') && line.digit(begin - 2)));
+    }
+    if (isSigned && line.digit(begin - 1)) {
+        return !isJoined(line, begin);
     }
     if (line.digit(begin - 1) || isWord(before) || isForeign(before) || isDash(before)) {
         return true;
@@ -156,11 +210,15 @@ bool touchesBefore(const FLine<U> &line, qint64 begin, qint64 end, bool anchored
            line.digit(begin + 1) && line.digit(begin + 2);
 }
 
-template <class U> bool touchesAfter(const FLine<U> &line, qint64 end)
+template <class U>
+bool touchesAfter(const FLine<U> &line, qint64 end)
 {
     const uint after = line[end];
     const uint next = line[end + 1];
-    if (isWord(after) || line.digit(end) || isForeign(after)) {
+    if (isWord(after)) {
+        return !isTime(line, end);
+    }
+    if (line.digit(end) || isForeign(after)) {
         return true;
     }
     if (after == '.') {
@@ -174,14 +232,15 @@ template <class U> bool touchesAfter(const FLine<U> &line, qint64 end)
         return line.digit(end + 1) && commaInNumber(line, end);
     }
     if (after == '+' || after == '-') {
-        return isWord(next) || numberAt(line, end + 1);
+        return isWord(next) || (numberAt(line, end + 1) && !isJoined(line, end));
     }
     return isGroupMark(after) && line.digit(end - 1) && line.digit(end + 1) &&
            line.digit(end + 2) && line.digit(end + 3) && !line.digit(end + 4);
 }
 
 /// Compares with a word in small letters; gives the position behind it, or -1.
-template <class U> qint64 behindWord(const FLine<U> &line, qint64 at, const char *word)
+template <class U>
+qint64 behindWord(const FLine<U> &line, qint64 at, const char *word)
 {
     for (; *word; ++word, ++at) {
         if ((line[at] | 0x20) != static_cast<uint>(*word)) {
@@ -192,7 +251,8 @@ template <class U> qint64 behindWord(const FLine<U> &line, qint64 at, const char
 }
 
 /// What stands around a field: true if it looks like a place for a number.
-template <class U> bool amongNumbers(const FLine<U> &line, qint64 from, qint64 begin, qint64 end)
+template <class U>
+bool amongNumbers(const FLine<U> &line, qint64 from, qint64 begin, qint64 end)
 {
     while (begin > from && (isSpaceUnit(line[begin - 1]) || isSignAt(line, begin - 1))) {
         --begin;
@@ -219,7 +279,8 @@ bool touchesOthers(const U *units, qint64 size, qint64 begin, qint64 end, qint64
     return touchesBefore(line, begin, end, anchored && begin == from) || touchesAfter(line, end);
 }
 
-template <class U> bool lacksNumber(const U *units, qint64 size, qint64 from, qint64 to)
+template <class U>
+bool lacksNumber(const U *units, qint64 size, qint64 from, qint64 to)
 {
     const FLine<U> line{units, size};
     for (qint64 i = from; i < to; ++i) {
@@ -229,7 +290,9 @@ template <class U> bool lacksNumber(const U *units, qint64 size, qint64 from, qi
             while (line[end] == '*') {
                 ++end;
             }
-            if (end - i >= 2 && amongNumbers(line, from, i, end)) {
+            // Few stars that begin a line are a mark of a heading rather than a field.
+            const bool begins = std::all_of(units + from, units + i, isSpaceUnit);
+            if (end - i >= (begins ? 4 : 2) && amongNumbers(line, from, i, end)) {
                 return true;
             }
             i = end - 1;

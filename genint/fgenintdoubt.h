@@ -8,9 +8,11 @@
 /// out of a word, an exponent in an unknown spelling, a date, digits with a comma. \p from is where
 /// reading of the line began, behind an anchor if \p anchored.
 template <class U>
-bool touchesOthers(const U *line, qint64 size, qint64 begin, qint64 end, qint64 from, bool anchored);
+bool touchesOthers(const U *line, qint64 size, qint64 begin, qint64 end, qint64 from,
+                   bool anchored);
 
 /// True if NaN, Inf or an overflowed field stands in [\p from, \p to) of a physical line, where a
 /// number would have counted as a column.
-template <class U> bool lacksNumber(const U *line, qint64 size, qint64 from, qint64 to);
+template <class U>
+bool lacksNumber(const U *line, qint64 size, qint64 from, qint64 to);
 #endif

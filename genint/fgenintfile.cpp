@@ -16,11 +16,10 @@ F_CLASS_IMPL(FGenIntFile)
 
 const std::string ENTRYGROUP_EXPORTS = "Exports";
 
-namespace
-{
-const QLatin1String kEncoded("[B64]");
+namespace {
+const char kEncoded[] = "[B64]";
 
-/// The bits of a letter of base64 at each of the four places of a group; kNoLetter for all others.
+/// The bits of a letter of base64 at each of the four places of a group.
 struct FBase64Bits
 {
     static constexpr uint32_t kNoLetter = 1; // no letter reaches the last bits
@@ -36,96 +35,83 @@ struct FBase64Bits
 };
 
 /// The library's decoder, which passes over anything that is no letter, sped up for whole groups.
-QByteArray decodedBase64(const QByteArray &base64)
+/// Gives the bytes up to the first zero.
+std::string decodedBase64(const char *base64, size_t size)
 {
     static const FBase64Bits sTable;
-    const auto *in = reinterpret_cast<const uchar *>(base64.constData());
-    const uchar *end = in + base64.size() / 4 * 4;
-    QByteArray bytes(base64.size() / 4 * 3 + 1, Qt::Uninitialized);
-    char *out = bytes.data();
-    for (; in != end; in += 4, out += 3) {
+    std::string bytes(size / 4 * 3 + 1, '\0');
+    size_t at = 0, count = 0;
+    for (; at + 4 <= size; at += 4, count += 3) {
+        const auto *in = reinterpret_cast<const uchar *>(base64 + at);
         const uint32_t group = sTable.bits[0][in[0]] | sTable.bits[1][in[1]] |
                                sTable.bits[2][in[2]] | sTable.bits[3][in[3]];
         if (group & FBase64Bits::kNoLetter)
             break;
-        qToBigEndian(group, out);
+        qToBigEndian(group, &bytes[count]);
     }
-    bytes.truncate(int(out - bytes.constData()));
-    const int done = bytes.size() / 3 * 4;
-    if (done < base64.size())
-        bytes += QByteArray::fromBase64(base64.mid(done));
+    bytes.resize(count);
+    const QByteArray rest = QByteArray::fromRawData(base64 + at, int(size - at));
+    bytes += QByteArray::fromBase64(rest).toStdString();
+    bytes.resize(std::min(bytes.find('\0'), bytes.size()));
     return bytes;
-}
-
-/// The text in base64; a zero byte ends it.
-FGenIntContent decoded(const QByteArray &base64)
-{
-    QByteArray bytes = decodedBase64(base64);
-    const int zero = bytes.indexOf('\0');
-    if (zero >= 0)
-        bytes.truncate(zero);
-    return FGenIntContent::fromUtf8(bytes);
 }
 } // namespace
 
-FGenIntFile::FGenIntFile(std::string name) : FManaged(std::move(name))
+FGenIntFile::FGenIntFile(std::string name)
+    : FManaged(std::move(name))
 {
     mManageFlag = 2;
 }
 
-FGenIntContent FGenIntContent::fromUtf8(const QByteArray &bytes)
-{
-    FGenIntContent content(QString(QLatin1String("")));
-    uchar all = 0;
-    for (const char c : bytes) // no way out of the loop, so that it is done in vectors
-        all |= uchar(c);
-    if (all >= 0x80) {
-        content.mText = QString::fromUtf8(bytes);
-    } else if (!bytes.isEmpty()) {
-        content.mText = QString();
-        content.mAscii = bytes;
-    }
-    return content;
-}
-
-const QString &FGenIntContent::text() const
-{
-    if (mText.isEmpty() && !mAscii.isEmpty())
-        mText = QString::fromLatin1(mAscii);
-    return mText;
-}
-
 QString FGenIntFile::getContent() const
 {
-    const QByteArray bytes = mContent.ascii().isNull() ? text().toUtf8() : mContent.ascii();
-    return QString::fromLatin1(QByteArray("[B64]") + bytes.toBase64());
+    const QByteArray bytes =
+        mUtf8 ? QByteArray::fromRawData(mUtf8->data(), int(mUtf8->size())) : mContent.toUtf8();
+    return QString::fromLatin1(kEncoded + bytes.toBase64());
+}
+
+const QString &FGenIntFile::text() const
+{
+    if (mContent.isNull() && mUtf8)
+        mContent = QString::fromUtf8(mUtf8->data(), int(mUtf8->size()));
+    return mContent;
 }
 
 std::shared_ptr<FGenIntFile> FGenIntFile::setContent(const QString &text)
 {
     if (text.startsWith(kEncoded))
-        return changeContent(decoded(text.midRef(kEncoded.size()).toLatin1()));
+        return setContentFromScript({std::make_shared<const std::string>(S(text))});
+    mContent = text.isNull() ? QLatin1String("") : text;
+    mUtf8 = nullptr;
     // Plain texts of old projects carry their line feeds escaped.
     if (FMarloCtrl::instance()->isLoadingProject())
-        return changeContent(QString(text).replace(QLatin1String("\\n"), QLatin1String("\n")));
-    return changeContent(text);
+        mContent.replace(QLatin1String("\\n"), QLatin1String("\n"));
+    return contentChanged();
 }
 
-std::shared_ptr<FGenIntFile>
-FGenIntFile::setContentUtf8(const std::shared_ptr<const FString> &text)
+/// Takes the same texts in UTF-8 and keeps them so where both forms say the same: large templates
+/// are written as they were read.
+std::shared_ptr<FGenIntFile> FGenIntFile::setContentFromScript(const FUtf8Text &text)
 {
-    const std::string &utf8 = text->value();
-    const int start = kEncoded.size();
-    if (utf8.compare(0, size_t(start), kEncoded.data()) != 0)
-        return setContent(Q(utf8));
-    return changeContent(
-        decoded(QByteArray::fromRawData(utf8.data() + start, int(utf8.size()) - start)));
+    auto given = text.text;
+    if (given->compare(0, sizeof kEncoded - 1, kEncoded) == 0) {
+        constexpr size_t start = sizeof kEncoded - 1;
+        given = std::make_shared<const std::string>(
+            decodedBase64(given->data() + start, given->size() - start));
+    } else if (FMarloCtrl::instance()->isLoadingProject() &&
+               given->find("\\n") != std::string::npos) {
+        return setContent(Q(*given));
+    }
+    const bool same = given->compare(0, 3, "\xef\xbb\xbf") != 0 &&
+                      FUtf8::firstBadByte(given->data(), given->size()) == std::string::npos;
+    mContent = same ? QString() : QString::fromUtf8(given->data(), int(given->size()));
+    mUtf8 = same ? given : nullptr;
+    return contentChanged();
 }
 
-std::shared_ptr<FGenIntFile> FGenIntFile::changeContent(const FGenIntContent &content)
+std::shared_ptr<FGenIntFile> FGenIntFile::contentChanged()
 {
     const auto self = shared_from_base<FGenIntFile>();
-    mContent = content;
     setOutOfDate(0);
     FHistoryTransaction transaction(nullptr, "set content", true);
     transaction.addStep(self);
@@ -142,12 +128,14 @@ std::shared_ptr<FGenIntFile> FGenIntFile::setFileName(const QString &name)
     setOutOfDate(0);
     FHistoryTransaction transaction(nullptr, "set file name", true);
     transaction.addStep(self);
+    if (FMarloCtrl::instance()->isLoadingProject())
+        return self; // references are as they were saved
     std::shared_ptr<FDefinitionGenInt> owner;
     for (const auto &definition : getEntities<FDefinitionGenInt>())
         for (const auto &file : definition.getPtr()->getFiles(0))
             if (file.getExpr() == self)
                 owner = definition.getPtr();
-    if (owner && !FMarloCtrl::instance()->isLoadingProject()) {
+    if (owner) {
         owner->updateCommandFiles(S(old), S(name));
         // References to files carry the group in front.
         const std::string group = ENTRYGROUP_EXPORTS + "|";
@@ -178,21 +166,18 @@ void FGenIntFile::initFromFile(const QString &path)
     setName(S(name));
 }
 
-void FGenIntFile::init(const std::shared_ptr<FGenIntFile> &source)
-{
-    FManaged::init(source);
-}
+void FGenIntFile::init(const std::shared_ptr<FGenIntFile> &source) { FManaged::init(source); }
 
 void FGenIntFile::visitState(FStateVisitor &state)
 {
     FManaged::visitState(state);
-    state(mFileName)(mContent)(mForceWindowsLineEndings);
+    state(mFileName)(mContent)(mUtf8)(mForceWindowsLineEndings);
 }
 
 void FGenIntFile::initCmds()
 {
     FCmdBinder<FGenIntFile> c;
-    c.attribute("setContent", &FGenIntFile::setContentUtf8, &FGenIntFile::getContent,
+    c.attribute("setContent", &FGenIntFile::setContentFromScript, &FGenIntFile::getContent,
                 FArg{"content"})
         .title("Content")
         .hidden()

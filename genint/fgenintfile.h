@@ -2,25 +2,10 @@
 #ifndef FGENINTFILE_H
 #define FGENINTFILE_H
 #include "fmanaged.h"
+#include "fscripttype.h"
 
 /// The group of entries that holds files and geometry exports.
 extern const std::string ENTRYGROUP_EXPORTS;
-
-/// The text of a file. One that came as bytes of ASCII is kept so and widened only when that is
-/// asked for.
-class FGenIntContent
-{
-public:
-    FGenIntContent(const QString &text = QLatin1String("")) : mText(text) {}
-    static FGenIntContent fromUtf8(const QByteArray &bytes);
-    const QString &text() const;
-    /// Null unless the text is at hand in this form.
-    const QByteArray &ascii() const { return mAscii; }
-
-private:
-    mutable QString mText;
-    QByteArray mAscii;
-};
 
 /// A text file that is stored inside an integration: the project holds the text, not a path.
 class FGenIntFile : public FManaged
@@ -36,11 +21,12 @@ public:
 
     /// Takes plain text, or "[B64]" and the base64 form of UTF-8 bytes.
     std::shared_ptr<FGenIntFile> setContent(const QString &text);
-    std::shared_ptr<FGenIntFile> setContentUtf8(const std::shared_ptr<const FString> &text);
     /// The saved form: always "[B64]" and base64.
     QString getContent() const;
-    const QString &text() const { return mContent.text(); }
-    const FGenIntContent &content() const { return mContent; }
+    /// The text itself, in the form that was given or made from it when first asked for.
+    const QString &text() const;
+    /// The same in UTF-8 if it came so; null for a text that came as QString.
+    const std::shared_ptr<const std::string> &utf8() const { return mUtf8; }
     const QString &getFileName() const { return mFileName; }
     /// Takes text and name of a file on disk; does nothing if it can't be opened.
     void initFromFile(const QString &path);
@@ -51,10 +37,12 @@ public:
     static void initCmds();
 
 private:
-    std::shared_ptr<FGenIntFile> changeContent(const FGenIntContent &content);
+    std::shared_ptr<FGenIntFile> setContentFromScript(const FUtf8Text &text);
+    std::shared_ptr<FGenIntFile> contentChanged();
 
     QString mFileName;
-    FGenIntContent mContent;
+    mutable QString mContent = QLatin1String(""); // null as long as only the UTF-8 form is there
+    std::shared_ptr<const std::string> mUtf8;
     bool mForceWindowsLineEndings = false;
 };
 #endif

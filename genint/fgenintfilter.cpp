@@ -4,13 +4,13 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
-#include <map>
+#include <tuple>
+#include <unordered_map>
 #ifdef __x86_64__
 #include <immintrin.h>
 #endif
 
-namespace
-{
+namespace {
 constexpr size_t kCounters = 1 << 14;
 constexpr qint64 kPiece = 4096; // places that are sifted before the hits are looked at
 
@@ -23,6 +23,14 @@ quint32 foldFour(quint32 v)
     const quint32 low = v & 0x7F7F7F7FU;
     const quint32 letters = (low + 0x3F3F3F3FU) & ~(low + 0x25252525U) & ~v & 0x80808080U;
     return v | (letters >> 2);
+}
+
+/// Makes all digits the same: sets of half bytes cannot tell them apart.
+quint32 blurFour(quint32 v)
+{
+    const quint32 low = v & 0x7F7F7F7FU;
+    const quint32 digits = (low + 0x50505050U) & ~(low + 0x46464646U) & ~v & 0x80808080U;
+    return v & ~((digits >> 7) * 0x0FU);
 }
 
 quint32 hashOf(quint32 key) { return (key * 2654435761U) >> 18; }
@@ -38,6 +46,11 @@ quint32 loadKey(const char *p, int length)
 __attribute__((target("avx2"))) inline __m256i load(const uchar *p)
 {
     return _mm256_loadu_si256(reinterpret_cast<const __m256i *>(p));
+}
+
+__attribute__((target("avx2"))) inline __m256i spread(uchar c)
+{
+    return _mm256_set1_epi8(static_cast<char>(c));
 }
 
 /// Notes all places in [0, \p n) where some group of windows may match; reads 35 bytes beyond. All
@@ -67,8 +80,7 @@ __attribute__((target("avx2"))) int sift(const uchar *p, qint64 n, const uchar *
             _mm256_and_si256(_mm256_shuffle_epi8(low2, v2), _mm256_shuffle_epi8(high2, h2));
         const __m256i g3 =
             _mm256_and_si256(_mm256_shuffle_epi8(low3, v3), _mm256_shuffle_epi8(high3, h3));
-        const __m256i groups =
-            _mm256_and_si256(_mm256_and_si256(g0, g1), _mm256_and_si256(g2, g3));
+        const __m256i groups = _mm256_and_si256(_mm256_and_si256(g0, g1), _mm256_and_si256(g2, g3));
         auto bits = ~static_cast<quint32>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(groups, zero)));
         while (bits) {
             places[count++] = static_cast<quint16>(i + __builtin_ctz(bits));
@@ -83,19 +95,17 @@ __attribute__((target("avx2"))) int sift(const uchar *p, qint64 n, const uchar *
 __attribute__((target("avx2"))) int siftOne(const uchar *p, qint64 n, const uchar *masks,
                                             quint16 *places)
 {
-    __m256i c[FGenIntFilter::kWindow];
-    __m256i fold[FGenIntFilter::kWindow];
-    for (int k = 0; k < FGenIntFilter::kWindow; ++k) {
-        c[k] = _mm256_set1_epi8(static_cast<char>(masks[k]));
-        fold[k] = _mm256_set1_epi8(static_cast<char>(masks[FGenIntFilter::kWindow + k]));
-    }
+    const __m256i c0 = spread(masks[0]), f0 = spread(masks[4]);
+    const __m256i c1 = spread(masks[1]), f1 = spread(masks[5]);
+    const __m256i c2 = spread(masks[2]), f2 = spread(masks[6]);
+    const __m256i c3 = spread(masks[3]), f3 = spread(masks[7]);
     int count = 0;
     for (qint64 i = 0; i < n; i += 32) {
-        __m256i same = _mm256_cmpeq_epi8(_mm256_or_si256(load(p + i), fold[0]), c[0]);
-        for (int k = 1; k < FGenIntFilter::kWindow; ++k) {
-            same = _mm256_and_si256(
-                same, _mm256_cmpeq_epi8(_mm256_or_si256(load(p + i + k), fold[k]), c[k]));
-        }
+        const __m256i s0 = _mm256_cmpeq_epi8(_mm256_or_si256(load(p + i), f0), c0);
+        const __m256i s1 = _mm256_cmpeq_epi8(_mm256_or_si256(load(p + i + 1), f1), c1);
+        const __m256i s2 = _mm256_cmpeq_epi8(_mm256_or_si256(load(p + i + 2), f2), c2);
+        const __m256i s3 = _mm256_cmpeq_epi8(_mm256_or_si256(load(p + i + 3), f3), c3);
+        const __m256i same = _mm256_and_si256(_mm256_and_si256(s0, s1), _mm256_and_si256(s2, s3));
         auto bits = static_cast<quint32>(_mm256_movemask_epi8(same));
         while (bits) {
             places[count++] = static_cast<quint16>(i + __builtin_ctz(bits));
@@ -129,26 +139,36 @@ bool FGenIntFilter::isSupported()
 #endif
 }
 
-FGenIntFilter::Sample::Sample(const uchar *text, qint64 from, qint64 to) : mCounts(kCounters, 0)
+FGenIntFilter::Sample::Sample(const uchar *text, qint64 from, qint64 to)
+    : mCounts(kCounters, 0)
+    , mBlurred(kCounters, 0)
 {
     constexpr qint64 pieces = 16;
     constexpr qint64 length = 4096;
     const qint64 step = std::max((to - from) / pieces, length);
+    const auto increase = [](quint16 *count) {
+        *count += *count < std::numeric_limits<quint16>::max();
+    };
     for (qint64 begin = from; begin < to; begin += step) {
         const qint64 end = std::min(begin + length, to) - (kWindow - 1);
         for (qint64 i = begin; i < end; ++i) {
             quint32 key;
             memcpy(&key, text + i, sizeof key);
-            quint16 &count = mCounts[hashOf(foldFour(key))];
-            count += count < std::numeric_limits<quint16>::max();
+            key = foldFour(key);
+            increase(&mCounts[hashOf(key)]);
+            increase(&mBlurred[hashOf(blurFour(key))]);
         }
     }
 }
 
-quint32 FGenIntFilter::Sample::count(const char *window, int length) const
+FGenIntFilter::Sample::Cost FGenIntFilter::Sample::cost(const char *window, int length) const
 {
     // A shorter window is taken for frequent: it is only chosen where there is no other.
-    return length < kWindow ? kCounters : mCounts[hashOf(loadKey(window, length))];
+    if (length < kWindow) {
+        return {kCounters, kCounters};
+    }
+    const quint32 key = loadKey(window, length);
+    return {mCounts[hashOf(key)], mBlurred[hashOf(blurFour(key))]};
 }
 
 FGenIntFilter::FGenIntFilter(const std::vector<std::string> &patterns, const Sample &sample)
@@ -161,7 +181,6 @@ FGenIntFilter::FGenIntFilter(const std::vector<std::string> &patterns, const Sam
 
 void FGenIntFilter::chooseWindows(const Sample &sample)
 {
-    std::map<std::string, int> shared; // by how many patterns a window could serve for
     const auto lengthOf = [](const std::string &p) {
         return static_cast<int>(std::min<size_t>(p.size(), kWindow));
     };
@@ -169,36 +188,57 @@ void FGenIntFilter::chooseWindows(const Sample &sample)
     const auto placesOf = [&](const std::string &p) {
         return std::min<size_t>(p.size(), 64) - static_cast<size_t>(lengthOf(p)) + 1;
     };
+    // A pattern that is shorter than a window has one that no longer pattern shares.
+    const auto keyOf = [&](const std::string &p, size_t at) {
+        return static_cast<quint64>(lengthOf(p)) << 32 | loadKey(p.data() + at, lengthOf(p));
+    };
+    std::unordered_map<quint64, int> shared; // how many patterns a window could serve for
+    std::unordered_map<quint32, int> sharedBlurred;
     for (const std::string &p : mPatterns) {
         for (size_t at = 0; at < placesOf(p); ++at) {
-            ++shared[p.substr(at, static_cast<size_t>(lengthOf(p)))];
+            ++shared[keyOf(p, at)];
+            ++sharedBlurred[blurFour(loadKey(p.data() + at, lengthOf(p)))];
         }
     }
-    std::map<std::string, size_t> known;
+    std::unordered_map<quint64, size_t> known;
     for (size_t i = 0; i < mPatterns.size(); ++i) {
         const std::string &p = mPatterns[i];
         const int length = lengthOf(p);
+        // What is looked for shall pass the sieve seldom and serve for many patterns; what a hit is
+        // checked by first shall tell these patterns apart.
         size_t best = 0;
-        std::pair<quint32, int> bestCost(std::numeric_limits<quint32>::max(), 0);
+        size_t check = 0;
+        using Cost = std::tuple<quint32, int, quint32>;
+        Cost bestCost(std::numeric_limits<quint32>::max(), 0, 0);
+        Cost checkCost = bestCost;
         for (size_t at = 0; at < placesOf(p); ++at) {
-            const std::pair<quint32, int> cost(
-                sample.count(p.data() + at, length),
-                -shared[p.substr(at, static_cast<size_t>(length))]);
-            if (cost < bestCost) {
-                bestCost = cost;
+            const auto cost = sample.cost(p.data() + at, length);
+            const int serves = shared[keyOf(p, at)];
+            // All that look alike to the sieve share the cost of what passes it.
+            const int alike = sharedBlurred[blurFour(loadKey(p.data() + at, length))];
+            const quint32 passing = cost.exact + cost.blurred / static_cast<quint32>(alike);
+            const Cost lookCost(passing / 8, -serves, cost.exact);
+            if (lookCost < bestCost) {
+                bestCost = lookCost;
                 best = at;
             }
+            const Cost tellCost(static_cast<quint32>(serves), 0, cost.exact);
+            if (tellCost < checkCost) {
+                checkCost = tellCost;
+                check = at;
+            }
         }
-        const std::string text = p.substr(best, static_cast<size_t>(length));
-        const auto entry = known.emplace(text, mWindows.size());
+        const auto entry = known.emplace(keyOf(p, best), mWindows.size());
         if (entry.second) {
-            Window window;
-            window.length = length;
-            window.key = loadKey(text.data(), length);
-            window.care = length == kWindow ? ~0U : (1U << (8 * length)) - 1;
-            mWindows.push_back(window);
+            Window fresh;
+            fresh.length = length;
+            fresh.key = loadKey(p.data() + best, length);
+            fresh.care = length == kWindow ? ~0U : (1U << (8 * length)) - 1;
+            mWindows.push_back(fresh);
         }
-        mWindows[entry.first->second].patterns.emplace_back(i, static_cast<qint64>(best));
+        Window &window = mWindows[entry.first->second];
+        window.patterns.push_back({i, static_cast<qint64>(best), static_cast<qint64>(check),
+                                   loadKey(p.data() + check, length)});
     }
 }
 
@@ -269,13 +309,20 @@ qint64 FGenIntFilter::compare(const Window &window, const uchar *text, qint64 at
                               qint64 to, const std::function<void(size_t, qint64)> &hit) const
 {
     qint64 work = 0;
-    for (const auto &entry : window.patterns) {
-        const std::string &pattern = mPatterns[entry.first];
-        const qint64 begin = at - entry.second;
+    for (const Use &use : window.patterns) {
+        const std::string &pattern = mPatterns[use.pattern];
+        const qint64 begin = at - use.windowAt;
         const auto size = static_cast<qint64>(pattern.size());
         ++work;
         if (begin < from || begin + size > to) {
             continue;
+        }
+        if (window.length == kWindow) {
+            quint32 key;
+            memcpy(&key, text + begin + use.checkAt, sizeof key);
+            if (foldFour(key) != use.checkKey) {
+                continue;
+            }
         }
         qint64 i = 0;
         while (i < size && foldByte(text[begin + i]) == static_cast<uchar>(pattern[size_t(i)])) {
@@ -283,7 +330,7 @@ qint64 FGenIntFilter::compare(const Window &window, const uchar *text, qint64 at
         }
         work += i / 8;
         if (i == size) {
-            hit(entry.first, begin);
+            hit(use.pattern, begin);
         }
     }
     return work;
@@ -299,7 +346,8 @@ qint64 FGenIntFilter::verify(const uchar *text, qint64 at, qint64 from, qint64 t
     const size_t size = mTable.size();
     for (size_t i = hashOf(key) & (size - 1); mTable[i].window >= 0; i = (i + 1) & (size - 1)) {
         if (mTable[i].key == key) {
-            work += compare(mWindows[static_cast<size_t>(mTable[i].window)], text, at, from, to, hit);
+            work +=
+                compare(mWindows[static_cast<size_t>(mTable[i].window)], text, at, from, to, hit);
             break;
         }
     }
@@ -313,9 +361,10 @@ qint64 FGenIntFilter::verify(const uchar *text, qint64 at, qint64 from, qint64 t
     return work;
 }
 
-qint64 FGenIntFilter::scan(const uchar *text, qint64 from, qint64 to,
-                           const std::function<void(size_t, qint64)> &hit) const
+bool FGenIntFilter::scan(const uchar *text, qint64 from, qint64 to, qint64 *work,
+                         const std::function<void(size_t, qint64)> &hit) const
 {
+    const qint64 most = *work;
     quint16 places[kPiece + 32];
     uchar rest[kPiece + 64];
     uchar one[2 * kWindow];
@@ -329,7 +378,7 @@ qint64 FGenIntFilter::scan(const uchar *text, qint64 from, qint64 to,
     }
     const uchar *masks = single ? one : mMasks[0][0].data();
     const auto find = single ? siftOne : sift;
-    qint64 work = 0;
+    *work = 0;
     for (qint64 begin = from; begin < to; begin += kPiece) {
         const qint64 n = std::min(kPiece, to - begin);
         int count = 0;
@@ -345,9 +394,12 @@ qint64 FGenIntFilter::scan(const uchar *text, qint64 from, qint64 to,
         }
         for (int i = 0; i < count; ++i) {
             if (places[i] < n) {
-                work += verify(text, begin + places[i], from, to, hit);
+                *work += verify(text, begin + places[i], from, to, hit);
             }
         }
+        if (*work > most) {
+            return false;
+        }
     }
-    return work;
+    return true;
 }

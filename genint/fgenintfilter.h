@@ -24,10 +24,15 @@ public:
     {
     public:
         Sample(const uchar *text, qint64 from, qint64 to);
-        quint32 count(const char *window, int length) const;
+        /// How often a window was seen, and how often any with other digits in their places.
+        struct Cost
+        {
+            quint32 exact, blurred;
+        };
+        Cost cost(const char *window, int length) const;
 
     private:
-        std::vector<quint16> mCounts;
+        std::vector<quint16> mCounts, mBlurred;
     };
 
     /// True if this processor can do it.
@@ -37,17 +42,26 @@ public:
     FGenIntFilter(const std::vector<std::string> &patterns, const Sample &sample);
 
     /// Calls \p hit with pattern and position for all that lies wholly in the stretch, which holds
-    /// ASCII only. Gives the number of comparisons made.
-    qint64 scan(const uchar *text, qint64 from, qint64 to,
-                const std::function<void(size_t, qint64)> &hit) const;
+    /// ASCII only. \p work holds how many comparisons it may take and is told how many it took;
+    /// false if it gave up at that.
+    bool scan(const uchar *text, qint64 from, qint64 to, qint64 *work,
+              const std::function<void(size_t, qint64)> &hit) const;
 
 private:
+    /// A pattern that a window serves for.
+    struct Use
+    {
+        size_t pattern;
+        qint64 windowAt; ///< where in the pattern the window stands
+        qint64 checkAt;  ///< and where the characters that tell the pattern from the others
+        quint32 checkKey;
+    };
     struct Window
     {
-        quint32 key = 0;   ///< its folded characters
-        quint32 care = 0;  ///< bits of the key that count; fewer for short patterns
+        quint32 key = 0;  ///< its folded characters
+        quint32 care = 0; ///< bits of the key that count; fewer for short patterns
         int length = 0;
-        std::vector<std::pair<size_t, qint64>> patterns; ///< and where in them it stands
+        std::vector<Use> patterns;
     };
     struct Slot
     {
@@ -64,8 +78,8 @@ private:
 
     std::vector<std::string> mPatterns;
     std::vector<Window> mWindows;
-    std::vector<int> mShort;    ///< windows of less than full length
-    std::vector<Slot> mTable;   ///< windows of full length by hash of their key
+    std::vector<int> mShort;  ///< windows of less than full length
+    std::vector<Slot> mTable; ///< windows of full length by hash of their key
     alignas(32) std::array<std::array<std::array<uchar, 32>, 2>, kWindow> mMasks = {};
 };
 #endif

@@ -18,6 +18,21 @@ void aborted(const std::string &message)
     FLogMsg::info("FGenIntReader", message, "parsing process aborted", &std::cout);
 }
 
+std::string typeName(const FGenIntResultsFileValue &value)
+{
+    const auto type = value.mType.getPtr();
+    return type ? type->getClass() : FDouble::mpNull->getClass();
+}
+
+/// Tells of each value why it is not in the table, which stays as it was.
+void noteMissing(const FGenIntResultsFile &file, FTableData *table, const char *note)
+{
+    std::vector<FTableData::Missing> missing;
+    for (const auto &value : file.values())
+        missing.push_back({value->mName, typeName(*value), note});
+    table->setMissing(std::move(missing));
+}
+
 std::string whereText(const QString &path, const FGenIntReading &reading)
 {
     if (reading.line <= 0)
@@ -104,10 +119,12 @@ void FGenIntReader::read(const FExpr<FGenIntResultsFile> &handle,
     }
     mImportedObjects.clear();
     const auto text = FGenIntText::fromString(file->text());
-    if (!text || text->isEmpty())
+    if (!text || text->isEmpty()) {
         aborted("Empty content, nothing to parse");
-    else
+        noteMissing(*file, table.get(), "empty file");
+    } else {
         fill(*file, table, *text, QString(), QString());
+    }
 }
 
 void FGenIntReader::read(const FExpr<FGenIntResultsFile> &handle,
@@ -133,8 +150,10 @@ void FGenIntReader::readFile(const FExpr<FGenIntResultsFile> &handle,
         if (QFileInfo::exists(path)) // it is there, so its name alone doesn't tell the reason
             FLogMsg::info("FGenIntReader", S(path) + ": " + S(why), std::string(), &std::cout);
         aborted("Could not open file " + S(path) + " for reading");
+        noteMissing(*file, table.get(), "no file");
     } else if (text->isEmpty()) {
         aborted("Empty content, nothing to parse");
+        noteMissing(*file, table.get(), "empty file");
     } else {
         fill(*file, table, *text, path, directory);
     }
@@ -160,6 +179,7 @@ void FGenIntReader::fill(const FGenIntResultsFile &file, const std::shared_ptr<F
     FGenIntReaderCore core(text);
     static const int limit = FIni().value(QStringLiteral("Reader/timeLimit"), 5000).toInt();
     core.setTimeLimit(limit);
+    core.setCountLines(mTellPlaces);
     std::vector<std::vector<double>> rows;
     std::vector<std::string> names, tooltips;
     std::vector<FTableData::Origin> origins;
@@ -167,7 +187,7 @@ void FGenIntReader::fill(const FGenIntResultsFile &file, const std::shared_ptr<F
         const FGenIntResultsFileValue &value = *values[size_t(reading.rule)];
         names.push_back(value.mName);
         const auto type = value.mType.getPtr();
-        QString tooltip = Q(type ? type->getClass() : FDouble::mpNull->getClass());
+        QString tooltip = Q(typeName(value));
         std::string note = S(reading.notes.join(QStringLiteral(", ")));
         if (!isNumberType(value.mType)) {
             tooltip += "|" + reading.cell;
@@ -185,4 +205,5 @@ void FGenIntReader::fill(const FGenIntResultsFile &file, const std::shared_ptr<F
     table->setAllVerticalHeaders(std::move(names));
     table->setAllVerticalHeadersTooltips(std::move(tooltips));
     table->setOrigins(std::move(origins));
+    table->setMissing({});
 }

@@ -13,8 +13,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-namespace
-{
+namespace {
 QString numberPattern() { return QStringLiteral("[-+]?(\\.\\d+|\\d+(\\.\\d+)?)([Ee][-+]?\\d+)?"); }
 
 FGenIntReading givenUp(int rule)
@@ -147,7 +146,10 @@ QVector<FGenIntReading> readAs(const FGenIntText &text, const QVector<FGenIntRul
 }
 } // namespace
 
-FGenIntReaderCore::FGenIntReaderCore(const FGenIntText &text) : mText(text) {}
+FGenIntReaderCore::FGenIntReaderCore(const FGenIntText &text)
+    : mText(text)
+{
+}
 
 QVector<FGenIntReading> FGenIntReaderCore::read(const QVector<FGenIntRule> &rules,
                                                 const FGenIntColumns &columns) const

@@ -15,9 +15,9 @@ struct FGenIntRule
 {
     std::string name;
     int line = 0, column = 0;
-    std::string anchor;   ///< UTF-8; empty: the whole text
-    bool first = false;   ///< first or last occurrence of the anchor
-    bool average = false; ///< mean of the last rows; anchor and line play no part then
+    std::string anchor;       ///< UTF-8; empty: the whole text
+    bool first = false;       ///< first or last occurrence of the anchor
+    bool average = false;     ///< mean of the last rows; anchor and line play no part then
     unsigned averageRows = 0; ///< taken as int: 0, or more than fits, makes an empty span
 };
 
@@ -51,7 +51,8 @@ public:
     /// up: NaN with the note "read took too long".
     void setTimeLimit(int milliseconds) { mTimeLimitMs = milliseconds; }
 
-    /// False: FGenIntReading::line stays 0, and the text ahead of what is read need not be looked at.
+    /// False: FGenIntReading::line stays 0, and the text ahead of what is read need not be looked
+    /// at.
     void setCountLines(bool count) { mCountLines = count; }
 
     /// Readings in reading order: by place of the anchor, line, column, name. An empty text has

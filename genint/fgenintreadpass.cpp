@@ -7,11 +7,19 @@
 #include <algorithm>
 #include <limits>
 
-namespace
+namespace {
+template <class U>
+const U *unitsOf(const FGenIntText &text);
+template <>
+const uchar *unitsOf(const FGenIntText &text)
 {
-template <class U> const U *unitsOf(const FGenIntText &text);
-template <> const uchar *unitsOf(const FGenIntText &text) { return text.bytes(); }
-template <> const char16_t *unitsOf(const FGenIntText &text) { return text.wide(); }
+    return text.bytes();
+}
+template <>
+const char16_t *unitsOf(const FGenIntText &text)
+{
+    return text.wide();
+}
 
 int toColumn(qint64 column)
 {
@@ -25,7 +33,11 @@ constexpr qint64 kLongSearch = 3000;
 template <class U>
 FGenIntReadPass<U>::FGenIntReadPass(const FGenIntText &text, const QVector<FGenIntRule> &rules,
                                     const FGenIntColumns &columns)
-    : mText(text), mRules(rules), mUnits(unitsOf<U>(text)), mSeparator(columns), mFinder(mSeparator)
+    : mText(text)
+    , mRules(rules)
+    , mUnits(unitsOf<U>(text))
+    , mSeparator(columns)
+    , mFinder(mSeparator)
 {
     mTrimmed = mText.size();
     while (mTrimmed > 0) {
@@ -41,7 +53,8 @@ FGenIntReadPass<U>::FGenIntReadPass(const FGenIntText &text, const QVector<FGenI
     sortIndices();
 }
 
-template <class U> void FGenIntReadPass<U>::findRules()
+template <class U>
+void FGenIntReadPass<U>::findRules()
 {
     const auto count = static_cast<size_t>(mRules.size());
     std::vector<FGenIntAnchor> anchors;
@@ -99,7 +112,8 @@ template <class U> void FGenIntReadPass<U>::findRules()
     }
 }
 
-template <class U> void FGenIntReadPass<U>::sortIndices()
+template <class U>
+void FGenIntReadPass<U>::sortIndices()
 {
     std::map<qint64, QVector<int>> groups;
     for (int i = 0; i < mRules.size(); ++i) {
@@ -123,7 +137,8 @@ template <class U> void FGenIntReadPass<U>::sortIndices()
     }
 }
 
-template <class U> void FGenIntReadPass<U>::start(int timeLimitMs)
+template <class U>
+void FGenIntReadPass<U>::start(int timeLimitMs)
 {
     mTimeLimitMs = timeLimitMs;
     mClock.start();
@@ -254,8 +269,7 @@ typename FGenIntReadPass<U>::Line FGenIntReadPass<U>::lineFromTop(qint64 from, q
 }
 
 template <class U>
-typename FGenIntReadPass<U>::Line FGenIntReadPass<U>::lineFromEnd(qint64 limit,
-                                                                  qint64 number) const
+typename FGenIntReadPass<U>::Line FGenIntReadPass<U>::lineFromEnd(qint64 limit, qint64 number) const
 {
     Line line;
     line.there = false;
@@ -280,7 +294,8 @@ typename FGenIntReadPass<U>::Line FGenIntReadPass<U>::lineFromEnd(qint64 limit,
     return line;
 }
 
-template <class U> void FGenIntReadPass<U>::trim(Line *line) const
+template <class U>
+void FGenIntReadPass<U>::trim(Line *line) const
 {
     mText.examine(line->begin, line->end);
     if (line->end > line->begin && mUnits[line->end - 1] == '\r') {
@@ -323,7 +338,8 @@ int FGenIntReadPass<U>::doubtsOf(const Line &line, qint64 from, bool anchored, q
            (lacksNumber(units, size, from, cell) ? Lacks : NoDoubt);
 }
 
-template <class U> bool FGenIntReadPass<U>::isUnfinished(qint64 end) const
+template <class U>
+bool FGenIntReadPass<U>::isUnfinished(qint64 end) const
 {
     const qint64 size = mText.size();
     return size > 0 && mText.lineFeedFrom(end, 1, size) < 0 && mUnits[size - 1] != '\r';
@@ -342,7 +358,8 @@ void FGenIntReadPass<U>::place(qint64 physical, qint64 cell, qint64 length,
     }
 }
 
-template <class U> void FGenIntReadPass<U>::openAverage(Average *average) const
+template <class U>
+void FGenIntReadPass<U>::openAverage(Average *average) const
 {
     const qint64 rows = average->rows;
     average->start = mTrimmed;
@@ -364,7 +381,8 @@ template <class U> void FGenIntReadPass<U>::openAverage(Average *average) const
     }
 }
 
-template <class U> typename FGenIntReadPass<U>::Outcome FGenIntReadPass<U>::readAverages()
+template <class U>
+typename FGenIntReadPass<U>::Outcome FGenIntReadPass<U>::readAverages()
 {
     mAverages.clear();
     mAverageOf.clear();
@@ -435,15 +453,15 @@ typename FGenIntReadPass<U>::Outcome FGenIntReadPass<U>::readRow(const Line &row
             average.full = ++average.count == average.rows;
             if (own) {
                 ++average.numeric;
-                average.doubts |=
-                    doubtsOf(line, row.begin, false, average.cell, average.length);
+                average.doubts |= doubtsOf(line, row.begin, false, average.cell, average.length);
             }
         }
     }
     return Done;
 }
 
-template <class U> void FGenIntReadPass<U>::report(const Average &average, FGenIntReading *reading)
+template <class U>
+void FGenIntReadPass<U>::report(const Average &average, FGenIntReading *reading)
 {
     if (average.count > 0) {
         reading->value = average.sum / static_cast<double>(average.count);

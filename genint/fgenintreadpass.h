@@ -13,7 +13,8 @@
 /// Rule by rule pass over a text in one of its forms, bytes or UTF-16.
 ///
 /// The results are void if the text is found not to be plain on the way.
-template <class U> class FGenIntReadPass
+template <class U>
+class FGenIntReadPass
 {
 public:
     FGenIntReadPass(const FGenIntText &text, const QVector<FGenIntRule> &rules,
@@ -37,7 +38,7 @@ private:
     struct Line
     {
         qint64 begin = 0, end = 0;
-        qint64 physical = 0; ///< begin of the physical line
+        qint64 physical = 0;    ///< begin of the physical line
         bool there = true;      ///< false: nothing is read
         bool displaced = false; ///< another line than the one asked for
     };
@@ -78,7 +79,7 @@ private:
     const FGenIntText &mText;
     const QVector<FGenIntRule> &mRules;
     const U *mUnits = nullptr;
-    qint64 mTrimmed = 0; ///< size without the white space at the end
+    qint64 mTrimmed = 0;           ///< size without the white space at the end
     std::vector<qint64> mAnchorAt; ///< of each rule, in the trimmed text
     std::vector<qint64> mSortKey;  ///< of each rule, in the whole text; 0 without a hit
     std::vector<int> mAnchorSize;  ///< of each rule, in units

@@ -14,8 +14,7 @@
 #include <immintrin.h>
 #endif
 
-namespace
-{
+namespace {
 /// Counts line feeds one by one, and ors all bytes into \p bits.
 quint32 lookSlowly(const uchar *p, qint64 n, uchar *bits)
 {
@@ -88,7 +87,8 @@ qint64 nextFeed(const char16_t *p, qint64 from, qint64 to)
     return hit < p + to ? hit - p : -1;
 }
 
-template <class U> qint64 lastFeed(const U *p, qint64 from, qint64 to)
+template <class U>
+qint64 lastFeed(const U *p, qint64 from, qint64 to)
 {
     while (to > from) {
         if (p[--to] == '\n') {
@@ -115,7 +115,10 @@ QString kindOf(const struct stat &info)
 class FDescriptor
 {
 public:
-    explicit FDescriptor(int fd) : mFd(fd) {}
+    explicit FDescriptor(int fd)
+        : mFd(fd)
+    {
+    }
     FDescriptor(const FDescriptor &) = delete;
     FDescriptor &operator=(const FDescriptor &) = delete;
     ~FDescriptor()
@@ -129,6 +132,9 @@ public:
 private:
     int mFd;
 };
+
+// Bytes; below it, reading costs less than the page faults and the unmapping.
+constexpr size_t kMapFrom = 65536;
 
 bool readWhole(int fd, std::string *content)
 {
@@ -179,14 +185,14 @@ std::unique_ptr<FGenIntText> FGenIntText::fromFile(const QString &path, QString 
     }
     std::unique_ptr<FGenIntText> text(new FGenIntText);
     const auto size = static_cast<size_t>(info.st_size);
-    void *map = size ? ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE, file.get(), 0) : MAP_FAILED;
+    void *map = size >= kMapFrom ? ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE, file.get(), 0) : MAP_FAILED;
     if (map != MAP_FAILED) {
         text->mMap = map;
         text->mMapSize = size;
         text->setBytes(static_cast<const uchar *>(map), static_cast<qint64>(size));
         return text;
     }
-    // Some file systems cannot map, and some files of no length have content all the same.
+    // Small, or of no length but with content all the same, or of a file system that cannot map.
     if (!readWhole(file.get(), &text->mRead)) {
         reason = qt_error_string(errno);
         return nullptr;
@@ -233,8 +239,8 @@ void FGenIntText::setBytes(const uchar *bytes, qint64 size)
 
 void FGenIntText::widen() const
 {
-    const uchar *whole = mMap ? static_cast<const uchar *>(mMap)
-                              : reinterpret_cast<const uchar *>(mRead.data());
+    const uchar *whole =
+        mMap ? static_cast<const uchar *>(mMap) : reinterpret_cast<const uchar *>(mRead.data());
     const qint64 size = static_cast<qint64>(mMap ? mMapSize : mRead.size());
     // The pieces are those a text stream reads; how a sequence that is broken at their border comes
     // out depends on them.

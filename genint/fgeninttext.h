@@ -11,8 +11,8 @@
 ///
 /// A file of plain ASCII stays as it is mapped and is looked at piece by piece, only where somebody
 /// asks; anything else is decoded into UTF-16 once (UTF-8, or what a byte order mark says). All
-/// positions count units of the present form, from 0. Not thread-safe, not even for const calls: the
-/// text remembers what it has already looked at.
+/// positions count units of the present form, from 0. Not thread-safe, not even for const calls:
+/// the text remembers what it has already looked at.
 class FGenIntText
 {
 public:
@@ -41,7 +41,8 @@ public:
     /// Goes over to UTF-16; positions got before are void.
     void widen() const;
 
-    /// Position of the \p n th line feed (from 1) at or behind \p from, before \p limit; -1 if none.
+    /// Position of the \p n th line feed (from 1) at or behind \p from, before \p limit; -1 if
+    /// none.
     qint64 lineFeedFrom(qint64 from, qint64 n, qint64 limit) const;
     /// Position of the \p n th line feed (from 1) before \p end, counted backward; -1 if there are
     /// not so many, and then \p found, if given, holds how many there are.

@@ -5,14 +5,15 @@
 #include "fgenintcommandfile.h"
 #include "fgenintwritercore.h"
 #include "flogmsg.h"
+#include "fpathmanager.h"
 #include "fsafefile.h"
 
 #include <QDir>
 #include <QHash>
+#include <algorithm>
 #include <iostream>
 
-namespace
-{
+namespace {
 const char kSource[] = "Generic Integration Writer";
 
 /// Gives the text of a tag: entries looked up by name, their values made once per write.
@@ -100,34 +101,36 @@ std::shared_ptr<FDefinitionGenInt> definitionOf(const FExpr<FConfigurationGenInt
     return definition;
 }
 
-/// The file is opened before a value is asked for, so that a folder that can't be written to is told
-/// first. What was begun and can't be ended is removed again.
-/// \p *folderThere is a folder that needn't be looked for again.
+/// The file is opened before a value is asked for, so that a folder that can't be written to is
+/// told first. \p *folderThere is a folder that needn't be looked for again.
 bool writeFile(const FGenIntCommandFile &file, const FTagValues &values, const QString &directory,
                QString *folderThere)
 {
     const QString path = directory + file.getFileName();
-    // A backslash separates folders too, though only here.
-    const QString folder =
-        path.left(qMax(path.lastIndexOf(QLatin1Char('/')), path.lastIndexOf(QLatin1Char('\\'))));
-    const QString target = safeJoin(directory, file.getFileName(), nullptr);
-    if (!target.isEmpty() && folder != *folderThere) {
-        if (QDir(folder).exists() || QDir().mkpath(folder))
-            *folderThere = folder;
-    }
-    FPlainFile out;
-    if (target.isEmpty() || !out.open(target, nullptr)) {
-        FLogMsg::info(kSource, "Could not open file " + S(path) + " for writing.",
-                      "Writing process aborted.", &std::cout);
-        return false;
-    }
-    file.expander().expandTo(std::cref(values), [&out](const char *data, qint64 size) {
-        out.append(data, size);
-    });
     QString why;
+    const auto fail = [&] {
+        const std::string message = "Could not open file " + S(path) + " for writing.";
+        FLogMsg::info(kSource, message, "Writing process aborted.", &std::cout);
+        if (FPathManager::instance()->runInProgress())
+            FPathManager::instance()->failRun("cannot write the input files: " + message + " " +
+                                              S(why));
+        return false;
+    };
+    const QString target = safeJoin(directory, file.getFileName(), &why);
+    if (target.isEmpty())
+        return fail();
+    // A backslash separates folders too, though only here.
+    const QString folder = path.left(std::max(path.lastIndexOf('/'), path.lastIndexOf('\\')));
+    if (folder != *folderThere && (QDir(folder).exists() || QDir().mkpath(folder)))
+        *folderThere = folder;
+    FPlainFile out;
+    if (!out.open(target, &why))
+        return fail();
+    file.expander().expandTo(std::cref(values),
+                             [&out](const char *data, qint64 size) { out.append(data, size); });
     if (out.finish(&why))
         return true;
-    FLogMsg::info(kSource, S(why), "Writing process aborted.", &std::cout);
+    FLogMsg::error(kSource, S(why), "Writing process aborted.", nullptr);
     return false;
 }
 } // namespace

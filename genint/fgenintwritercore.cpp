@@ -343,24 +343,17 @@ FGenIntExpander::FGenIntExpander(const QString &text, bool forceWindowsLineEndin
         prepare(forceWindowsLineEndings ? withCarriageReturns(text) : text);
 }
 
-FGenIntExpander FGenIntExpander::fromUtf8(const QByteArray &text, bool forceWindowsLineEndings)
+FGenIntExpander::FGenIntExpander(std::shared_ptr<const std::string> text,
+                                 bool forceWindowsLineEndings)
+    : mUtf8(std::move(text))
+    , mForceWindowsLineEndings(forceWindowsLineEndings)
 {
-    FGenIntExpander result;
-    result.mForceWindowsLineEndings = forceWindowsLineEndings;
-    result.mUtf8 = text;
-    result.prepare(text);
-    return result;
+    prepare(QByteArray::fromRawData(mUtf8->data(), int(mUtf8->size())));
 }
 
 bool FGenIntExpander::isFor(const QString &text, bool forceWindowsLineEndings) const
 {
-    return mForceWindowsLineEndings == forceWindowsLineEndings && mUtf8.isNull() && mText == text;
-}
-
-bool FGenIntExpander::isForUtf8(const QByteArray &text, bool forceWindowsLineEndings) const
-{
-    return mForceWindowsLineEndings == forceWindowsLineEndings && !mUtf8.isNull() &&
-           (mUtf8.constData() == text.constData() || mUtf8 == text);
+    return mForceWindowsLineEndings == forceWindowsLineEndings && !mUtf8 && mText == text;
 }
 
 /// Returns false if a name or the neighbour of a tag holds a question mark, which may stand for

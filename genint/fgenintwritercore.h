@@ -5,6 +5,7 @@
 #include <QString>
 #include <QVector>
 #include <functional>
+#include <memory>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -82,11 +83,14 @@ public:
     FGenIntExpander(const QString &text, bool forceWindowsLineEndings);
 
     /// The same for a text that is at hand in UTF-8, without going through UTF-16. \p text must be
-    /// valid UTF-8.
-    static FGenIntExpander fromUtf8(const QByteArray &text, bool forceWindowsLineEndings);
+    /// valid UTF-8; its memory is shared.
+    FGenIntExpander(std::shared_ptr<const std::string> text, bool forceWindowsLineEndings);
 
     bool isFor(const QString &text, bool forceWindowsLineEndings) const;
-    bool isForUtf8(const QByteArray &text, bool forceWindowsLineEndings) const;
+    bool isFor(const std::shared_ptr<const std::string> &text, bool forceWindowsLineEndings) const
+    {
+        return mForceWindowsLineEndings == forceWindowsLineEndings && mUtf8 == text;
+    }
 
     /// Hands the file of a design to \p sink, piece by piece: the UTF-8 form of the expanded text
     /// up to its first zero character. The rest of a template from an unclosed tag on is left out.
@@ -107,14 +111,13 @@ private:
         ushort highAtEnd = 0;
         bool hasZero = false;
     };
-    FGenIntExpander() = default;
     bool prepare(const QByteArray &utf8);
     void prepare(const QString &text);
     void addStretch(Stretch stretch, int end);
     void addName(const QString &name);
 
-    QString mText; // what was given, in the one form or in the other
-    QByteArray mUtf8;
+    QString mText;
+    std::shared_ptr<const std::string> mUtf8;
     bool mForceWindowsLineEndings = false;
     QByteArray mFixed;
     std::vector<Stretch> mStretches; // one before each tag and one at the end

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fprogram.h"
 
-#include <algorithm>
+#include "fprogramsearch.h"
+
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -14,45 +15,11 @@
 #include <unistd.h>
 
 namespace {
-const char kNotFound[] = "not found";
-const char kNotExecutable[] = "not executable";
-const char kIsDirectory[] = "is a directory";
-
-/// Finds \p name along PATH. Like a shell, passes over what can't be executed, but tells of it if
-/// nothing better comes. Null, with the file in \p path, if there is one.
-const char *findInPath(const std::string &name, std::string *path)
+const char *execProblem(const std::string &path, int error)
 {
-    const char *folders = ::getenv("PATH");
-    const std::string all = folders ? folders : "/usr/local/bin:/usr/bin:/bin";
-    const char *problem = kNotFound;
-    for (size_t begin = 0; begin <= all.size();) {
-        const size_t end = std::min(all.find(':', begin), all.size());
-        *path = all.substr(begin, end - begin);
-        *path += path->empty() ? "./" + name : '/' + name;
-        begin = end + 1;
-        struct stat status = {};
-        if (::stat(path->c_str(), &status) != 0)
-            continue;
-        if (S_ISDIR(status.st_mode))
-            problem = problem == kNotFound ? kIsDirectory : problem;
-        else if (::access(path->c_str(), X_OK) == 0)
-            return nullptr;
-        else
-            problem = kNotExecutable;
-    }
-    return problem;
-}
-
-const char *execProblem(const char *path, int error)
-{
-    struct stat status = {};
-    if (::stat(path, &status) != 0)
-        return errno == ENOENT || errno == ENOTDIR ? kNotFound : std::strerror(errno);
-    if (error == ENOENT)
-        return "its interpreter is not found";
-    if (error != EACCES)
-        return std::strerror(error);
-    return S_ISDIR(status.st_mode) ? kIsDirectory : kNotExecutable;
+    if (const char *problem = FProgramSearch::problemOf(path))
+        return problem;
+    return error == ENOENT ? "its interpreter is not found" : std::strerror(error);
 }
 
 struct FStart
@@ -99,7 +66,7 @@ pid_t FProgram::start(std::string *why) const
 {
     std::string path = command[0];
     if (path.find('/') == std::string::npos) {
-        if (const char *problem = path.empty() ? kNotFound : findInPath(command[0], &path)) {
+        if (const char *problem = FProgramSearch::find(command[0], ::getenv("PATH"), &path)) {
             *why = problem;
             return -1;
         }
@@ -117,6 +84,6 @@ pid_t FProgram::start(std::string *why) const
         return pid;
     while (::waitpid(pid, nullptr, 0) < 0 && errno == EINTR) {
     }
-    *why = execProblem(path.c_str(), start.error);
+    *why = execProblem(path, start.error);
     return -1;
 }

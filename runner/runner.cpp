@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "frunrequests.h"
 #include "fsupervisor.h"
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -31,6 +34,13 @@ bool send(int control, const std::string &text)
 
 int main(int argc, char **argv)
 {
+    FRunRequests requests;
+    if (argc == 3 && std::strcmp(argv[1], "--serve") == 0) {
+        if (!requests.receive(std::atoi(argv[2])))
+            return 0;
+        argc = requests.argc();
+        argv = requests.argv();
+    }
     FRunnerOptions options;
     std::string why;
     if (!options.parse(argc, argv, &why)) {

@@ -21,7 +21,7 @@ struct FCliOptions
     std::vector<std::string> computations, sets, expressions, templates;
     int jobs = 0;
     double timeout = -1;
-    bool allDesigns = false, keepGoing = false, json = false;
+    bool allDesigns = false, keepGoing = false, json = false, markdown = false;
 };
 
 namespace FCli
@@ -41,6 +41,8 @@ int help(const FCliOptions &options);
 int load(const FCliOptions &options);
 QJsonArray log();
 void print(const QJsonValue &json);
+/// For commands that ended before they had a result: the log alone.
+void printLogIfSilent();
 /// A number, a text or null.
 QJsonValue jsonOf(const FExprBase &expr);
 QJsonArray rowsOf(const FTableData &table, bool withTypes);

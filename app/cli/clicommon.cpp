@@ -57,8 +57,20 @@ QJsonArray FCli::log()
     return entries;
 }
 
+namespace
+{
+bool sPrinted = false;
+}
+
+void FCli::printLogIfSilent()
+{
+    if (!sPrinted)
+        print(QJsonObject{{"log", log()}});
+}
+
 void FCli::print(const QJsonValue &json)
 {
+    sPrinted = true;
     const QJsonDocument document =
         json.isArray() ? QJsonDocument(json.toArray()) : QJsonDocument(json.toObject());
     std::cout << document.toJson().toStdString() << std::flush;
@@ -87,24 +99,7 @@ QJsonValue FCli::jsonOf(const FExprBase &expr)
 
 QJsonArray FCli::rowsOf(const FTableData &table, bool withTypes)
 {
-    QJsonArray rows;
-    for (size_t i = 0; i < table.rows().size(); ++i) {
-        const std::string text = i < table.rowTexts().size() ? table.rowTexts()[i] : std::string();
-        const size_t bar = text.find('|');
-        const auto origin =
-            i < table.origins().size() ? table.origins()[i] : FTableData::Origin();
-        QJsonObject row{{"name", i < table.rowHeaders().size() ? Q(table.rowHeaders()[i]) : QString()},
-                        {"value", jsonNumber(table.getElementAt(int(i), 0, nullptr))},
-                        {"text", bar == std::string::npos ? QJsonValue()
-                                                          : QJsonValue(Q(text.substr(bar + 1)))},
-                        {"note", origin.note.empty() ? QJsonValue() : QJsonValue(Q(origin.note))},
-                        {"where",
-                         origin.where.empty() ? QJsonValue() : QJsonValue(Q(origin.where))}};
-        if (withTypes)
-            row["type"] = Q(text.substr(0, bar));
-        rows.append(row);
-    }
-    return rows;
+    return table.rowsJson(withTypes);
 }
 
 void FCli::print(const FTableData &table)
@@ -125,4 +120,6 @@ void FCli::print(const FTableData &table)
             line += "  ! " + table.origins()[i].note;
         out(line);
     }
+    for (const FTableData::Missing &missing : table.missing())
+        out("  " + missing.name + "  nan  ! " + missing.note);
 }

@@ -14,6 +14,7 @@
 #include <QFileInfo>
 #include <algorithm>
 #include <iostream>
+#include <map>
 
 int FCli::eval(const FCliOptions &options)
 {
@@ -97,7 +98,9 @@ int FCli::extract(const FCliOptions &options)
     for (const auto &file : templates) {
         const auto table = f_make_shared<FTableData>(S(file->getFileName()));
         const size_t before = FLogMsg::count();
-        FGenIntReader().readFile(file, table,
+        FGenIntReader reader;
+        reader.setTellPlaces(options.json);
+        reader.readFile(file, table,
                                  info.isDir() ? folder + "/" + file->getFileName() : info.filePath(),
                                  folder);
         if (table->rows().empty() && FLogMsg::count() > before)
@@ -121,34 +124,40 @@ int FCli::expand(const FCliOptions &options)
     const int loaded = load(options);
     if (loaded != kDone)
         return loaded;
-    QJsonArray files;
-    bool found = false;
-    for (const auto &handle : getEntities<FConfigurationGenInt>()) {
-        const auto configuration = handle.getPtr();
-        if (!options.configuration.empty() && configuration->getName() != options.configuration)
-            continue;
-        found = true;
-        if (!options.output.empty()) {
-            const QString folder = QDir(Q(options.output)).absolutePath() + "/";
-            if (!QDir().mkpath(folder) ||
-                !FGenIntWriter().write(FExpr<FConfigurationGenInt>(configuration), folder)) {
-                err("the input files could not be written to " + options.output);
-                return kUnwritable;
-            }
-        }
-        if (!options.json && !options.output.empty())
-            continue; // nobody sees the preview
-        for (const auto &file : configuration->getPreview()) {
-            if (options.json)
-                files.append(
-                    QJsonObject{{"name", Q(file.first)}, {"text", Q(file.second)}});
-            else
-                std::cout << "==> " << file.first << " <==\n" << file.second << "\n";
-        }
-    }
-    if (!found) {
+    std::vector<std::shared_ptr<FConfigurationGenInt>> chosen;
+    for (const auto &handle : getEntities<FConfigurationGenInt>())
+        if (options.configuration.empty() || handle.getPtr()->getName() == options.configuration)
+            chosen.push_back(handle.getPtr());
+    if (chosen.empty()) {
         err("the project has no such configuration");
         return kUsage;
+    }
+    QJsonArray files;
+    std::map<std::string, std::string> writers; // file name, then the configuration it comes from
+    const bool toFilesOnly = !options.output.empty() && !options.json && chosen.size() == 1;
+    for (size_t i = toFilesOnly ? chosen.size() : 0; i < chosen.size(); ++i) {
+        const auto &configuration = chosen[i];
+        for (const auto &[name, text] : configuration->getPreview()) {
+            const auto [at, isNew] = writers.emplace(name, configuration->getName());
+            if (!isNew && !options.output.empty()) {
+                err("both " + at->second + " and " + configuration->getName() + " write " + name +
+                    "; choose one with --configuration");
+                return kUsage;
+            }
+            if (options.json)
+                files.append(QJsonObject{{"name", Q(name)}, {"text", Q(text)}});
+            else if (options.output.empty())
+                std::cout << "==> " << name << " <==\n" << text << "\n";
+        }
+    }
+    const QString folder = QDir(Q(options.output)).absolutePath() + "/";
+    for (const auto &configuration : chosen) {
+        if (!options.output.empty() &&
+            !(QDir().mkpath(folder) &&
+              FGenIntWriter().write(FExpr<FConfigurationGenInt>(configuration), folder))) {
+            err("the input files could not be written to " + options.output);
+            return kUnwritable;
+        }
     }
     if (options.json)
         print(QJsonObject{{"files", files}, {"log", log()}});

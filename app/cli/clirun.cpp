@@ -144,6 +144,17 @@ public:
                 mColumns.push_back(parameter->getName());
         }
     }
+    QJsonObject toJson() const
+    {
+        QJsonObject all;
+        for (const auto &[design, row] : mRows) {
+            QJsonObject values;
+            for (const auto &[name, value] : row)
+                values[Q(name)] = value;
+            all[Q(design)] = values;
+        }
+        return all;
+    }
     void print() const
     {
         if (mOrder.empty() || mColumns.empty())
@@ -272,9 +283,9 @@ int FCli::run(const FCliOptions &options)
         } else {
             if (designs.size() == 1)
                 printRun(record, tables);
-            if (record.computation == chain.back()->getName())
-                summary.note(record.design);
         }
+        if (record.computation == chain.back()->getName())
+            summary.note(record.design);
         progress.show(queue);
     });
     {
@@ -286,6 +297,7 @@ int FCli::run(const FCliOptions &options)
         print(QJsonObject{{"project", Q(options.project)},
                           {"runs", runs},
                           {"parameters", parametersNow()},
+                          {"designs", summary.toJson()},
                           {"log", log()}});
     } else {
         summary.print();

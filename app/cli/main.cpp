@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli.h"
 
+#include "fdocumentation.h"
 #include "flogmsg.h"
 #include "fobject.h"
 #include "fproject.h"
@@ -83,7 +84,8 @@ int main(int argc, char **argv)
     import->add_option("FILE", options.file, "definition or set-up file (.ovdl)")->required();
     import->add_option("--output", options.output, "project file to write")->required();
 
-    json(command("commands", "List the script commands.", &FCli::commands));
+    json(command("commands", "List the script commands.", &FCli::commands))
+        ->add_flag("--markdown", options.markdown, "print the script reference");
     CLI::App *help = command("help", "Tell about a script word.", &FCli::help);
     help->add_option("TOPIC", options.topic, "a command, a class or a function");
 
@@ -94,9 +96,13 @@ int main(int argc, char **argv)
     }
     if (options.json)
         FLogMsg::setConsole(nullptr); // the log is part of the JSON
+    FDocuTranslator documentation;
+    QCoreApplication::installTranslator(&documentation);
     FObject::initPrototypes();
     FProject::instance()->clear();
     const int code = action(options);
+    if (options.json)
+        FCli::printLogIfSilent();
     FProject::instance()->clear();
     return code;
 }

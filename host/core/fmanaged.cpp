@@ -320,6 +320,8 @@ void FObjectManager::clear()
     for (const auto &object : all()) {
         object->setDestroyed(true);
         object->clearChildren();
+        object->setRecordedState(nullptr);
+        object->projectClosed();
     }
     mByName.clear();
     mById.clear();

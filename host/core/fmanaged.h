@@ -61,6 +61,9 @@ public:
     {
         objects->push_back(shared_from_this());
     }
+    /// The project is closed and nothing revives the object. Lets go of what may refer back to it:
+    /// a circle would keep itself alive.
+    virtual void projectClosed() {}
     /// False for objects that exist in every project, such as the implicit design.
     virtual bool isSaved() const { return true; }
     /// Texts of the creator's arguments when the object is saved.

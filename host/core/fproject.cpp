@@ -12,45 +12,9 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QTextStream>
-#include <algorithm>
-#include <cstring>
 
-namespace
-{
-/// Offset of the first byte that isn't UTF-8, -1 if all of it is.
-qint64 firstBadByte(const std::string &bytes)
-{
-    const auto *b = reinterpret_cast<const unsigned char *>(bytes.data());
-    const auto size = qint64(bytes.size());
-    for (qint64 i = 0; i < size;) {
-        for (uint64_t eight; i + 8 <= size; i += 8) { // most of a project is ASCII
-            memcpy(&eight, b + i, 8);
-            if (eight & 0x8080808080808080U)
-                break;
-        }
-        if (i == size)
-            break;
-        const unsigned char c = b[i];
-        if (c < 0x80) {
-            ++i;
-            continue;
-        }
-        const int more = c >= 0xC2 && c < 0xE0 ? 1 : c >= 0xE0 && c < 0xF0 ? 2
-                         : c >= 0xF0 && c < 0xF5                           ? 3
-                                                                           : 0;
-        if (more == 0 || i + more >= size)
-            return i;
-        for (int k = 1; k <= more; ++k)
-            if ((b[i + k] & 0xC0) != 0x80)
-                return i;
-        if ((c == 0xE0 && b[i + 1] < 0xA0) || (c == 0xED && b[i + 1] > 0x9F) ||
-            (c == 0xF0 && b[i + 1] < 0x90) || (c == 0xF4 && b[i + 1] > 0x8F))
-            return i;
-        i += more + 1;
-    }
-    return -1;
-}
-} // namespace
+FProject::FProject() = default;
+FProject::~FProject() = default;
 
 FProject *FProject::instance()
 {
@@ -67,36 +31,50 @@ bool FProject::load(const QString &path)
 {
     setPath(path);
     const std::string name = S(path);
+    mErrors.clear();
+    const auto fail = [&](size_t line, const std::string &text) {
+        FScriptError error;
+        error.file = name;
+        error.line = line;
+        error.text = text;
+        mErrors.push_back(error);
+        return false;
+    };
     QFile file(path);
-    if (QFileInfo(path).isDir() || !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-        FLogMsg::error("Project", "Could not open file " + name + " for reading",
-                       QFileInfo(path).isDir() ? "it is a directory" : S(file.errorString()),
-                       nullptr);
-        return false;
+    if (QFileInfo(path).isDir() || !file.open(QIODevice::ReadOnly)) {
+        const std::string why =
+            QFileInfo(path).isDir() ? "it is a directory" : S(file.errorString());
+        FLogMsg::error("Project", "Could not open file " + name + " for reading", why, nullptr);
+        return fail(0, "the file can't be opened: " + why);
     }
-    std::string bytes(size_t(file.size()), '\0');
-    const qint64 count = file.read(&bytes[0], qint64(bytes.size()));
-    bytes.resize(size_t(std::max<qint64>(count, 0)));
-    bytes += file.readAll().toStdString(); // a pipe doesn't tell its size
-    if (file.error() != QFileDevice::NoError) {
-        FLogMsg::error("Project", "Could not read file " + name, S(file.errorString()), nullptr);
-        return false;
+    std::string text;
+    if (file.isSequential()) {
+        text = file.readAll().toStdString();
+    } else {
+        text.resize(size_t(file.size()));
+        const qint64 got = file.read(&text[0], file.size());
+        if (got != file.size() || !file.atEnd()) {
+            const std::string why = got < 0 ? S(file.errorString()) : "it changed meanwhile";
+            FLogMsg::error("Project", "Could not read file " + name, why, nullptr);
+            return fail(0, "the file can't be read: " + why);
+        }
     }
-    const qint64 bad = firstBadByte(bytes);
-    if (bad >= 0) {
-        const auto line = 1 + std::count(bytes.begin(), bytes.begin() + bad, '\n');
-        FLogMsg::error("Project",
-                       name + ":" + fromNumber((long long)line, 10) + ": expected UTF-8 text, found the byte 0x" +
-                           S(QString::number(uchar(bytes[size_t(bad)]), 16).toUpper()),
+    const size_t bad = FUtf8::firstBadByte(text.data(), text.size());
+    if (bad != std::string::npos) {
+        const auto line = 1 + std::count(text.begin(), text.begin() + std::ptrdiff_t(bad), '\n');
+        const std::string found = "expected UTF-8 text, found the byte 0x" +
+                                  S(QString::number(uchar(text[bad]), 16).toUpper());
+        FLogMsg::error("Project", name + ":" + std::to_string(line) + ": " + found,
                        "nothing was loaded", nullptr);
-        return false;
+        return fail(size_t(line), found);
     }
-    FScriptReader reader(std::move(bytes), name);
+    FScriptReader reader(std::move(text), name);
     bool ok;
     {
         const FLoadingScope loading;
         ok = reader.run();
     }
+    mErrors = reader.errors();
     FHistory::instance()->clear();
     std::vector<std::shared_ptr<FObject>> objects;
     for (const auto &object : FObjectManager::instance()->all())
@@ -121,6 +99,7 @@ std::vector<std::shared_ptr<FManaged>> FProject::savingOrder()
                 done[object] = false;
                 std::vector<const FObject *> suppliers;
                 object->suppliers().forEach([&](FObject *s) { suppliers.push_back(s); });
+                object->collectNamed(&suppliers);
                 // Entered last is visited first: keep the order in which references were made.
                 for (auto s = suppliers.rbegin(); s != suppliers.rend(); ++s)
                     if (!done.count(*s))
@@ -162,6 +141,7 @@ void FProject::clear()
     FObjectManager::instance()->clear();
     FLogMsg::clear();
     mPath.clear();
+    mErrors.clear();
     const FLoadingScope unrecorded;
     for (const auto &starter : mStarters)
         starter();

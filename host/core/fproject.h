@@ -8,16 +8,22 @@
 #include <vector>
 
 class FManaged;
+struct FScriptError;
 
 /// The project: a script that makes its objects.
 class FProject
 {
 public:
     static FProject *instance();
+    FProject();
+    ~FProject();
 
     /// Executes a project file. False if the file can't be read or a statement failed; what could
     /// be read is there. The reasons stand in the log.
     bool load(const QString &path);
+    /// What was wrong with the project that was loaded last; errors of the file as a whole have no
+    /// line.
+    const std::vector<FScriptError> &errors() const { return mErrors; }
     /// Writes the project whole or not at all.
     bool save(const QString &path, QString *why);
     /// The project as a script: suppliers before what refers to them, else in the order of
@@ -36,6 +42,7 @@ public:
 
 private:
     QString mPath;
+    std::vector<FScriptError> mErrors;
     std::vector<std::function<void()>> mStarters;
 };
 #endif

@@ -659,6 +659,22 @@ void FPlainFile::flush()
     mGathered.resize(0); // keeps the capacity that was reserved
 }
 
+QString relativePathProblem(const QString &relative)
+{
+    if (relative.isEmpty())
+        return QStringLiteral("it is empty");
+    if (relative.contains(QChar(0)))
+        return QStringLiteral("it holds a zero character");
+    if (relative.startsWith(QLatin1Char('/')))
+        return QStringLiteral("it is absolute");
+    const QStringList parts = relative.split(QLatin1Char('/'));
+    if (parts.last().isEmpty() || parts.last() == QLatin1String("."))
+        return QStringLiteral("it names no file");
+    if (parts.contains(QStringLiteral("..")))
+        return QStringLiteral("\"..\" may leave the folder");
+    return QString();
+}
+
 QString safeJoin(const QString &folder, const QString &relative, QString *why)
 {
     const auto refuse = [&](const QString &reason) {
@@ -666,49 +682,42 @@ QString safeJoin(const QString &folder, const QString &relative, QString *why)
             *why = QStringLiteral("The path \"%1\" is refused: %2").arg(relative, reason);
         return QString();
     };
-    if (relative.isEmpty())
-        return refuse(QStringLiteral("it is empty"));
-    if (relative.contains(QChar(0)) || folder.contains(QChar(0)))
-        return refuse(QStringLiteral("it holds a zero character"));
+    const QString problem = relativePathProblem(relative);
+    if (!problem.isEmpty())
+        return refuse(problem);
     if (folder.isEmpty())
         return refuse(QStringLiteral("there is no folder for it"));
-    if (relative.startsWith(QLatin1Char('/')))
-        return refuse(QStringLiteral("it is absolute"));
+    if (folder.contains(QChar(0)))
+        return refuse(QStringLiteral("it holds a zero character"));
     QStringList parts = relative.split(QLatin1Char('/'));
-    if (parts.last().isEmpty() || parts.last() == QLatin1String("."))
-        return refuse(QStringLiteral("it names no file"));
-    if (parts.contains(QStringLiteral("..")))
-        return refuse(QStringLiteral("\"..\" may leave the folder"));
     parts.removeAll(QString());
     parts.removeAll(QStringLiteral("."));
 
     QString path = folder;
     while (path.size() > 1 && path.endsWith(QLatin1Char('/')))
         path.chop(1);
-    const auto realPath = [](const QString &name) {
-        char *real = realpath(name.toUtf8().constData(), nullptr);
-        const QByteArray result(real);
-        free(real);
-        return result;
-    };
-    const QString base = path;
+    const QByteArray top = path.toUtf8();
     bool exists = true;
     for (const QString &part : qAsConst(parts)) {
         path += path.endsWith(QLatin1Char('/')) ? part : QLatin1Char('/') + part;
         if (!exists)
             continue;
+        const QByteArray native = path.toUtf8();
         struct stat info;
-        if (lstat(path.toUtf8().constData(), &info) != 0) {
+        if (lstat(native.constData(), &info) != 0) {
             if (errno != ENOENT)
                 return refuse(QStringLiteral("%1: %2").arg(path, systemWords(errno)));
             exists = false;
         } else if (S_ISLNK(info.st_mode)) {
-            const QByteArray target = realPath(path), root = realPath(base);
+            char *real = realpath(native.constData(), nullptr);
+            const QByteArray target(real);
+            free(real);
+            real = realpath(top.constData(), nullptr);
+            const QByteArray root(real);
+            free(real);
             if (target.isEmpty())
                 return refuse(QStringLiteral("the link %1 leads nowhere").arg(path));
-            const bool within =
-                !root.isEmpty() && (target == root || root == "/" || target.startsWith(root + '/'));
-            if (!within)
+            if (target != root && root != "/" && !target.startsWith(root + '/'))
                 return refuse(QStringLiteral("the link %1 leads out of the folder to %2")
                                   .arg(path, QString::fromUtf8(target)));
         }

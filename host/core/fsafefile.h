@@ -97,6 +97,10 @@ private:
     QString mReason; // of the first failure
 };
 
+/// Why \p relative is no path to a file below the folder that it counts from, whatever lies in that
+/// folder; empty if it is one. See safeJoin.
+QString relativePathProblem(const QString &relative);
+
 /// Joins \p relative, a path that comes from a project, to \p folder. The result is empty, and
 /// \p *why says the reason, if it would leave the folder (a ".." segment anywhere, an absolute
 /// path, a link on the way that leads out or nowhere) or names no file (nothing, a slash at the

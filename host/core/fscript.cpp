@@ -129,8 +129,9 @@ void FScriptReader::statement()
     const FExprBase expr = parse(0);
     expectSymbol(";", "\";\" behind the statement");
     if (expr && expr.valueClass()->isA(FWord::staticClass()))
-        failAt(offset, "expected a statement, found the unknown name " + expr.toString());
-    execute(expr, offset);
+        report(offset, "expected a statement, found the unknown name " + expr.toString());
+    else
+        execute(expr, offset);
 }
 
 void FScriptReader::execute(const FExprBase &expr, size_t offset)

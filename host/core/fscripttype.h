@@ -111,16 +111,22 @@ template <> struct FScriptType<QString> : FScriptNative<QString>
     static FExprBase to(const QString &value) { return FExprBase(f_make_shared<FString>(S(value))); }
 };
 
-/// A text that may be long: taken as it is, without a copy.
-template <>
-struct FScriptType<std::shared_ptr<const FString>> : FScriptNative<std::shared_ptr<const FString>>
+/// A text as UTF-8. It shares the memory of a literal, which may be large.
+struct FUtf8Text
 {
-    static std::string name() { return "QString"; }
+    std::shared_ptr<const std::string> text;
+};
+
+template <> struct FScriptType<FUtf8Text> : FScriptNative<FUtf8Text>
+{
+    static std::string name() { return FScriptType<QString>::name(); }
     static const FClassInfo *resultClass() { return &FString::staticClass(); }
-    static bool from(const FExprBase &expr, std::shared_ptr<const FString> *value, std::string *why)
+    static bool from(const FExprBase &expr, FUtf8Text *value, std::string *why)
     {
-        *value = std::dynamic_pointer_cast<const FString>(expr.getValueObject());
-        return *value || FScriptTypes::fail(expr, "a text in quotes", why);
+        const auto object = std::dynamic_pointer_cast<FString>(expr.getValueObject());
+        if (object)
+            value->text = std::shared_ptr<const std::string>(object, &object->value());
+        return object || FScriptTypes::fail(expr, "a text in quotes", why);
     }
 };
 

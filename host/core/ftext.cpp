@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ftext.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
-#include <cstring>
 #include <limits>
 
 namespace
@@ -167,12 +167,11 @@ std::string FLiteral::quoted(const std::string &text)
 
 size_t FLiteral::findEnd(const std::string &source, size_t open, bool inList)
 {
-    size_t checked = open + 1;
-    for (size_t i = checked; (i = source.find('"', i)) != std::string::npos; checked = ++i) {
-        size_t run = 0;
-        while (i - run > checked && source[i - run - 1] == '\\')
-            ++run;
-        if (run % 2 != 0)
+    for (size_t i = open; (i = source.find('"', i + 1)) != std::string::npos;) {
+        size_t run = i;
+        while (run > open + 1 && source[run - 1] == '\\')
+            --run;
+        if ((i - run) % 2 != 0)
             continue;
         if (!inList)
             return i;
@@ -185,20 +184,47 @@ size_t FLiteral::findEnd(const std::string &source, size_t open, bool inList)
 
 std::string FLiteral::unquoted(const std::string &source, size_t open, size_t close)
 {
-    size_t at = open + 1;
-    const auto nextBackslash = [&] {
-        const void *found = memchr(source.data() + at, '\\', close - at);
-        return found ? size_t(static_cast<const char *>(found) - source.data()) : close;
-    };
-    size_t next = nextBackslash();
-    std::string out(source, at, next - at);
-    while ((at = next) < close) {
-        while (source[next] == '\\') // the closing quote ends it
-            ++next;
-        out.append(source[next] == '"' ? (next - at) / 2 : next - at, '\\');
-        at = next;
-        next = nextBackslash();
-        out.append(source, at, next - at);
+    std::string out;
+    out.reserve(close - open);
+    for (size_t i = open + 1; i < close;) {
+        const size_t run = std::min(source.find('\\', i), close);
+        out.append(source, i, run - i);
+        i = run;
+        while (i < close && source[i] == '\\')
+            ++i;
+        out.append(source[i] == '"' ? (i - run) / 2 : i - run, '\\');
+        if (i > run && i < close)
+            out += source[i++];
     }
     return out;
+}
+
+size_t FUtf8::firstBadByte(const char *text, size_t size)
+{
+    const auto *b = reinterpret_cast<const unsigned char *>(text);
+    for (size_t i = 0; i < size;) {
+        const unsigned char c = b[i];
+        if (c < 0x80) {
+            constexpr size_t block = 64;
+            unsigned char any = 0;
+            if (i + block <= size)
+                for (size_t k = 0; k < block; ++k)
+                    any |= b[i + k];
+            i += i + block <= size && any < 0x80 ? block : 1;
+            continue;
+        }
+        const size_t more = c >= 0xC2 && c < 0xE0 ? 1 : c >= 0xE0 && c < 0xF0 ? 2
+                            : c >= 0xF0 && c < 0xF5                           ? 3
+                                                                              : 0;
+        if (more == 0 || i + more >= size)
+            return i;
+        for (size_t k = 1; k <= more; ++k)
+            if ((b[i + k] & 0xC0) != 0x80)
+                return i;
+        if ((c == 0xE0 && b[i + 1] < 0xA0) || (c == 0xED && b[i + 1] > 0x9F) ||
+            (c == 0xF0 && b[i + 1] < 0x90) || (c == 0xF4 && b[i + 1] > 0x8F))
+            return i;
+        i += more + 1;
+    }
+    return std::string::npos;
 }

@@ -67,6 +67,12 @@ namespace FFile
 std::string resolveEnv(const std::string &path);
 } // namespace FFile
 
+namespace FUtf8
+{
+/// Offset of the first byte that isn't part of a UTF-8 text, npos if there is none.
+size_t firstBadByte(const char *text, size_t size);
+} // namespace FUtf8
+
 /// Text literals of the script language. A backslash is an escape only in a run of backslashes
 /// that ends at a double quote; everywhere else it stands for itself.
 namespace FLiteral

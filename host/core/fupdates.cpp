@@ -39,6 +39,11 @@ bool FUpdates::isBlocked()
     return FBlockers::updates > 0;
 }
 
+bool FUpdates::isFlushing()
+{
+    return gFlushing;
+}
+
 void FUpdates::setOutOfDate(FObject *start)
 {
     const unsigned long walk = nextWalk();

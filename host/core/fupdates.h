@@ -18,6 +18,8 @@ public:
     /// Updates all objects that wait, unless updates are blocked.
     static void flush();
     static bool isBlocked();
+    /// True while objects are updated by themselves, without anybody having asked for a value.
+    static bool isFlushing();
     /// A number of its own for each walk over the graph, left as a mark on the objects it met.
     static unsigned long nextWalk();
 };

@@ -11,8 +11,7 @@
 F_CLASS_IMPL(FConfiguration)
 F_CLASS_IMPL(FConfigurationCustom)
 
-namespace
-{
+namespace {
 using Roots = std::vector<FExpr<FEntryBase, true>>;
 
 bool hasLiveDefinition(const FEntry &entry, const FDefinition *definition)
@@ -25,7 +24,8 @@ bool hasLiveDefinition(const FEntry &entry, const FDefinition *definition)
     return at != map.end() && at->second.getExpr() == own;
 }
 
-template <class F> void forEachEntry(const Roots &entries, F function)
+template <class F>
+void forEachEntry(const Roots &entries, F function)
 {
     for (const auto &handle : entries)
         if (const auto entry = handle.ptr<FEntry>()) {
@@ -106,8 +106,8 @@ std::shared_ptr<FEntry> FConfiguration::findEntry(const std::string &fullName) c
 std::shared_ptr<FEntry> FConfiguration::entryOf(const std::shared_ptr<FEntryDef> &definition,
                                                 const std::shared_ptr<FEntry> &parent) const
 {
-    const std::string name = parent ? parent->getFullName() + "|" + definition->getName()
-                                    : definition->getName();
+    const std::string name =
+        parent ? parent->getFullName() + "|" + definition->getName() : definition->getName();
     const auto entry = findEntry(name);
     return entry && entry->getEntryDefinition().getExpr() == definition ? entry : nullptr;
 }
@@ -135,6 +135,7 @@ bool FConfiguration::removeEntry(const FExprBase &entry)
         return false;
     mRoots.erase(at);
     mIndexValid = false;
+    setOutOfDate(0);
     FHistory::instance()->addStep(shared_from_this());
     return true;
 }
@@ -144,6 +145,7 @@ void FConfiguration::build()
     const auto definition = getDefinition().getPtr();
     if (!definition)
         return;
+    FHistoryTransaction transaction(nullptr, "add entries", true);
     const auto self = shared_from_base<FConfiguration>();
     const std::function<void(const Roots &, const std::shared_ptr<FEntry> &)> level =
         [&](const Roots &definitions, const std::shared_ptr<FEntry> &parent) {
@@ -154,12 +156,14 @@ void FConfiguration::build()
                 std::shared_ptr<FEntry> entry = entryOf(wanted, parent);
                 if (!entry) {
                     // A definition that was rebuilt keeps the values by name.
-                    const std::string name = parent ? parent->getFullName() + "|" + wanted->getName()
-                                                    : wanted->getName();
+                    const std::string name = parent
+                                                 ? parent->getFullName() + "|" + wanted->getName()
+                                                 : wanted->getName();
                     entry = findEntry(name);
-                    if (entry && !hasLiveDefinition(*entry, definition.get()))
+                    if (entry && !hasLiveDefinition(*entry, definition.get())) {
                         entry->setEntryDefinition(FExpr<FEntryDef>(wanted));
-                    else
+                        FHistory::instance()->addStep(entry);
+                    } else
                         entry = FEntry::create(wanted, self, parent);
                 }
                 level(wanted->getChildren(), entry);
@@ -183,12 +187,14 @@ void FConfiguration::applyPending()
 
 void FConfiguration::followRename(const std::shared_ptr<FEntryDef> &definition)
 {
+    FHistoryTransaction transaction(nullptr, "rename entry", true);
     forEachEntry(mRoots, [&](const std::shared_ptr<FEntry> &entry) {
         if (entry->getEntryDefinition().getExpr() == definition) {
             entry->rename(definition->getName());
-            FHistory::instance()->addStep(entry);
+            transaction.addStep(entry);
         }
     });
+    transaction.addStep(shared_from_this()); // entries are indexed by their names
     mIndexValid = false;
 }
 
@@ -196,6 +202,9 @@ FStatus FConfiguration::setEntryCommand(const std::string &path, const FExprBase
 {
     if (!getDefinition()) {
         mPending.emplace_back(path, value);
+        setOutOfDate(0);
+        FHistoryTransaction transaction(nullptr, "set entry", true);
+        transaction.addStep(shared_from_this());
         return {};
     }
     const auto entry = findEntry(path);
@@ -255,6 +264,13 @@ void FConfiguration::collectStateful(std::vector<std::shared_ptr<FObject>> *obje
     forEachEntry(mRoots, [&](const std::shared_ptr<FEntry> &entry) { objects->push_back(entry); });
 }
 
+void FConfiguration::projectClosed()
+{
+    mIndex.clear();
+    mRoots.clear();
+    mPending.clear();
+}
+
 void FConfiguration::initCmds()
 {
     FCmdBinder<FConfiguration> c;
@@ -274,15 +290,21 @@ void FConfigurationCustom::init(const std::shared_ptr<FConfigurationCustom> &sou
         return;
     linkDefinition(source->getDefinition());
     forEachEntry(source->getRootEntries(), [&](const std::shared_ptr<FEntry> &entry) {
-        if (!entry->isGroup() && entry->getValue())
-            setEntryCommand(entry->getFullName(), entry->getValue());
+        const FExprBase &value = entry->getValue();
+        if (entry->isGroup() || !value)
+            return;
+        // Values are not shared; what is an expression or a name stays one.
+        const auto own = std::dynamic_pointer_cast<FBasicType>(value.getExpr());
+        const auto copy = own ? own->clone() : nullptr;
+        setEntryCommand(entry->getFullName(), copy ? FExprBase(copy) : value);
     });
 }
 
 void FConfigurationCustom::setDefinition(const FExpr<FDefinitionCustom> &definition)
 {
+    FHistoryTransaction transaction(nullptr, "set definition", true);
     linkDefinition(definition);
-    FHistory::instance()->addStep(shared_from_this());
+    transaction.addStep(shared_from_this());
 }
 
 std::vector<FExpr<FResultsFileName, true>> FConfigurationCustom::getResultsFileNames() const
@@ -296,9 +318,12 @@ std::vector<FExpr<FResultsFileName, true>> FConfigurationCustom::getResultsFileN
 
 void FConfigurationCustom::prepareFileValues() const
 {
-    for (const auto &entry : getEntry(FInputFile::mpNull, true))
-        if (const auto value = entry->getValue().getPtr())
-            value->setUpToDate(false);
+    // The value may stand behind a parameter.
+    for (const auto &type :
+         {FExpr<FObject>(FInputFile::mpNull), FExpr<FObject>(FGeometryExport::mpNull)})
+        for (const auto &entry : getEntry(type.getPtr(), true))
+            if (const auto value = entry->getValue().getValueObject())
+                value->setUpToDate(false);
 }
 
 std::shared_ptr<FDefinitionCustom>

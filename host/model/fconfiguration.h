@@ -9,7 +9,10 @@ class FConfiguration : public FEntity
 {
     F_CLASS(FConfiguration, FEntity)
 public:
-    explicit FConfiguration(std::string name = std::string()) : FEntity(std::move(name)) {}
+    explicit FConfiguration(std::string name = std::string())
+        : FEntity(std::move(name))
+    {
+    }
 
     FExpr<FDefinition> getDefinition() const { return FExpr<FDefinition>(mDefinition); }
     /// Builds an entry for each entry definition that has none.
@@ -45,6 +48,7 @@ public:
     void visitState(FStateVisitor &state) override;
     void stateRestored() override;
     void collectStateful(std::vector<std::shared_ptr<FObject>> *objects) override;
+    void projectClosed() override;
 
     static void initCmds();
 
@@ -87,8 +91,8 @@ public:
     void prepareFileValues() const;
     std::shared_ptr<FDefinitionCustom>
     importOvdlDefinition(const FExpr<FDefinitionCustom> &definition, const std::string &fileName);
-    virtual std::shared_ptr<FDefinitionCustom>
-    parseFile(QFile *, const FExpr<FDefinitionCustom> &) const
+    virtual std::shared_ptr<FDefinitionCustom> parseFile(QFile *,
+                                                         const FExpr<FDefinitionCustom> &) const
     {
         return nullptr;
     }

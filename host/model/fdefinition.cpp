@@ -24,7 +24,7 @@ void FDefinitionBase::addEntry(const FExpr<FEntryBase> &entry)
         definition->setDefinition(shared_from_base<FDefinitionBase>());
     FHistoryTransaction transaction(nullptr, "add entry", true);
     mRoots.push_back(FExpr<FEntryBase, true>(entry));
-    entriesChanged();
+    entryAdded(object);
     transaction.addStep(shared_from_this());
 }
 
@@ -45,17 +45,15 @@ std::shared_ptr<FEntryDef> FDefinitionBase::rootEntry(const std::string &name) c
     return at == map.end() ? nullptr : at->second.ptr<FEntryDef>();
 }
 
-namespace
-{
-void mapNames(const std::vector<FExpr<FEntryBase, true>> &entries, const std::string &prefix,
+namespace {
+void mapNames(const std::shared_ptr<FEntryBase> &entry, const std::string &prefix,
               std::map<std::string, FExpr<FEntryBase>> *map)
 {
-    for (const auto &entry : entries)
-        if (const auto object = entry.getPtr()) {
-            const std::string name = prefix + object->getName();
-            map->emplace(name, FExpr<FEntryBase>(object));
-            mapNames(object->getChildren(), name + "|", map);
-        }
+    const std::string name = prefix + entry->getName();
+    map->emplace(name, FExpr<FEntryBase>(entry));
+    for (const auto &child : entry->getChildren())
+        if (const auto object = child.getPtr())
+            mapNames(object, name + "|", map);
 }
 
 void collectEntries(const std::vector<FExpr<FEntryBase, true>> &entries,
@@ -73,7 +71,9 @@ const std::map<std::string, FExpr<FEntryBase>> &FDefinitionBase::getNameMap() co
 {
     if (!mNameMapValid) {
         mNameMap.clear();
-        mapNames(mRoots, std::string(), &mNameMap);
+        for (const auto &entry : mRoots)
+            if (const auto object = entry.getPtr())
+                mapNames(object, std::string(), &mNameMap);
         mNameMapValid = true;
     }
     return mNameMap;
@@ -89,6 +89,14 @@ FExpr<FEntryBase> FDefinitionBase::getEntryOfScope(const std::string &fullName) 
         if (equals(entry.first, fullName, false))
             return entry.second;
     return {};
+}
+
+void FDefinitionBase::entryAdded(const std::shared_ptr<FEntryBase> &entry)
+{
+    const auto parent = entry->getParent();
+    if (mNameMapValid)
+        mapNames(entry, parent ? parent->getFullName() + "|" : std::string(), &mNameMap);
+    setOutOfDate(0);
 }
 
 void FDefinitionBase::entriesChanged()
@@ -140,13 +148,14 @@ void FDefinitionBase::collectStateful(std::vector<std::shared_ptr<FObject>> *obj
 
 void FDefinition::setEntryDefsFromDB(std::string text)
 {
-    clearEntries();
-    if (text.empty())
+    FOvdlDefinitionParser parser(FExpr<FDefinitionCustom>(
+        FExprBase(std::dynamic_pointer_cast<FDefinitionCustom>(shared_from_this()))));
+    if (!text.empty() && !parser.parse(text))
         return;
-    FOvdlDefinitionParser parser(
-        FExpr<FDefinitionCustom>(FExprBase(std::dynamic_pointer_cast<FDefinitionCustom>(
-            shared_from_this()))));
-    parser.fill(text);
+    FHistoryTransaction transaction(nullptr, "set entries", true);
+    clearEntries();
+    parser.build();
+    transaction.addStep(shared_from_this());
 }
 
 std::string FDefinition::getEntryDefs() const
@@ -169,6 +178,9 @@ FStatus FDefinition::addEntryCommand(const std::string &path, const FExprBase &v
     const QStringList parts = Q(path).split('|', Qt::SkipEmptyParts);
     if (parts.isEmpty())
         return {"expected the name of an entry, found \"" + path + "\""};
+    if (parts.size() > FOvdlDefinitionParser::kMaxDepth)
+        return {"entry " + path + ": nested deeper than " +
+                fromNumber(FOvdlDefinitionParser::kMaxDepth, 10)};
     if (!value)
         return {"expected a default value for entry " + path + ", found nothing"};
     if (getNameMap().count(S(parts.join('|'))))
@@ -177,8 +189,8 @@ FStatus FDefinition::addEntryCommand(const std::string &path, const FExprBase &v
     std::shared_ptr<FEntryDef> group;
     for (int i = 0; i + 1 < parts.size(); ++i) {
         const std::string name = FEntryDef::correctName(S(parts[i]));
-        auto next = group ? std::dynamic_pointer_cast<FEntryDef>(group->child(name))
-                          : rootEntry(name);
+        auto next =
+            group ? std::dynamic_pointer_cast<FEntryDef>(group->child(name)) : rootEntry(name);
         if (next && !next->isGroup())
             return {"entry " + next->getFullName() + " is a value, expected a group"};
         if (!next)
@@ -230,7 +242,8 @@ void FDefinition::initCmds()
     c.member("renameEntry", &FDefinition::renameEntryCommand, FArg{"name"}, FArg{"newName"});
 }
 
-FDefinitionCustom::FDefinitionCustom(const FExpr<FScope> &, std::string name, const FExpr<FParser> &)
+FDefinitionCustom::FDefinitionCustom(const FExpr<FScope> &, std::string name,
+                                     const FExpr<FParser> &)
     : FDefinitionCustomBase(std::move(name))
 {
 }
@@ -241,8 +254,7 @@ void FDefinitionCustom::init(const std::shared_ptr<FDefinitionCustom> &source)
         setEntryDefsFromDB(source->getEntryDefs());
 }
 
-namespace
-{
+namespace {
 QString &presetPath()
 {
     static QString path;
@@ -250,10 +262,7 @@ QString &presetPath()
 }
 } // namespace
 
-void FDefinitionCustom::presetSaveFile(const QString &path)
-{
-    presetPath() = path;
-}
+void FDefinitionCustom::presetSaveFile(const QString &path) { presetPath() = path; }
 
 bool FDefinitionCustom::openSaveFile(QFile &file)
 {

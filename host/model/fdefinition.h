@@ -11,7 +11,10 @@ class FScope : public FEntity
 {
     F_CLASS(FScope, FEntity)
 public:
-    explicit FScope(std::string name = std::string()) : FEntity(std::move(name)) {}
+    explicit FScope(std::string name = std::string())
+        : FEntity(std::move(name))
+    {
+    }
 };
 
 class FParser : public FObject
@@ -24,7 +27,10 @@ class FDefinitionBase : public FEntity
 {
     F_CLASS(FDefinitionBase, FEntity)
 public:
-    explicit FDefinitionBase(std::string name = std::string()) : FEntity(std::move(name)) {}
+    explicit FDefinitionBase(std::string name = std::string())
+        : FEntity(std::move(name))
+    {
+    }
 
     virtual void addEntry(const FExpr<FEntryBase> &entry);
     const std::vector<FExpr<FEntryBase, true>> &getRootEntries() const { return mRoots; }
@@ -34,6 +40,8 @@ public:
     const std::map<std::string, FExpr<FEntryBase>> &getNameMap() const;
     /// By full name: exactly, else ignoring case. Null if there is none.
     FExpr<FEntryBase> getEntryOfScope(const std::string &fullName) const;
+    /// A new entry has its place in the tree.
+    void entryAdded(const std::shared_ptr<FEntryBase> &entry);
     /// The structure of the tree or a name in it has changed.
     void entriesChanged();
 

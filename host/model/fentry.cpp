@@ -61,9 +61,9 @@ std::string FEntryDef::correctName(const std::string &name)
     return out.empty() ? "entry" : out;
 }
 
-namespace
-{
-template <class Taken> std::string uniqueAmong(const std::string &name, Taken taken)
+namespace {
+template <class Taken>
+std::string uniqueAmong(const std::string &name, Taken taken)
 {
     std::string candidate = name;
     for (int n = 1; taken(candidate); ++n)
@@ -72,10 +72,14 @@ template <class Taken> std::string uniqueAmong(const std::string &name, Taken ta
 }
 
 std::string uniqueName(const std::string &wanted, const FDefinitionBase *definition,
-                       const FEntryBase *parent)
+                       const FEntryBase *parent, const FEntryBase *self = nullptr)
 {
     return uniqueAmong(FEntryDef::correctName(wanted), [&](const std::string &name) {
-        return parent ? bool(parent->child(name)) : definition && definition->rootEntry(name);
+        if (!definition)
+            return parent && parent->child(name);
+        const auto &map = definition->getNameMap();
+        const auto at = map.find(parent ? parent->getFullName() + "|" + name : name);
+        return at != map.end() && at->second.getExpr().get() != self; // the own name is free
     });
 }
 } // namespace
@@ -104,14 +108,14 @@ std::shared_ptr<FEntryDef> FEntryDef::create(const std::string &name,
                                              const std::shared_ptr<FDefinitionBase> &definition,
                                              const FExprBase &value)
 {
-    const auto entry = f_make_shared<FEntryDef>(uniqueName(name, nullptr, parent.get()));
+    const auto entry = f_make_shared<FEntryDef>(uniqueName(name, definition.get(), parent.get()));
     entry->mDefault = value;
     entry->setDefinition(definition);
     FHistory::instance()->track(entry);
     parent->addChild(entry);
     FHistory::instance()->addStep(parent);
     if (definition) {
-        definition->entriesChanged();
+        definition->entryAdded(entry);
         definition->reinitConfigurations(false);
     }
     return entry;
@@ -125,8 +129,7 @@ void FEntryDef::setDefinition(const std::shared_ptr<FDefinitionBase> &definition
             entry->setDefinition(definition);
 }
 
-namespace
-{
+namespace {
 void collectFullNames(const FEntryBase &entry, std::vector<std::string> *names)
 {
     names->push_back(entry.getFullName());
@@ -140,13 +143,13 @@ void FEntryDef::setName(const std::string &wanted)
 {
     const auto definition = getDefinition();
     const auto parent = getParent();
-    if (wanted == mName)
+    if (correctName(wanted) == mName)
         return;
     FHistoryTransaction transaction(nullptr, "rename entry", true);
     std::vector<std::string> before, after;
     collectFullNames(*this, &before);
     mName.clear();
-    mName = uniqueName(wanted, definition.get(), parent.get());
+    mName = uniqueName(wanted, definition.get(), parent.get(), this);
     collectFullNames(*this, &after);
     transaction.addStep(shared_from_this());
     if (!definition)
@@ -171,6 +174,13 @@ void FEntryDef::visitState(FStateVisitor &state)
 {
     FEntryBase::visitState(state);
     state(mDefault)(mHidden)(mIsExpr)(mMinimum)(mMaximum);
+}
+
+void FEntryDef::stateRestored()
+{
+    FEntryBase::stateRestored();
+    if (const auto definition = getDefinition())
+        definition->entriesChanged();
 }
 
 std::shared_ptr<FEntry> FEntry::create(const std::shared_ptr<FEntryDef> &definition,
@@ -205,8 +215,7 @@ bool FEntry::isGroup() const
     return definition ? definition->isGroup() : !mChildren.empty();
 }
 
-namespace
-{
+namespace {
 // Numbers of any kind stand for each other; everything else keeps its kind.
 bool isNumber(const FClassInfo &type)
 {
@@ -236,6 +245,10 @@ FStatus FEntry::setValue(const FExprBase &value)
          value.valueClass()->isA(FWord::staticClass())))
         return {"entry " + getFullName() + ": expected " + definition->getType()->getClass() +
                 ", found " + FScriptTypes::describe(value)};
+    const std::shared_ptr<FObject> target = value.getExpr();
+    if (target && !clients().isEmpty() && hasClient(target, true))
+        return {"cyclic dependency: the value " + value.toString() + " of entry " + getFullName() +
+                " depends on " + getFullName()};
     mValue = value;
     setOutOfDate(0);
     FHistoryTransaction transaction(nullptr, "set entry", true);
@@ -252,8 +265,10 @@ void FEntry::reassignEntryDefs()
         const auto entry = child.ptr<FEntry>();
         if (!entry)
             continue;
-        if (const auto match = std::dynamic_pointer_cast<FEntryDef>(definition->child(entry->getName())))
+        if (const auto match =
+                std::dynamic_pointer_cast<FEntryDef>(definition->child(entry->getName())))
             entry->mEntryDef = match;
+        FHistory::instance()->addStep(entry);
         entry->reassignEntryDefs();
     }
 }
@@ -267,10 +282,7 @@ bool FEntry::hasValueType(const std::shared_ptr<FObject> &type) const
     return own && own->isTypeOf(type);
 }
 
-std::shared_ptr<FObject> FEntry::valueObject() const
-{
-    return mValue.getValueObject();
-}
+std::shared_ptr<FObject> FEntry::valueObject() const { return mValue.getValueObject(); }
 
 const FClassInfo &FEntry::valueClass() const
 {

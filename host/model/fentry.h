@@ -13,7 +13,10 @@ class FEntryBase : public FObject
 {
     F_CLASS(FEntryBase, FObject)
 public:
-    explicit FEntryBase(std::string name = std::string()) : mName(std::move(name)) {}
+    explicit FEntryBase(std::string name = std::string())
+        : mName(std::move(name))
+    {
+    }
     virtual std::string getName() const { return mName; }
     /// Names of the groups and the own one, joined by "|".
     std::string getFullName() const;
@@ -37,7 +40,10 @@ class FEntryDef : public FEntryBase
 {
     F_CLASS(FEntryDef, FEntryBase)
 public:
-    explicit FEntryDef(std::string name = std::string()) : FEntryBase(std::move(name)) {}
+    explicit FEntryDef(std::string name = std::string())
+        : FEntryBase(std::move(name))
+    {
+    }
     /// A new entry definition at the root of \p definition, under a corrected, unique name.
     static std::shared_ptr<FEntryDef> create(const std::string &name,
                                              const std::shared_ptr<FDefinitionBase> &definition,
@@ -78,6 +84,7 @@ public:
     std::shared_ptr<FDefinitionBase> getDefinition() const { return mDefinition.lock(); }
     void setDefinition(const std::shared_ptr<FDefinitionBase> &definition);
     void visitState(FStateVisitor &state) override;
+    void stateRestored() override;
 
 private:
     FExprBase mDefault;
@@ -91,7 +98,10 @@ class FEntry : public FEntryBase
 {
     F_CLASS(FEntry, FEntryBase)
 public:
-    explicit FEntry(std::string name = std::string()) : FEntryBase(std::move(name)) {}
+    explicit FEntry(std::string name = std::string())
+        : FEntryBase(std::move(name))
+    {
+    }
     /// The entry for \p definition; the existing one if the configuration has it already.
     static std::shared_ptr<FEntry> create(const std::shared_ptr<FEntryDef> &definition,
                                           const std::shared_ptr<FConfiguration> &configuration,

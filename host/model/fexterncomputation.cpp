@@ -141,6 +141,8 @@ FStatus FExternComputation::run()
 {
     if (FMarloCtrl::instance()->isLoadingProject())
         return {"a run can't start while a project is loading"};
+    if (FUpdates::isFlushing())
+        return {"a run can't start because a value is updated"};
     if (mRunning > 0)
         return {getName() + " is running"};
     FRunQueue queue;
@@ -281,8 +283,9 @@ void FExternComputation::initCmds()
     c.attribute("setEnvironment", &T::setEnvironment, &T::getEnvironment, FArg{"variables"})
         .title("Environment");
     c.attribute("setTimeout", &T::setTimeout, &T::getTimeout, FArg{"seconds"}).title("Time Limit");
-    c.member("run", &T::run);
-    c.member("rereadResults", &T::rereadResults);
+    // Runs are no changes of the project.
+    c.member("run", &T::run).disableHistory();
+    c.member("rereadResults", &T::rereadResults).disableHistory();
 }
 
 void FCustomComputation::constructFObject()

@@ -3,21 +3,20 @@
 
 #include "flogmsg.h"
 #include "fpathmanager.h"
+#include "frunnerlink.h"
+#include "frunsync.h"
 #include "fsafefile.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <cerrno>
 #include <cstring>
-#include <spawn.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
 #include <unistd.h>
-
-extern char **environ;
 
 FExternRun::FExternRun(std::shared_ptr<FExternComputation> computation,
                        std::shared_ptr<FDesign> design, double timeout)
@@ -33,18 +32,25 @@ FExternRun::FExternRun(std::shared_ptr<FExternComputation> computation,
 FExternRun::~FExternRun()
 {
     mNotifier.reset();
-    if (mSocket >= 0)
-        ::close(mSocket); // the runner ends its program
-    if (mRunner > 0)
-        while (::waitpid(mRunner, nullptr, 0) < 0 && errno == EINTR) {
-        }
+    if (mSocket < 0)
+        return;
+    ::shutdown(mSocket, SHUT_WR); // the runner ends its program, and closes when that is done
+    char rest[512];
+    for (ssize_t got = 1; got > 0 || (got < 0 && errno == EINTR);)
+        got = ::read(mSocket, rest, sizeof rest);
+    ::close(mSocket);
 }
 
-std::string FExternRun::runnerPath()
+std::string FExternRun::programOf(const FExternComputation &computation)
 {
-    const QByteArray chosen = qgetenv("TURNBUCKLE_RUNNER");
-    return chosen.isEmpty() ? S(QCoreApplication::applicationDirPath() + "/turnbuckle-runner")
-                            : chosen.toStdString();
+    const std::string application = FFile::resolveEnv(computation.getApplication());
+    if (application.find('/') != std::string::npos && application[0] != '/') {
+        const std::string inProject =
+            FPathManager::instance()->getProjectDirAbs() + "/" + application;
+        if (QFileInfo::exists(Q(inProject)))
+            return inProject;
+    }
+    return application;
 }
 
 bool FExternRun::splitWords(const std::string &text, std::vector<std::string> *words)
@@ -117,6 +123,17 @@ bool FExternRun::prepare()
         fail("cannot make the run folder " + mRecord.directory + ": " + std::strerror(errno));
         return false;
     }
+    const auto isInside = [&](const std::string &name, const char *what) {
+        if (safeJoin(directory, Q(name), &why).isEmpty())
+            fail(std::string("name of ") + what + ": " + S(why));
+        return why.isEmpty();
+    };
+    for (const std::string &name : mComputation->requiredResultFiles())
+        if (!isInside(name, "a result file"))
+            return false;
+    const std::string &input = mComputation->getStandardInput();
+    if (!input.empty() && !isInside(input, "the standard input"))
+        return false;
     mComputation->prepareFileValues();
     const size_t before = FLogMsg::count();
     const bool written = mComputation->writeOutputFile();
@@ -135,10 +152,21 @@ bool FExternRun::prepare()
 
 std::vector<std::string> FExternRun::commandLine(const std::vector<std::string> &words) const
 {
-    std::vector<std::string> line{runnerPath(),   "--directory", mRecord.directory, "--control",
-                                  "3",            "--record",    "run.json",        "--stdout",
-                                  "stdout.txt",   "--stderr",    "stderr.txt",      "--computation",
-                                  mRecord.computation, "--design", mRecord.design};
+    std::vector<std::string> line{FRunnerLink::runnerPath(),
+                                  "--directory",
+                                  mRecord.directory,
+                                  "--control",
+                                  "3",
+                                  "--record",
+                                  "run.json",
+                                  "--stdout",
+                                  "stdout.txt",
+                                  "--stderr",
+                                  "stderr.txt",
+                                  "--computation",
+                                  mRecord.computation,
+                                  "--design",
+                                  mRecord.design};
     if (mTimeout > 0) {
         line.push_back("--time-limit");
         line.push_back(shortestNumber(mTimeout));
@@ -156,48 +184,13 @@ std::vector<std::string> FExternRun::commandLine(const std::vector<std::string> 
     return line;
 }
 
-namespace
-{
-std::vector<char *> pointers(std::vector<std::string> &texts)
-{
-    std::vector<char *> list;
-    for (std::string &text : texts)
-        list.push_back(&text[0]);
-    list.push_back(nullptr);
-    return list;
-}
-
-std::vector<std::string> environmentWith(const std::vector<std::string> &extra)
-{
-    std::vector<std::string> all;
-    const auto nameOf = [](const std::string &text) { return text.substr(0, text.find('=')); };
-    for (char **entry = environ; *entry; ++entry) {
-        const std::string text = *entry;
-        bool replaced = false;
-        for (const std::string &other : extra)
-            replaced = replaced || nameOf(other) == nameOf(text);
-        if (!replaced)
-            all.push_back(text);
-    }
-    all.insert(all.end(), extra.begin(), extra.end());
-    return all;
-}
-} // namespace
-
 bool FExternRun::launch()
 {
-    std::string application = FFile::resolveEnv(mComputation->getApplication());
+    const std::string application = programOf(*mComputation);
     std::vector<std::string> words;
     if (application.empty()) {
         fail("no program is set");
         return false;
-    }
-    // A path counts from the project's folder; what isn't there may be an input file of the run.
-    if (application.find('/') != std::string::npos && application[0] != '/') {
-        const std::string inProject =
-            FPathManager::instance()->getProjectDirAbs() + "/" + application;
-        if (QFileInfo::exists(Q(inProject)))
-            application = inProject;
     }
     words.push_back(application);
     if (!splitWords(mComputation->getArguments(), &words)) {
@@ -209,19 +202,13 @@ bool FExternRun::launch()
         fail(std::string("cannot make a socket: ") + std::strerror(errno));
         return false;
     }
-    std::vector<std::string> line = commandLine(words);
-    std::vector<std::string> variables = environmentWith(mComputation->getEnvironment());
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, sockets[1], 3);
-    const int error = ::posix_spawn(&mRunner, line[0].c_str(), &actions, nullptr,
-                                    pointers(line).data(), pointers(variables).data());
-    posix_spawn_file_actions_destroy(&actions);
+    std::string why;
+    const bool started = FRunnerLink::instance()->start(
+        commandLine(words), mComputation->getEnvironment(), sockets[1], &why);
     ::close(sockets[1]);
-    if (error != 0) {
-        mRunner = -1;
+    if (!started) {
         ::close(sockets[0]);
-        fail("cannot start " + line[0] + ": " + std::strerror(error));
+        fail(why);
         return false;
     }
     mSocket = sockets[0];
@@ -242,19 +229,17 @@ void FExternRun::readReport()
 {
     char buffer[4096];
     const ssize_t got = ::read(mSocket, buffer, sizeof buffer);
-    if (got > 0) {
-        mReport.append(buffer, size_t(got));
-        return;
-    }
     if (got < 0 && (errno == EINTR || errno == EAGAIN))
+        return;
+    if (got > 0)
+        mReport.append(buffer, size_t(got));
+    // Only the last line of a report is a brace alone, so its end needn't be waited for.
+    if (got > 0 && (mReport.size() < 3 || mReport.compare(mReport.size() - 3, 3, "\n}\n") != 0))
         return;
     mNotifier->setEnabled(false);
     mNotifier.release()->deleteLater(); // we stand in its signal
     ::close(mSocket);
     mSocket = -1;
-    while (::waitpid(mRunner, nullptr, 0) < 0 && errno == EINTR) {
-    }
-    mRunner = -1;
     const QJsonObject report = QJsonDocument::fromJson(QByteArray::fromStdString(mReport)).object();
     if (report.isEmpty()) {
         mRecord.state = "failed";
@@ -295,6 +280,23 @@ void FExternRun::writeRecord() const
         FLogMsg::error("Run", "Could not write the record of the run", S(why), nullptr);
 }
 
+void FExternRun::writeValues() const
+{
+    const auto results = mComputation->currentResults().ptr<FResultsGeneric>();
+    if (!results || !results->fetchResults())
+        return;
+    QJsonArray tables;
+    for (const auto &handle : results->tables())
+        if (const auto table = handle.getPtr())
+            tables.append(QJsonObject{{"name", Q(table->getName())}, {"rows", table->rowsJson()}});
+    QString why;
+    if (!tables.isEmpty() &&
+        !FSafeFile::write(Q(mRecord.directory) + "/values.json",
+                          QJsonDocument(QJsonObject{{"tables", tables}}).toJson(), &why,
+                          FSafeFile::Durability::Later))
+        FLogMsg::error("Run", "Could not write the values of the run", S(why), nullptr);
+}
+
 void FExternRun::finish()
 {
     FDesign::setCurrent(mDesign);
@@ -312,5 +314,8 @@ void FExternRun::finish()
         const_cast<const FExternComputation &>(*mComputation).finalizeRun();
         mComputation->finalizeRun();
     }
+    if (mRecord.succeeded())
+        writeValues();
+    FRunSync::instance()->add(mRecord.directory);
     mFinished();
 }

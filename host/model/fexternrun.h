@@ -6,7 +6,6 @@
 #include <QSocketNotifier>
 #include <functional>
 #include <memory>
-#include <sys/types.h>
 
 /// One run of one computation for one design: a fresh folder, the input files, the program under
 /// supervision, its report.
@@ -28,7 +27,9 @@ public:
     const FRunRecord &record() const { return mRecord; }
     /// Splits as a POSIX shell does. False for a quote without end.
     static bool splitWords(const std::string &text, std::vector<std::string> *words);
-    static std::string runnerPath();
+    /// The program that is started: a name to be found along PATH, or a path. A relative path
+    /// counts from the project's folder; what isn't there may be an input file of the run.
+    static std::string programOf(const FExternComputation &computation);
 
 private:
     bool prepare();
@@ -38,6 +39,9 @@ private:
     void fail(const std::string &reason);
     std::vector<std::string> commandLine(const std::vector<std::string> &words) const;
     void writeRecord() const;
+    /// Writes what was read, with place and doubt of each number, into values.json beside run.json:
+    /// the runner's record is complete before anything is read, and is never touched again.
+    void writeValues() const;
 
     std::shared_ptr<FExternComputation> mComputation;
     std::shared_ptr<FDesign> mDesign;
@@ -47,7 +51,6 @@ private:
     std::unique_ptr<QSocketNotifier> mNotifier;
     std::string mReport;
     int mSocket = -1;
-    pid_t mRunner = -1;
     bool mReported = false, mCancelled = false;
 };
 #endif

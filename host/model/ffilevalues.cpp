@@ -56,39 +56,37 @@ std::string FInputFile::targetName() const
     return folder + S(QFileInfo(Q(sourcePath())).fileName());
 }
 
-std::string FInputFile::toPlainString() const
-{
-    return targetName();
-}
+std::string FInputFile::toPlainString() const { return targetName(); }
 
-std::shared_ptr<FObject> FInputFile::getType() const
-{
-    return FFileName::mpNull;
-}
+std::shared_ptr<FObject> FInputFile::getType() const { return FFileName::mpNull; }
 
 std::shared_ptr<FObject> FInputFile::clone() const
 {
     return f_make_shared<FInputFile>(mFileName, mDirectory);
 }
 
-void FInputFile::doUpdate() const
+namespace {
+/// Copies \p source into the input folder of the run in progress; that one fails if it can't.
+void copyIntoRun(const char *kind, const QString &source, const QString &target, QString why)
 {
     FPathManager *paths = FPathManager::instance();
-    if (!paths->runInProgress())
+    const QString path = source.isEmpty()
+                             ? QString()
+                             : safeJoin(Q(paths->getInputDirAbs(nullptr, nullptr)), target, &why);
+    if (!path.isEmpty() && QDir().mkpath(QFileInfo(path).path()) &&
+        FSafeFile::copyFile(source, path, &why))
         return;
-    const std::string source = sourcePath();
-    QString why;
-    const QString target =
-        source.empty() ? QString()
-                       : safeJoin(Q(paths->getInputDirAbs(nullptr, nullptr)), Q(targetName()), &why);
-    if (source.empty())
-        why = QStringLiteral("the name %1 gives no file").arg(Q(mFileName.toString()));
-    else if (!target.isEmpty() && QDir().mkpath(QFileInfo(target).path()) &&
-             FSafeFile::copyFile(Q(source), target, &why))
-        return;
-    FLogMsg::error("FInputFile", "Could not copy file " + source + " into the run", S(why),
-                   nullptr);
-    paths->failRun("cannot copy input file " + source + ": " + S(why));
+    const std::string name = S(source.isEmpty() ? target : source);
+    FLogMsg::error(kind, "Could not copy file " + name + " into the run", S(why), nullptr);
+    paths->failRun("cannot copy input file " + name + ": " + S(why));
+}
+} // namespace
+
+void FInputFile::doUpdate() const
+{
+    if (FPathManager::instance()->runInProgress())
+        copyIntoRun("FInputFile", Q(sourcePath()), Q(targetName()),
+                    "the name " + Q(mFileName.toString()) + " gives no file");
 }
 
 std::shared_ptr<FObject> FResultsFileName::clone() const
@@ -96,15 +94,28 @@ std::shared_ptr<FObject> FResultsFileName::clone() const
     return f_make_shared<FResultsFileName>(mFileName);
 }
 
+void FGeometryExport::constructFObject()
+{
+    FBasicType::constructFObject();
+    setImediateUpdate(false); // only a run copies
+}
+
+void FGeometryExport::doUpdate() const
+{
+    FPathManager *paths = FPathManager::instance();
+    if (!paths->runInProgress())
+        return;
+    QString why;
+    const QString name = Q(mFileName);
+    copyIntoRun("FGeometryExport", safeJoin(Q(paths->getProjectDirAbs()), name, &why), name, why);
+}
+
 std::string FGeometryExport::toString() const
 {
     return "geometryExport(" + FLiteral::quoted(mFileName) + ")";
 }
 
-std::shared_ptr<FObject> FGeometryExport::getType() const
-{
-    return FFileName::mpNull;
-}
+std::shared_ptr<FObject> FGeometryExport::getType() const { return FFileName::mpNull; }
 
 std::shared_ptr<FObject> FGeometryExport::clone() const
 {
@@ -114,8 +125,7 @@ std::shared_ptr<FObject> FGeometryExport::clone() const
     return copy;
 }
 
-namespace
-{
+namespace {
 std::shared_ptr<FInputFile> makeInputFile(const FExprBase &fileName, const FExprBase &directory)
 {
     return f_make_shared<FInputFile>(fileName, directory);

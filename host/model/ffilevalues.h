@@ -4,7 +4,7 @@
 #include "fbasictype.h"
 #include "fcmd.h"
 
-/// A file of the user that goes into the input folder of each run. Tags write its bare name.
+/// A file of the user that goes into the input folder of each run. Tags write where it stands there.
 class FInputFile : public FBasicType
 {
     F_CLASS(FInputFile, FBasicType)
@@ -41,9 +41,15 @@ class FResultsFileName : public FBasicType
     F_CLASS(FResultsFileName, FBasicType)
 public:
     FResultsFileName() = default;
-    explicit FResultsFileName(const FExprBase &fileName) : mFileName(fileName) {}
+    explicit FResultsFileName(const FExprBase &fileName)
+        : mFileName(fileName)
+    {
+    }
     const FExprBase &getFileName() const { return mFileName; }
-    std::string toString() const override { return "resultsFileName(" + mFileName.toString() + ")"; }
+    std::string toString() const override
+    {
+        return "resultsFileName(" + mFileName.toString() + ")";
+    }
     std::string toPlainString() const override { return mFileName.toPlainString(); }
     std::shared_ptr<FObject> clone() const override;
     void visitState(FStateVisitor &state) override { state(mFileName); }
@@ -53,13 +59,16 @@ private:
 };
 
 /// Geometry that is written for the external program. The kernel that writes it is not part of
-/// this host: a run checks that the file exists and else fails by name.
+/// this host: a run takes the file of that name from the project's folder and else fails by name.
 class FGeometryExport : public FBasicType
 {
     F_CLASS(FGeometryExport, FBasicType)
 public:
     FGeometryExport() = default;
-    explicit FGeometryExport(std::string fileName) : mFileName(std::move(fileName)) {}
+    explicit FGeometryExport(std::string fileName)
+        : mFileName(std::move(fileName))
+    {
+    }
     const std::string &getFileName() const { return mFileName; }
     unsigned kind() const { return mKind; }
     const FExpr<FObject> &getFeatureDefinition() const { return mFeatureDefinition; }
@@ -72,6 +81,8 @@ public:
     std::string toPlainString() const override { return mFileName; }
     std::shared_ptr<FObject> getType() const override;
     std::shared_ptr<FObject> clone() const override;
+    void constructFObject() override;
+    void doUpdate() const override;
     void visitState(FStateVisitor &state) override { state(mFileName)(mKind)(mFeatureDefinition); }
 
     static void initCmds();

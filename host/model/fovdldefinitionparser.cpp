@@ -1,18 +1,27 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fovdldefinitionparser.h"
 
+#include "fhistory.h"
 #include "flogmsg.h"
 #include "fmarloctrl.h"
 
 #include <QIODevice>
 #include <QXmlStreamReader>
 #include <QXmlStreamWriter>
+#include <algorithm>
 
 const QString FOvdlDefinitionParser::smObjectArea = QStringLiteral("=== objects ===");
 
-namespace
-{
+namespace {
 const char kPrologue[] = "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>";
+
+/// False for texts with characters that no XML text can hold.
+bool fitsXml(const QString &text)
+{
+    return std::all_of(text.begin(), text.end(), [](QChar c) {
+        return c >= ' ' ? c.unicode() < 0xfffe : c == '\t' || c == '\n' || c == '\r';
+    });
+}
 
 void writeEntries(QXmlStreamWriter &xml, const std::vector<FExpr<FEntryBase, true>> &entries)
 {
@@ -25,7 +34,11 @@ void writeEntries(QXmlStreamWriter &xml, const std::vector<FExpr<FEntryBase, tru
         if (!entry->isGroup()) {
             const auto type = entry->getType();
             xml.writeAttribute("type", Q(type ? type->getClass() : std::string()));
-            xml.writeAttribute("default", Q(entry->getDefaultExpr().toString()));
+            const QString value = Q(entry->getDefaultExpr().toString());
+            if (fitsXml(value))
+                xml.writeAttribute("default", value);
+            else
+                xml.writeAttribute("default64", QString::fromLatin1(value.toUtf8().toBase64()));
         }
         if (entry->isHidden())
             xml.writeAttribute("hidden", "1");
@@ -56,33 +69,38 @@ FOvdlDefinitionParser::FOvdlDefinitionParser(const FExpr<FDefinitionCustom> &def
 {
 }
 
-void FOvdlDefinitionParser::read(QIODevice *device)
-{
-    read(device->readAll().toStdString());
-}
+void FOvdlDefinitionParser::read(QIODevice *device) { read(device->readAll().toStdString()); }
 
 void FOvdlDefinitionParser::read(const std::string &text)
 {
-    // The marker stands on a line of its own behind the closing element.
+    mEntries.clear();
+    // The marker stands on a line of its own behind the closing element; texts of entries may hold
+    // such a line as well.
     const std::string marker = "\n" + S(smObjectArea);
-    const size_t at = text.find(marker);
-    const bool made = mDefinition.getPtr() && mDefinition.getPtr()->isNull();
-    if (!readStructure(Q(text.substr(0, at)), true)) {
-        if (made)
+    const size_t at = text.find(marker, std::min(text.find("</ovdl>"), text.size()));
+    const bool mayMake = mDefinition.getPtr() && mDefinition.getPtr()->isNull();
+    if (!parse(text.substr(0, at))) {
+        if (mayMake)
             mDefinition = FExpr<FDefinitionCustom>();
         return;
     }
-    if (at == std::string::npos)
-        return;
-    size_t begin = text.find('\n', at + marker.size());
-    begin = begin == std::string::npos ? text.size() : begin + 1;
-    const FLoadingScope loading;
-    importObjectsFromString(Q(text.substr(begin)));
-}
-
-bool FOvdlDefinitionParser::fill(const std::string &structure)
-{
-    return readStructure(Q(structure), false);
+    FHistoryTransaction transaction(nullptr, "read definition", true);
+    if (mayMake) {
+        // A prototype was handed in: make a new object of its class.
+        const auto made =
+            std::dynamic_pointer_cast<FDefinitionCustom>(mDefinition.getPtr()->clone());
+        mDefinition = made;
+        if (made && !mName.empty())
+            made->setName(mName);
+    }
+    build();
+    if (at != std::string::npos && mDefinition) {
+        size_t begin = text.find('\n', at + marker.size());
+        begin = begin == std::string::npos ? text.size() : begin + 1;
+        importObjectsFromString(Q(text.substr(begin)));
+    }
+    if (mDefinition)
+        transaction.addStep(mDefinition.getPtr());
 }
 
 void FOvdlDefinitionParser::error(qint64 line, qint64 column, const QString &text)
@@ -90,98 +108,118 @@ void FOvdlDefinitionParser::error(qint64 line, qint64 column, const QString &tex
     FLogMsg::error("Definition",
                    "line " + fromNumber((long long)line, 10) + ", column " +
                        fromNumber((long long)column, 10) + ": " + S(text),
-                   "rest of the entries skipped", nullptr);
+                   "the entries were not read", nullptr);
 }
 
-bool FOvdlDefinitionParser::readStructure(const QString &text, bool mayMake)
+bool FOvdlDefinitionParser::parse(const std::string &structure)
 {
+    mEntries.clear();
+    mName.clear();
+    const QString text = Q(structure);
+    const size_t mark = structure.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0;
     QXmlStreamReader xml(text);
     const auto fail = [&](const QString &what) {
         error(xml.lineNumber(), xml.columnNumber(), what);
         return false;
     };
+    if (structure.compare(mark, std::string::npos, S(text)) != 0)
+        return fail("expected UTF-8 text, found other bytes");
     bool inDefinition = false;
-    while (!xml.atEnd()) {
+    while (!xml.atEnd() && !inDefinition) {
         xml.readNext();
         if (xml.isDTD())
             return fail("expected no document type, found one");
         if (!xml.isStartElement())
             continue;
-        if (xml.name() == QLatin1String("definition")) {
-            inDefinition = true;
-            break;
-        }
-        if (xml.name() != QLatin1String("ovdl"))
+        inDefinition = xml.name() == QLatin1String("definition");
+        if (!inDefinition && xml.name() != QLatin1String("ovdl"))
             return fail("expected the element ovdl, found " + xml.name().toString());
     }
     if (xml.hasError())
         return fail(xml.errorString());
     if (!inDefinition)
         return fail("expected the element definition, found the end");
-    auto definition = mDefinition.getPtr();
-    if (mayMake && definition && definition->isNull()) {
-        // A prototype was handed in: make a new object of its class.
-        const std::string name = S(xml.attributes().value(QLatin1String("name")).toString());
-        definition = std::dynamic_pointer_cast<FDefinitionCustom>(definition->clone());
-        if (definition && !name.empty())
-            definition->setName(name);
-        mDefinition = definition;
-    }
-    if (!definition)
+    mName = S(xml.attributes().value(QLatin1String("name")).toString());
+    Entry root;
+    if (!parseContent(xml, &root, true, 0))
         return false;
-    const FLoadingScope loading;
-    if (!readEntries(xml, nullptr, 0))
-        return false;
+    while (!xml.atEnd())
+        xml.readNext();
+    if (xml.hasError())
+        return fail(xml.errorString());
+    mEntries = std::move(root.children);
     return true;
 }
 
-bool FOvdlDefinitionParser::readEntries(QXmlStreamReader &xml,
-                                        const std::shared_ptr<FEntryDef> &parent, int depth)
+bool FOvdlDefinitionParser::parseContent(QXmlStreamReader &xml, Entry *owner, bool group, int depth)
 {
     const auto fail = [&](const QString &what) {
         error(xml.lineNumber(), xml.columnNumber(), what);
         return false;
     };
-    if (depth > kMaxDepth)
-        return fail(QString("groups nested deeper than %1").arg(kMaxDepth));
-    const auto definition = std::static_pointer_cast<FDefinitionBase>(mDefinition.getPtr());
-    while (!xml.atEnd()) {
-        xml.readNext();
+    while (xml.readNext() != QXmlStreamReader::EndElement) {
         if (xml.hasError())
             return fail(xml.errorString());
-        if (xml.isEndElement())
-            return true;
         if (!xml.isStartElement())
             continue;
-        if (xml.name() == QLatin1String("docu") && parent) {
-            parent->addDocu(S(xml.readElementText()), unsigned(DocuArea::Description));
+        if (xml.name() == QLatin1String("docu") && depth > 0) {
+            owner->docu += S(xml.readElementText());
             continue;
         }
-        const bool group = xml.name() == QLatin1String("group");
-        if (!group && xml.name() != QLatin1String("entry"))
-            return fail("expected the element entry or group, found " + xml.name().toString());
+        const bool isGroup = xml.name() == QLatin1String("group");
+        if (!group || (!isGroup && xml.name() != QLatin1String("entry")))
+            return fail((group ? QString("expected the element entry or group")
+                               : "expected the end of entry " + Q(owner->name)) +
+                        ", found " + xml.name().toString());
+        if (depth == kMaxDepth)
+            return fail(QString("groups nested deeper than %1").arg(kMaxDepth));
         const QXmlStreamAttributes attributes = xml.attributes();
-        const std::string name = S(attributes.value(QLatin1String("name")).toString());
-        if (name.empty())
+        Entry entry;
+        entry.name = S(attributes.value(QLatin1String("name")).toString());
+        if (entry.name.empty())
             return fail("expected a name for the entry, found none");
-        FExprBase value;
-        if (!group) {
-            const std::string script = S(attributes.value(QLatin1String("default")).toString());
-            value = FExprBase::resolve(script);
-            if (!value)
+        if (!isGroup) {
+            const QByteArray coded = attributes.value(QLatin1String("default64")).toLatin1();
+            const std::string script =
+                coded.isEmpty() ? S(attributes.value(QLatin1String("default")).toString())
+                                : QByteArray::fromBase64(coded).toStdString();
+            entry.value = FExprBase::resolve(script);
+            if (!entry.value)
                 return fail(QString("expected a default value for entry %1, found %2")
-                                .arg(Q(name), Q(script)));
+                                .arg(Q(entry.name), Q(script)));
         }
-        const auto entry =
-            parent ? FEntryDef::create(name, parent, definition, value)
-                   : FEntryDef::create(name, definition, 1, 1, false, true, std::string(), value);
-        entry->setFlags(intAttribute(attributes, "hidden", 0) != 0,
-                        intAttribute(attributes, "expr", 1) != 0);
-        entry->setCounts(intAttribute(attributes, "min", 1), intAttribute(attributes, "max", 1));
-        if (!readEntries(xml, entry, depth + 1))
+        entry.hidden = intAttribute(attributes, "hidden", 0) != 0;
+        entry.isExpr = intAttribute(attributes, "expr", 1) != 0;
+        entry.minimum = intAttribute(attributes, "min", 1);
+        entry.maximum = intAttribute(attributes, "max", 1);
+        if (!parseContent(xml, &entry, isGroup, depth + 1))
             return false;
+        owner->children.push_back(std::move(entry));
     }
-    return fail("expected the end of the element, found the end of the text");
+    return true;
+}
+
+void FOvdlDefinitionParser::build()
+{
+    const FLoadingScope loading;
+    if (mDefinition)
+        build(mEntries, nullptr);
+    mEntries.clear();
+}
+
+void FOvdlDefinitionParser::build(const Entries &entries, const std::shared_ptr<FEntryDef> &parent)
+{
+    const auto definition = std::static_pointer_cast<FDefinitionBase>(mDefinition.getPtr());
+    for (const Entry &entry : entries) {
+        const auto made = parent ? FEntryDef::create(entry.name, parent, definition, entry.value)
+                                 : FEntryDef::create(entry.name, definition, 1, 1, false, true,
+                                                     std::string(), entry.value);
+        made->setFlags(entry.hidden, entry.isExpr);
+        made->setCounts(entry.minimum, entry.maximum);
+        if (!entry.docu.empty())
+            made->addDocu(entry.docu, unsigned(DocuArea::Description));
+        build(entry.children, made);
+    }
 }
 
 std::string FOvdlDefinitionParser::structureText(const FDefinitionBase &definition)

@@ -15,7 +15,8 @@ class QXmlStreamWriter;
 ///     <group name="…"> entries </group>
 ///     <entry name="…" default="script text" hidden="0" expr="1" min="1" max="1">docu</entry>
 ///   </definition></ovdl>
-/// There is no document type; depth is limited to 100.
+/// where default64 with base64 stands for a default that XML can't hold. There is no document
+/// type; depth is limited to 100.
 class FOvdlDefinitionParser
 {
 public:
@@ -29,8 +30,10 @@ public:
     /// Reads a whole saved text. The definition is there afterwards unless nothing could be read.
     void read(QIODevice *device);
     void read(const std::string &text);
-    /// Adds the entries of an XML half to the definition.
-    bool fill(const std::string &structure);
+    /// Takes in an XML half as a whole; false, with the reason in the log, if it is damaged.
+    bool parse(const std::string &structure);
+    /// Adds the entries that were taken in to the definition.
+    void build();
     /// Writes the XML half at the present position of \p device.
     void write(QIODevice *device, const std::shared_ptr<FDefinitionCustom> &definition);
     const FExpr<FDefinitionCustom> &getDefinition() const { return mDefinition; }
@@ -45,7 +48,20 @@ protected:
     FExpr<FDefinitionCustom> mDefinition;
 
 private:
-    bool readStructure(const QString &xml, bool mayMake);
-    bool readEntries(QXmlStreamReader &xml, const std::shared_ptr<FEntryDef> &parent, int depth);
+    struct Entry
+    {
+        std::string name, docu;
+        FExprBase value; ///< null for a group
+        bool hidden = false, isExpr = true;
+        int minimum = 1, maximum = 1;
+        std::vector<Entry> children;
+    };
+    using Entries = std::vector<Entry>;
+    /// \p depth: 0 for the definition itself, which is like a group without a name.
+    bool parseContent(QXmlStreamReader &xml, Entry *owner, bool group, int depth);
+    void build(const Entries &entries, const std::shared_ptr<FEntryDef> &parent);
+
+    std::string mName;
+    Entries mEntries;
 };
 #endif

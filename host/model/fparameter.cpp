@@ -191,11 +191,23 @@ const FExprBase *FDesign::valueOf(const FParameter *parameter) const
     return nullptr;
 }
 
+void FDesign::collectNamed(std::vector<const FObject *> *objects) const
+{
+    for (const Override &own : mValues) {
+        objects->push_back(own.parameter.getExpr().get());
+        objects->push_back(own.value.getExpr().get());
+    }
+}
+
 void FDesign::connectValues()
 {
+    // Only a value that may change by itself makes the parameter stale, and a design never gets
+    // stale. With an edge for each plain number a parameter would drag all designs of a study
+    // through every change of design.
     for (Override &own : mValues) {
-        own.parameter.registerClient(shared_from_this(), false);
-        own.value.registerClient(own.parameter.getExpr(), false);
+        const std::shared_ptr<FObject> value = own.value.getExpr();
+        if (value && !(std::dynamic_pointer_cast<FBasicType>(value) && value->suppliers().isEmpty()))
+            own.value.registerClient(own.parameter.getExpr(), false);
     }
 }
 

@@ -67,6 +67,7 @@ public:
     const FExprBase *valueOf(const FParameter *parameter) const;
 
     bool isSaved() const override;
+    void collectNamed(std::vector<const FObject *> *objects) const override;
     void saveMembers(QTextStream &stream, unsigned level) const override;
     void visitState(FStateVisitor &state) override;
     void stateRestored() override;

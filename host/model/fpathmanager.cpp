@@ -15,10 +15,20 @@ FPathManager *FPathManager::instance()
 
 std::string FPathManager::getProjectDirAbs() const
 {
+    // Asked for several times in each run; resolving the links of a path takes a system call for
+    // every part of it.
     const QString path = FProject::instance()->path();
+    if (!path.isEmpty() && path == mProjectPath)
+        return mProjectDir;
     const QString folder = path.isEmpty() ? QDir::currentPath() : QFileInfo(path).path();
     const QString canonical = QFileInfo(folder).canonicalFilePath();
-    return S(canonical.isEmpty() ? folder : canonical);
+    if (canonical.isEmpty())
+        return S(folder);
+    if (QDir::isAbsolutePath(path)) {
+        mProjectPath = path;
+        mProjectDir = S(canonical);
+    }
+    return S(canonical);
 }
 
 std::string FPathManager::getSamplesDir() const

@@ -44,5 +44,7 @@ private:
     FExternComputation *mComputation = nullptr;
     std::shared_ptr<FDesign> mDesign;
     std::string mFailure;
+    mutable QString mProjectPath; // an absolute path, and its resolved folder
+    mutable std::string mProjectDir;
 };
 #endif

@@ -17,9 +17,10 @@ F_CLASS_IMPL(FResultsGeneric)
 FComputationResults::FComputationResults(std::string name, const FExpr<FDesign> &variant,
                                          const FExpr<FExternComputation> &computation)
     : FResults(std::move(name), variant)
-    , mComputation(computation)
 {
-    if (const auto object = computation.getPtr())
+    const auto object = computation.getPtr();
+    mComputation = object;
+    if (object)
         mComputationId = object->getDbId();
 }
 
@@ -32,10 +33,10 @@ FComputationResults::FComputationResults(std::string name, const FExpr<FDesign> 
 
 FExpr<FExternComputation> FComputationResults::getComputation() const
 {
-    if (!mComputation && mComputationId != 0)
-        mComputation = FExprBase(std::dynamic_pointer_cast<FExternComputation>(
-            FObjectManager::instance()->findById(mComputationId)));
-    return FExpr<FExternComputation>(mComputation);
+    if (mComputation.expired() && mComputationId != 0)
+        mComputation = std::dynamic_pointer_cast<FExternComputation>(
+            FObjectManager::instance()->findById(mComputationId));
+    return FExpr<FExternComputation>(mComputation.lock());
 }
 
 int FComputationResults::computationId() const
@@ -99,12 +100,13 @@ std::string FResultsGeneric::getResultFileName(const std::string &name) const
     return S(safeJoin(Q(getResultPath()), Q(name), &why));
 }
 
-FExpr<FObject> FResultsGeneric::getImport(const std::string &name) const
+FExpr<FTableData> FResultsGeneric::getImport(const std::string &name) const
 {
     const std::lock_guard<std::recursive_mutex> lock(mMutex);
     fetchResults();
     const auto at = mImportedObjects.find(name);
-    return at == mImportedObjects.end() ? FExpr<FObject>() : at->second;
+    return at == mImportedObjects.end() ? FExpr<FTableData>()
+                                        : FExpr<FTableData>(at->second.ptr<FTableData>());
 }
 
 std::shared_ptr<FObject> FResultsGeneric::clone(const FExpr<FDesign> &,

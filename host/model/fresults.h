@@ -46,7 +46,7 @@ public:
     void visitState(FStateVisitor &state) override;
 
 private:
-    mutable FExprBase mComputation;
+    mutable std::weak_ptr<FExternComputation> mComputation; // the computation holds its results
     int mComputationId = 0;
 };
 
@@ -73,12 +73,16 @@ public:
     }
     const std::vector<FExpr<FTableData, true>> &tables() const { return mTables; }
     std::string getResultFileName(const std::string &name) const;
-    FExpr<FObject> getImport(const std::string &name) const;
+    /// An imported table; null if there is none.
+    FExpr<FTableData> getImport(const std::string &name) const;
     virtual std::shared_ptr<FObject> clone(const FExpr<FDesign> &design,
                                            const FExpr<FExternComputation> &computation) const;
     using FObject::clone;
     /// Kind of a result file by its name: 1 image, 2 table, 4 simulation data, 3 pure text, 0 else.
     static unsigned getResultsFileType(const std::string &path);
+
+    /// Stale results are read again, whoever brings them up to date.
+    void doSetOutOfDate() const override { mFilesRead = false; }
 
     static void initCmds();
 

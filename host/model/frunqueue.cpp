@@ -2,6 +2,7 @@
 #include "frunqueue.h"
 
 #include "fexternrun.h"
+#include "frunsync.h"
 
 #include <QEventLoop>
 #include <QTimer>
@@ -36,6 +37,7 @@ void FRunQueue::run(int jobs)
         loop.exec();
     mIdle = nullptr;
     mEnded.clear();
+    FRunSync::instance()->wait();
     FDesign::setCurrent(before);
 }
 

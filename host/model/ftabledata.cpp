@@ -3,7 +3,9 @@
 
 #include "fcmdbinder.h"
 
+#include <QJsonObject>
 #include <algorithm>
+#include <cmath>
 
 F_CLASS_IMPL(FTableData)
 
@@ -23,6 +25,40 @@ void FTableData::setColumns(const std::vector<std::vector<double>> &columns,
     for (size_t row = 0; row < mRows.size(); ++row)
         for (const auto &column : columns)
             mRows[row].push_back(row < column.size() ? column[row] : quietNan());
+}
+
+QJsonArray FTableData::rowsJson(bool withTypes) const
+{
+    const auto textOrNull = [](const std::string &text) {
+        return text.empty() ? QJsonValue() : QJsonValue(Q(text));
+    };
+    QJsonArray rows;
+    for (size_t i = 0; i < mRows.size(); ++i) {
+        const std::string text = i < mRowTexts.size() ? mRowTexts[i] : std::string();
+        const size_t bar = text.find('|');
+        const Origin origin = i < mOrigins.size() ? mOrigins[i] : Origin();
+        const double value = cell(int(i), 0);
+        QJsonObject row{
+            {"name", i < mRowHeaders.size() ? Q(mRowHeaders[i]) : QString()},
+            {"value", std::isfinite(value) ? QJsonValue(value) : QJsonValue()},
+            {"text", bar == std::string::npos ? QJsonValue() : QJsonValue(Q(text.substr(bar + 1)))},
+            {"note", textOrNull(origin.note)},
+            {"where", textOrNull(origin.where)}};
+        if (withTypes)
+            row["type"] = Q(text.substr(0, bar));
+        rows.append(row);
+    }
+    for (const Missing &missing : mMissing) {
+        QJsonObject row{{"name", Q(missing.name)},
+                        {"value", QJsonValue()},
+                        {"text", QJsonValue()},
+                        {"note", Q(missing.note)},
+                        {"where", QJsonValue()}};
+        if (withTypes)
+            row["type"] = Q(missing.type);
+        rows.append(row);
+    }
+    return rows;
 }
 
 int FTableData::columnCount() const

@@ -3,6 +3,7 @@
 #define FTABLEDATA_H
 #include "fexpr.h"
 
+#include <QJsonArray>
 #include <unordered_map>
 
 /// A table of numbers with headers. Counts of rows, headers and tooltips may differ. Indices count
@@ -35,6 +36,16 @@ public:
     };
     void setOrigins(std::vector<Origin> origins) { mOrigins = std::move(origins); }
     const std::vector<Origin> &origins() const { return mOrigins; }
+    /// The first column as objects with name, value, text, note and where; null for what there
+    /// isn't. With \p withTypes the type's class as well.
+    QJsonArray rowsJson(bool withTypes = false) const;
+    /// A row that could not be filled, and why; for reports, the table has no such row.
+    struct Missing
+    {
+        std::string name, type, note;
+    };
+    void setMissing(std::vector<Missing> missing) { mMissing = std::move(missing); }
+    const std::vector<Missing> &missing() const { return mMissing; }
 
     double getElementAt(int row, int column, bool *ok = nullptr) const;
     double getElementAt(const std::string &rowHeader, int column) const;
@@ -57,6 +68,7 @@ private:
     std::vector<std::vector<double>> mRows;
     std::vector<std::string> mRowHeaders, mRowTexts, mColumnHeaders;
     std::vector<Origin> mOrigins;
+    std::vector<Missing> mMissing;
     std::unordered_map<std::string, int> mRowIndex;
 };
 #endif

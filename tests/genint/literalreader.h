@@ -12,10 +12,9 @@
 #include <map>
 #include <vector>
 
-/// Reads rules in the most direct way: every step copies the text it works on. Slow, and the measure
-/// for the reader that is not.
-namespace literal
-{
+/// Reads rules in the most direct way: every step copies the text it works on. Slow, and the
+/// measure for the reader that is not.
+namespace literal {
 struct Row
 {
     int rule = -1;
@@ -205,6 +204,21 @@ inline double average(const FGenIntRule &rule, QString work, QRegExp &separator,
     return sum / count;
 }
 
+/// The text without the white space at its end. The expression takes quadratic time over blanks, so
+/// long texts are cut character by character.
+inline QString trimmed(const QString &text)
+{
+    QString work = text;
+    if (work.size() < 2000) {
+        work.replace(QRegExp("\\s*$"), "");
+        return work;
+    }
+    while (!work.isEmpty() && work.at(work.size() - 1).isSpace()) {
+        work.chop(1);
+    }
+    return work;
+}
+
 inline std::vector<Row> read(const QString &text, const QVector<FGenIntRule> &rules,
                              const FGenIntColumns &columns)
 {
@@ -226,15 +240,13 @@ inline std::vector<Row> read(const QString &text, const QVector<FGenIntRule> &ru
         }
         separator.setPattern(pattern);
     }
+    const QString work = trimmed(text);
     for (int index : sorted(rules, text)) {
         const FGenIntRule &rule = rules[index];
-        QString work = text;
-        work.replace(QRegExp("\\s*$"), "");
         Row row;
         row.rule = index;
-        row.value = rule.average
-                        ? average(rule, work, separator, columns.numbers, &row.cell)
-                        : single(rule, text, work, separator, columns.numbers, &row.cell);
+        row.value = rule.average ? average(rule, work, separator, columns.numbers, &row.cell)
+                                 : single(rule, text, work, separator, columns.numbers, &row.cell);
         rows.push_back(row);
     }
     return rows;

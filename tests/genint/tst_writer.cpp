@@ -213,7 +213,9 @@ private Q_SLOTS:
         const auto seed = std::random_device{}();
         qInfo("seed %u", seed);
         std::mt19937 random(seed);
-        const auto file = std::make_shared<FGenIntCommandFile>();
+        QVERIFY(load("genericIntegrationCommandFile corner();"));
+        const auto file = std::dynamic_pointer_cast<FGenIntCommandFile>(
+            FObjectManager::instance()->find("corner"));
         const QByteArray odd = "=-_ \n*\x80\xff";
         for (int round = 0; round < 20'000; ++round) {
             QByteArray bytes(int(random() % 24), Qt::Uninitialized);
@@ -224,7 +226,7 @@ private Q_SLOTS:
                 base64.insert(int(random() % uint(base64.size() + 1)),
                               odd.at(int(random() % uint(odd.size()))));
             const QByteArray expected = QByteArray::fromBase64(base64);
-            file->setContentUtf8(f_make_shared<FString>("[B64]" + base64.toStdString()));
+            load("corner.setContent(" + FLiteral::quoted("[B64]" + base64.toStdString()) + ");");
             QVERIFY2(file->text() == QString::fromUtf8(expected.constData()), base64.constData());
             file->setContent(file->getContent());
             QVERIFY2(file->text() == QString::fromUtf8(expected.constData()), base64.constData());

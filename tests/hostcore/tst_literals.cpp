@@ -83,7 +83,7 @@ private Q_SLOTS:
         for (const char *broken :
              {"\xff", "\xc3(", "\xe0\x80\x80", "\xed\xa0\x80", "\xf4\x90\x80\x80"})
             for (int at = 0; at <= start.size(); ++at) {
-                if (uchar(start[at]) == 0xa4)
+                if (at < start.size() && uchar(start[at]) == 0xa4)
                     continue; // would stand within a character
                 QTemporaryFile file;
                 QVERIFY(file.open());

@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef FRUNSYNC_H
+#define FRUNSYNC_H
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+/// Brings the folders of runs to the disk in batches, on a thread of its own.
+///
+/// A batch begins with the first folder and lasts a second at most. A large one is synced by its
+/// file system as a whole, which costs about the same however many designs ended in that second;
+/// a few folders are synced alone. A run never waits for the disk, only the end of a queue does.
+class FRunSync
+{
+public:
+    FRunSync() = default;
+    ~FRunSync();
+    FRunSync(const FRunSync &) = delete;
+    FRunSync &operator=(const FRunSync &) = delete;
+
+    static FRunSync *instance();
+    /// Takes note of a folder that is complete.
+    void add(const std::string &folder);
+    /// Returns when all that was added is on the disk. A failure stands in the log.
+    void wait();
+    /// Batches that were synced, for tests.
+    uint64_t batches();
+
+private:
+    void work();
+
+    std::mutex mMutex;
+    std::condition_variable mNews, mSynced;
+    std::vector<std::string> mFolders;
+    bool mWanted = false, mBusy = false, mEnd = false;
+    uint64_t mBatches = 0;
+    std::thread mThread;
+};
+#endif

@@ -1,0 +1,431 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "fgenintcomputation.h"
+#include "flogmsg.h"
+#include "fproject.h"
+#include "frunnerlink.h"
+#include "frunqueue.h"
+#include "frunsync.h"
+
+#include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryDir>
+#include <QtTest>
+#include <algorithm>
+#include <cmath>
+#include <csignal>
+#include <sys/stat.h>
+
+namespace {
+using Chain = std::vector<std::shared_ptr<FExternComputation>>;
+
+QByteArray contentOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QJsonObject jsonOf(const QString &path)
+{
+    return QJsonDocument::fromJson(contentOf(path)).object();
+}
+
+/// Two computations, the second fed by the first: run.sh and again.sh with the entries x and y;
+/// each result is read from "sum = " in out.txt. The designs d1 to d4 set x to their number.
+class Study
+{
+public:
+    explicit Study(const QByteArray &first = "$fakesim sum in.txt out.txt",
+                   const QByteArray &second = "$fakesim sum in.txt out.txt")
+    {
+        FLogMsg::setConsole(nullptr);
+        QByteArray text = "parameter x(0);\n";
+        text += computation("first", "x", "x", first);
+        text += "parameter y(first.getResults().getTable(\"out.txt\").getElementAt(\"sum\")+1);\n";
+        text += computation("second", "y", "y", second);
+        text += "parameter z(second.getResults().getTable(\"out.txt\").getElementAt(\"sum\"));\n";
+        for (const char *number : {"1", "2", "3", "4"})
+            text += QByteArray("design d") + number + "() { .setValue(\"x\"," + number + "); }\n";
+        QFile file(path("study.tbk"));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(text) == text.size());
+        file.close();
+        QVERIFY2(FProject::instance()->load(file.fileName()), FLogMsg::last().message.c_str());
+        for (const char *name : {"first", "second"})
+            chain.push_back(std::dynamic_pointer_cast<FExternComputation>(
+                FObjectManager::instance()->find(name)));
+        QVERIFY(chain[0] && chain[1]);
+        for (const char *name : {"d1", "d2", "d3", "d4"})
+            designs.push_back(
+                std::dynamic_pointer_cast<FDesign>(FObjectManager::instance()->find(name)));
+    }
+    ~Study() { FProject::instance()->clear(); }
+
+    QString path(const QString &name) const { return mFolder.filePath(name); }
+    QString runPath(const char *design, const char *name) const
+    {
+        return path(QString("study_designs/%1/%2").arg(design, name));
+    }
+
+    /// "design computation state", a line each, in the order of the records.
+    QStringList run(FRunQueue *queue, int jobs, size_t count = 4)
+    {
+        for (size_t i = 0; i < count; ++i)
+            queue->add(designs[i], chain);
+        queue->run(jobs);
+        QStringList lines;
+        for (const FRunRecord &record : queue->records())
+            lines += Q(record.design + " " + record.computation + ": " + record.reason);
+        return lines;
+    }
+
+    double value(const char *parameter, const std::shared_ptr<FDesign> &design) const
+    {
+        FDesign::setCurrent(design);
+        double number = std::nan("");
+        FConvert::toDouble(FExprBase(FObjectManager::instance()->find(parameter)), &number);
+        return number;
+    }
+
+    Chain chain;
+    std::vector<std::shared_ptr<FDesign>> designs;
+
+private:
+    static QByteArray computation(const QByteArray &name, const QByteArray &entry,
+                                  const QByteArray &value, QByteArray script)
+    {
+        script.replace("$fakesim", F_BIN_DIR "/fakesim");
+        QByteArray text = R"(
+genericIntegrationCommandFile @_in() { .setContent("<entry>E</entry>\n"); .setFileName("in.txt"); }
+genericIntegrationCommandFile @_sh() { .setContent("x=<entry>E</entry>
+S
+"); .setFileName("run.sh"); }
+genericIntegrationResultsFile @_out() {
+    .setContent("sum = 1\nn = 1\n"); .setFileName("out.txt");
+    .setValues([["sum",0,0,"sum",Last,"FDouble","",0,nullptr]]); .setNumberSeparator(true);
+}
+genericIntegrationDefinition @_def() { .addEntry("E",0.0); .setFiles([@_in,@_sh,@_out]); }
+genericIntegrationConfiguration @_conf() { .setDefinition(@_def); .setEntry("E",V); }
+genericIntegrationComputation @() {
+    .setConfiguration(@_conf); .setApplication("sh"); .setArguments("run.sh");
+}
+)";
+        text.replace("S\n\")", script.replace('"', "\\\"") + "\n\")");
+        text.replace("\"E\"", '"' + entry + '"').replace(">E<", '>' + entry + '<');
+        text.replace(",V)", ',' + value + ')');
+        return text.replace("@", name);
+    }
+
+    QTemporaryDir mFolder;
+};
+
+/// Counts the starts and ends that a computation tells of.
+struct Watch
+{
+    explicit Watch(const std::shared_ptr<FExternComputation> &computation)
+        : started(signaller(computation), &FGenIntCompSignalRapper::genIntRunStarted)
+        , ended(signaller(computation), &FGenIntCompSignalRapper::genIntRunEnded)
+    {
+    }
+    static FGenIntCompSignalRapper *
+    signaller(const std::shared_ptr<FExternComputation> &computation)
+    {
+        return std::dynamic_pointer_cast<FGenIntComputation>(computation)->getSignalRapper();
+    }
+    QSignalSpy started, ended;
+};
+} // namespace
+
+class TestRunQueue : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { FObject::initPrototypes(); }
+    void init() { qputenv("TURNBUCKLE_RUNNER", F_BIN_DIR "/turnbuckle-runner"); }
+
+    void runsTheChainOfEachDesign_data()
+    {
+        QTest::addColumn<int>("jobs");
+        QTest::newRow("1") << 1;
+        QTest::newRow("3") << 3;
+        QTest::newRow("more than designs") << 9;
+    }
+
+    void runsTheChainOfEachDesign()
+    {
+        QFETCH(int, jobs);
+        Study study;
+        FRunQueue queue;
+        size_t most = 0;
+        int heard = 0;
+        queue.setListener([&](const FRunRecord &record) {
+            most = std::max(most, queue.running() + 1);
+            QCOMPARE(FDesign::current()->getName(), record.design);
+            ++heard;
+        });
+        QStringList lines = study.run(&queue, jobs);
+        QCOMPARE(heard, 8);
+        QCOMPARE(queue.failed(), size_t(0));
+        QVERIFY(most <= size_t(jobs));
+        for (const char *design : {"d1", "d2", "d3", "d4"})
+            QVERIFY(lines.indexOf(QString(design) + " first: finished") <
+                    lines.indexOf(QString(design) + " second: finished"));
+        if (jobs > 1)
+            lines.sort();
+        QCOMPARE(lines,
+                 QStringList({"d1 first: finished", "d1 second: finished", "d2 first: finished",
+                              "d2 second: finished", "d3 first: finished", "d3 second: finished",
+                              "d4 first: finished", "d4 second: finished"}));
+        // The second took the number of the first, in each design its own.
+        for (int i = 0; i < 4; ++i) {
+            QCOMPARE(study.value("z", study.designs[size_t(i)]), i + 2.0);
+            const auto name = study.designs[size_t(i)]->getName();
+            QCOMPARE(contentOf(study.runPath(name.c_str(), "second/in.txt")),
+                     QByteArray::number(i + 2) + "\n");
+        }
+    }
+
+    void runsSeveralAtOnce()
+    {
+        // Each of the two waits for the other.
+        Study study("case $x in 1) how=read;; *) how=write;; esac\n"
+                    "$fakesim meet ../../../fifo $how && $fakesim sum in.txt out.txt");
+        QCOMPARE(::mkfifo(study.path("fifo").toUtf8().constData(), 0600), 0);
+        study.chain.pop_back();
+        FRunQueue one;
+        one.setTimeout(0.2);
+        QCOMPARE(study.run(&one, 1, 2),
+                 QStringList({"d1 first: time limit of 0.2 s", "d2 first: time limit of 0.2 s"}));
+        FRunQueue two;
+        study.run(&two, 2, 2);
+        QCOMPARE(two.failed(), size_t(0));
+    }
+
+    void failureStopsItsOwnDesign()
+    {
+        Study study("case $x in 2) exit 7;; esac; $fakesim sum in.txt out.txt");
+        FRunQueue queue;
+        QCOMPARE(study.run(&queue, 1, 3),
+                 QStringList({"d1 first: finished", "d1 second: finished", "d2 first: exit code 7",
+                              "d2 second: computation first did not finish", "d3 first: finished",
+                              "d3 second: finished"}));
+        QVERIFY(!QFile::exists(study.runPath("d2", "second")));
+        QVERIFY(std::isnan(study.value("z", study.designs[1])));
+        QCOMPARE(study.value("z", study.designs[2]), 4.0);
+        FRunQueue strict;
+        strict.setKeepGoing(false);
+        QCOMPARE(study.run(&strict, 1, 3),
+                 QStringList({"d1 first: finished", "d1 second: finished", "d2 first: exit code 7",
+                              "d2 second: computation first did not finish",
+                              "d3 first: stopped after a failure",
+                              "d3 second: stopped after a failure"}));
+    }
+
+    void oldResultsAreNeverRead()
+    {
+        Study study("test -e ../../../fail || { echo 'sum = 5' >out.txt; echo x >extra; }");
+        FRunQueue good;
+        QCOMPARE(study.run(&good, 1, 1).first(), QString("d1 first: finished"));
+        QCOMPARE(study.value("y", study.designs[0]), 6.0);
+        QVERIFY(QFile::exists(study.runPath("d1", "first/extra")));
+        QVERIFY(QFile(study.path("fail")).open(QIODevice::WriteOnly));
+        FRunQueue bad;
+        QCOMPARE(study.run(&bad, 1, 1).first(), QString("d1 first: result file out.txt missing"));
+        QVERIFY(std::isnan(study.value("y", study.designs[0])));
+        QVERIFY(!QFile::exists(study.runPath("d1", "first/extra")));
+        QVERIFY(!QFile::exists(study.runPath("d1", "first/values.json")));
+        QCOMPARE(jsonOf(study.runPath("d1", "first/run.json"))["state"].toString(),
+                 QString("failed"));
+    }
+
+    void cancelEndsWhatRuns()
+    {
+        Study study(
+            "case $x in 1) $fakesim sum in.txt out.txt;; *) $fakesim fork-hang ../../../pid hang;; "
+            "esac");
+        FRunQueue queue;
+        QTimer watch;
+        QObject::connect(&watch, &QTimer::timeout, &watch, [&] {
+            if (QFile::exists(study.path("pid")))
+                queue.cancel();
+        });
+        watch.start(5);
+        QCOMPARE(study.run(&queue, 1, 3),
+                 QStringList({"d1 first: finished", "d1 second: finished", "d2 first: cancelled",
+                              "d2 second: computation first did not finish", "d3 first: cancelled",
+                              "d3 second: cancelled"}));
+        QVERIFY(queue.isCancelled());
+        QVERIFY(::kill(contentOf(study.path("pid")).trimmed().toInt(), 0) != 0);
+        for (const FRunRecord &record : queue.records())
+            QCOMPARE(Q(record.state), QString(record.design == "d1" ? "finished" : "cancelled"));
+    }
+
+    void queueThatGoesEndsItsRuns()
+    {
+        Study study("$fakesim hang ../../../pid");
+        {
+            FRunQueue queue;
+            queue.add(study.designs[0], study.chain);
+            queue.start(1);
+            QTRY_VERIFY(QFile::exists(study.path("pid")));
+        }
+        QVERIFY(::kill(contentOf(study.path("pid")).trimmed().toInt(), 0) != 0);
+    }
+
+    void endIsToldOnEveryPath_data()
+    {
+        QTest::addColumn<QByteArray>("script");
+        QTest::addColumn<QString>("change");
+        QTest::addColumn<QString>("expected");
+        const auto row = [](const char *name, const char *script, const char *change,
+                            const char *expected) {
+            QTest::newRow(name) << QByteArray(script) << QString(change) << QString(expected);
+        };
+        row("finished", "$fakesim sum in.txt out.txt", "", "finished");
+        row("exit code", "exit 3", "", "exit code 3");
+        row("crash", "$fakesim crash 11", "", "exit code 139"); // the shell's word for it
+        row("own time limit", "$fakesim hang pid", "limit", "time limit of 0.2 s");
+        row("no result", "exit 0", "", "result file out.txt missing");
+        row("no program", "", "application=", "no program is set");
+        row("program missing", "", "application=no-such-program",
+            "cannot start no-such-program: not found");
+        row("program is a folder", "", "application=/tmp", "cannot start /tmp: is a directory");
+        row("open quote", "", "arguments=run.sh 'x",
+            "a quote without end in the arguments run.sh 'x");
+        row("no input", "", "input=none.txt",
+            "cannot open standard input none.txt: No such file or directory");
+        row("no runner", "", "runner", "cannot start /no/such/runner: No such file or directory");
+        row("no place", "", "place", "cannot make the run folder");
+    }
+
+    void endIsToldOnEveryPath()
+    {
+        QFETCH(QByteArray, script);
+        QFETCH(QString, change);
+        QFETCH(QString, expected);
+        Study study(script);
+        const auto computation = study.chain[0];
+        const std::string value = S(change.mid(change.indexOf('=') + 1));
+        if (change.startsWith("application"))
+            computation->setApplication(value);
+        else if (change.startsWith("arguments"))
+            computation->setArguments(value);
+        else if (change.startsWith("input"))
+            computation->setStandardInput(value);
+        else if (change == "limit")
+            computation->setTimeout(0.2);
+        else if (change == "runner")
+            qputenv("TURNBUCKLE_RUNNER", "/no/such/runner");
+        else if (change == "place")
+            QVERIFY(QFile(study.path("study_designs")).open(QIODevice::WriteOnly));
+        const Watch watch(computation);
+        study.chain.pop_back();
+        FRunQueue queue;
+        const QString line = study.run(&queue, 1, 1).first();
+        QVERIFY2(line.startsWith("d1 first: " + expected), qPrintable(line));
+        QCOMPARE(watch.started.count(), 1);
+        QCOMPARE(watch.ended.count(), 1);
+        QVERIFY(!computation->isRunning());
+        const FRunRecord &record = queue.records().front();
+        QCOMPARE(record.succeeded(), expected == "finished");
+        if (change == "place")
+            return;
+        const QJsonObject json = jsonOf(study.runPath("d1", "first/run.json"));
+        QCOMPARE(json["state"].toString(), Q(record.state));
+        QCOMPARE(json["reason"].toString(), Q(record.reason));
+    }
+
+    void runnerThatWasKilledIsReplaced()
+    {
+        Study study;
+        FRunQueue before;
+        study.run(&before, 1, 1);
+        QCOMPARE(before.failed(), size_t(0));
+        const QByteArray tasks =
+            contentOf(QStringLiteral("/proc/self/task/%1/children").arg(::getpid()));
+        QVERIFY(!tasks.trimmed().isEmpty());
+        for (const QByteArray &pid : tasks.trimmed().split(' '))
+            QCOMPARE(::kill(pid.toInt(), SIGKILL), 0);
+        FRunQueue after;
+        study.run(&after, 1, 2);
+        QCOMPARE(after.failed(), size_t(0));
+    }
+
+    void environmentIsOfOneRunOnly()
+    {
+        Study study("$fakesim env F_TEST_WORD word; $fakesim sum in.txt out.txt",
+                    "$fakesim env F_TEST_WORD word; $fakesim sum in.txt out.txt");
+        study.chain[0]->setEnvironment({"F_TEST_WORD=one two=3"});
+        FRunQueue queue;
+        study.run(&queue, 1, 1);
+        QCOMPARE(contentOf(study.runPath("d1", "first/word")), QByteArray("one two=3"));
+        QCOMPARE(contentOf(study.runPath("d1", "second/word")), QByteArray("(unset)"));
+        // What this process sets while the runner is at hand arrives as well.
+        qputenv("F_TEST_WORD", "four");
+        FRunQueue again;
+        study.run(&again, 1, 1);
+        qunsetenv("F_TEST_WORD");
+        QCOMPARE(contentOf(study.runPath("d1", "second/word")), QByteArray("four"));
+    }
+
+    void longCommandLine()
+    {
+        Study study("echo sum = $# >out.txt; echo $5 | wc -c >>out.txt");
+        const std::string word(100000, 'w');
+        study.chain[0]->setArguments("run.sh " + word + " " + word + " " + word + " " + word +
+                                     " 'last one'");
+        study.chain.pop_back();
+        FRunQueue queue;
+        study.run(&queue, 1, 1);
+        QCOMPARE(contentOf(study.runPath("d1", "first/out.txt")), QByteArray("sum = 5\n9\n"));
+    }
+
+    void doubtsStandBesideTheRecord()
+    {
+        Study study("$fakesim half half.txt; cp half.txt out.txt", "echo 'sum = ****' >out.txt");
+        FRunQueue queue;
+        study.run(&queue, 1, 1);
+        const auto row = [&](const char *file) {
+            return jsonOf(study.runPath("d1", file))["tables"]
+                .toArray()[0]
+                .toObject()["rows"]
+                .toArray()[0]
+                .toObject();
+        };
+        const QJsonObject good = row("first/values.json"), bad = row("second/values.json");
+        QCOMPARE(good["name"].toString(), QString("sum"));
+        QCOMPARE(good["value"].toDouble(), 12.5);
+        QVERIFY(good["where"].toString().endsWith("out.txt:1:7-10"));
+        QVERIFY(bad.contains("value") && bad["value"].isNull());
+        QVERIFY(!bad["note"].toString().isEmpty());
+    }
+
+    void recordsReachTheDiskInBatches()
+    {
+        Study study;
+        FRunSync *sync = FRunSync::instance();
+        const uint64_t before = sync->batches();
+        FRunQueue queue;
+        study.run(&queue, 2);
+        // The end of the queue waits for the last batch; no run had one of its own.
+        const uint64_t after = sync->batches();
+        QVERIFY(after > before && after - before < 8);
+        sync->add(S(study.path(".")));
+        QTRY_VERIFY_WITH_TIMEOUT(sync->batches() == after + 1, 4000); // without being asked
+    }
+
+    void designsCostTheSameHoweverManyThereAre()
+    {
+        // Staleness of one design doesn't reach the values of another.
+        Study study;
+        const auto x = FObjectManager::instance()->find("x");
+        FDesign::setCurrent(study.designs[0]);
+        QCOMPARE(study.value("x", study.designs[0]), 1.0);
+        for (const auto &design : study.designs)
+            QVERIFY(!x->hasClient(design, true) && !x->clients().contains(design.get()));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestRunQueue)
+#include "tst_runqueue.moc"
