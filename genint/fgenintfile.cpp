@@ -9,6 +9,8 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QTextStream>
+#include <QtEndian>
+#include <algorithm>
 
 F_CLASS_IMPL(FGenIntFile)
 
@@ -16,7 +18,44 @@ const std::string ENTRYGROUP_EXPORTS = "Exports";
 
 namespace {
 const char kEncoded[] = "[B64]";
+
+/// The bits of a letter of base64 at each of the four places of a group.
+struct FBase64Bits
+{
+    static constexpr uint32_t kNoLetter = 1; // no letter reaches the last bits
+    FBase64Bits()
+    {
+        std::fill_n(&bits[0][0], 4 * 256, kNoLetter);
+        const char letters[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+        for (uint32_t i = 0; i < 64; ++i)
+            for (int place = 0; place < 4; ++place)
+                bits[place][uchar(letters[i])] = i << (26 - 6 * place);
+    }
+    uint32_t bits[4][256];
+};
+
+/// The library's decoder, which passes over anything that is no letter, sped up for whole groups.
+/// Gives the bytes up to the first zero.
+std::string decodedBase64(const char *base64, size_t size)
+{
+    static const FBase64Bits sTable;
+    std::string bytes(size / 4 * 3 + 1, '\0');
+    size_t at = 0, count = 0;
+    for (; at + 4 <= size; at += 4, count += 3) {
+        const auto *in = reinterpret_cast<const uchar *>(base64 + at);
+        const uint32_t group = sTable.bits[0][in[0]] | sTable.bits[1][in[1]] |
+                               sTable.bits[2][in[2]] | sTable.bits[3][in[3]];
+        if (group & FBase64Bits::kNoLetter)
+            break;
+        qToBigEndian(group, &bytes[count]);
+    }
+    bytes.resize(count);
+    const QByteArray rest = QByteArray::fromRawData(base64 + at, int(size - at));
+    bytes += QByteArray::fromBase64(rest).toStdString();
+    bytes.resize(std::min(bytes.find('\0'), bytes.size()));
+    return bytes;
 }
+} // namespace
 
 FGenIntFile::FGenIntFile(std::string name)
     : FManaged(std::move(name))
@@ -56,10 +95,9 @@ std::shared_ptr<FGenIntFile> FGenIntFile::setContentFromScript(const FUtf8Text &
 {
     auto given = text.text;
     if (given->compare(0, sizeof kEncoded - 1, kEncoded) == 0) {
-        const QByteArray code =
-            QByteArray::fromRawData(given->data(), int(given->size())).mid(sizeof kEncoded - 1);
-        const QByteArray bytes = QByteArray::fromBase64(code);
-        given = std::make_shared<const std::string>(bytes.constData()); // up to a zero character
+        constexpr size_t start = sizeof kEncoded - 1;
+        given = std::make_shared<const std::string>(
+            decodedBase64(given->data() + start, given->size() - start));
     } else if (FMarloCtrl::instance()->isLoadingProject() &&
                given->find("\\n") != std::string::npos) {
         return setContent(Q(*given));

@@ -9,6 +9,7 @@
 #include "fsafefile.h"
 
 #include <QDir>
+#include <QHash>
 #include <algorithm>
 #include <iostream>
 
@@ -31,10 +32,19 @@ public:
 
     bool operator()(const QString &name, QString *text) const
     {
+        const auto known = mTexts.constFind(name);
+        if (known != mTexts.constEnd()) {
+            *text = *known;
+            return true;
+        }
         for (const int candidate : mNames.candidates(name)) {
             const auto &item = *mItems[size_t(candidate)];
-            if (const auto object = item.second.getPtr())
-                return textOf(item.first, object, text);
+            if (const auto object = item.second.getPtr()) {
+                const bool hasText = textOf(item.first, object, text);
+                if (hasText)
+                    mTexts.insert(name, *text);
+                return hasText;
+            }
         }
         const auto configuration = mConfiguration.getPtr();
         FLogMsg::info(kSource,
@@ -76,6 +86,7 @@ private:
     bool mPreview;
     FGenIntEntryNames mNames;
     std::vector<const FGenIntWriter::EntryMap::value_type *> mItems;
+    mutable QHash<QString, QString> mTexts; // by the names of tags
 };
 
 std::shared_ptr<FDefinitionGenInt> definitionOf(const FExpr<FConfigurationGenInt> &handle)
@@ -90,7 +101,10 @@ std::shared_ptr<FDefinitionGenInt> definitionOf(const FExpr<FConfigurationGenInt
     return definition;
 }
 
-bool writeFile(const FGenIntCommandFile &file, const FTagValues &values, const QString &directory)
+/// The file is opened before a value is asked for, so that a folder that can't be written to is
+/// told first. \p *folderThere is a folder that needn't be looked for again.
+bool writeFile(const FGenIntCommandFile &file, const FTagValues &values, const QString &directory,
+               QString *folderThere)
 {
     const QString path = directory + file.getFileName();
     QString why;
@@ -107,8 +121,8 @@ bool writeFile(const FGenIntCommandFile &file, const FTagValues &values, const Q
         return fail();
     // A backslash separates folders too, though only here.
     const QString folder = path.left(std::max(path.lastIndexOf('/'), path.lastIndexOf('\\')));
-    if (!QDir(folder).exists())
-        QDir().mkpath(folder);
+    if (folder != *folderThere && (QDir(folder).exists() || QDir().mkpath(folder)))
+        *folderThere = folder;
     FPlainFile out;
     if (!out.open(target, &why))
         return fail();
@@ -116,8 +130,7 @@ bool writeFile(const FGenIntCommandFile &file, const FTagValues &values, const Q
                              [&out](const char *data, qint64 size) { out.append(data, size); });
     if (out.finish(&why))
         return true;
-    FLogMsg::error(kSource, "Could not write file " + S(path) + ": " + S(why),
-                   "Writing process aborted.", nullptr);
+    FLogMsg::error(kSource, S(why), "Writing process aborted.", nullptr);
     return false;
 }
 } // namespace
@@ -154,9 +167,10 @@ bool FGenIntWriter::write(const FExpr<FConfigurationGenInt> &configuration,
             entries.emplace(Q(ENTRYGROUP_EXPORTS) + "|" + file->getFileName(),
                             FExpr<FObject>(file));
     const FTagValues values(entries, configuration, false);
+    QString folderThere;
     for (const auto &handle : files) {
         const auto file = handle.ptr<FGenIntCommandFile>();
-        if (file && !writeFile(*file, values, directory))
+        if (file && !writeFile(*file, values, directory, &folderThere))
             return false;
     }
     for (const auto &item : entries) {

@@ -204,6 +204,15 @@ public:
     {
         if (mEnded || text.isEmpty())
             return;
+        char ascii[64]; // most values are short
+        int count = 0;
+        while (count < text.size() && count < int(sizeof ascii) && text.at(count) > QChar(0) &&
+               text.at(count) < QChar(0x80)) {
+            ascii[count] = char(text.at(count).unicode());
+            ++count;
+        }
+        if (count == text.size())
+            return add(0, ascii, count, 0, false);
         const int zero = text.indexOf(QChar(0));
         const int size = zero < 0 ? text.size() : zero;
         const int first = size > 0 && text.at(0).isLowSurrogate();

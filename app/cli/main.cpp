@@ -10,6 +10,7 @@
 #include <QCoreApplication>
 #include <QTextCodec>
 #include <clocale>
+#include <csignal>
 #include <functional>
 #include <iostream>
 
@@ -19,6 +20,7 @@ int main(int argc, char **argv)
     QCoreApplication::setApplicationName("turnbuckle");
     QCoreApplication::setApplicationVersion(F_VERSION);
     std::setlocale(LC_NUMERIC, "C");
+    std::signal(SIGXFSZ, SIG_IGN); // a write beyond the limit of the system is told by errno
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
 
     FCliOptions options;

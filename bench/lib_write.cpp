@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Times the writing of one design within a process, in turns with yardsticks that make the same
+// files. EXPECTED holds them; every round begins with an empty TARGET.
+//
+//   lib_write PROJECT EXPECTED TARGET ROUNDS    prints the smallest milliseconds of: the first
+//       write, a later write, a bare loop from memory, a copy within the kernel, the program cp
+
+#include "barefiles.h"
+#include "fconfigurationgenint.h"
+#include "fgenintwriter.h"
+#include "fproject.h"
+#include "ftext.h"
+
+#include <QCoreApplication>
+#include <spawn.h>
+#include <sys/wait.h>
+
+namespace {
+void runCp(const std::string &from, const std::string &to)
+{
+    std::string arguments[] = {"cp", "-rT", from, to};
+    char *argv[] = {&arguments[0][0], &arguments[1][0], &arguments[2][0], &arguments[3][0],
+                    nullptr};
+    pid_t pid;
+    int status = 1;
+    BareFiles::need(posix_spawnp(&pid, "cp", nullptr, nullptr, argv, environ) == 0 &&
+                        waitpid(pid, &status, 0) == pid && status == 0,
+                    "cp");
+}
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const QCoreApplication application(argc, argv);
+    if (argc != 5) {
+        fprintf(stderr, "usage: lib_write PROJECT EXPECTED TARGET ROUNDS\n");
+        return 2;
+    }
+    const std::string expected = argv[2], target = argv[3];
+    const BareFiles::Files files = BareFiles::readFolder(expected);
+    FObject::initPrototypes();
+    FProject::instance()->clear();
+    if (!FProject::instance()->load(QString::fromLocal8Bit(argv[1])))
+        return 1;
+    const FExpr<FConfigurationGenInt> configuration(getEntities<FConfigurationGenInt>().front());
+    const QString folder = QString::fromLocal8Bit(argv[3]) + QLatin1Char('/');
+
+    bool good = true;
+    const auto write = [&] { good = FGenIntWriter().write(configuration, folder) && good; };
+    BareFiles::removeAll(target, files);
+    const double first = BareFiles::milliseconds(write);
+    good = good && BareFiles::readFolder(target) == files;
+
+    const std::function<void()> works[] = {write, [&] { BareFiles::writeAll(target, files); },
+                                           [&] { BareFiles::copyAll(expected, target, files); },
+                                           [&] { runCp(expected, target); }};
+    double best[] = {1e9, 1e9, 1e9, 1e9};
+    for (int round = 0; round < atoi(argv[4]); ++round)
+        for (int i = 0; i < 4; ++i) {
+            const int which = (round + i) % 4;
+            BareFiles::removeAll(target, files);
+            best[which] = std::min(best[which], BareFiles::milliseconds(works[which]));
+        }
+    BareFiles::removeAll(target, files);
+    printf("%.3f %.3f %.3f %.3f %.3f\n", first, best[0], best[1], best[2], best[3]);
+    return good ? 0 : 1;
+}
