@@ -10,6 +10,8 @@ F_CLASS_IMPL(FEntity)
 F_CLASS_IMPL(FParameter)
 F_CLASS_IMPL(FDesign)
 
+unsigned FParameter::mClassEpoch = 0;
+
 std::shared_ptr<FParameter> FParameter::create(const std::string &name, const FExprBase &value)
 {
     const auto parameter = f_make_shared<FParameter>(name);
@@ -39,6 +41,7 @@ FStatus FParameter::setValue(const FExprBase &value)
         return {"cyclic dependency: the value " + value.toString() + " of " + getName() +
                 " depends on " + getName()};
     mValue = value;
+    ++mClassEpoch;
     setOutOfDate(0);
     FHistoryTransaction transaction(nullptr, "set value", true);
     transaction.addStep(self);
@@ -58,7 +61,11 @@ std::shared_ptr<FObject> FParameter::valueObject() const
 
 const FClassInfo &FParameter::valueClass() const
 {
-    return mValue ? *mValue.valueClass() : FObject::staticClass();
+    if (!mKnownClass || mKnownEpoch != mClassEpoch) {
+        mKnownClass = mValue ? mValue.valueClass() : &FObject::staticClass();
+        mKnownEpoch = mClassEpoch;
+    }
+    return *mKnownClass;
 }
 
 void FParameter::doUpdate() const
@@ -70,6 +77,7 @@ void FParameter::visitState(FStateVisitor &state)
 {
     FEntity::visitState(state);
     state(mValue);
+    mClassEpoch += state.isCapture() ? 0 : 1;
 }
 
 void FParameter::initCmds()

@@ -44,6 +44,10 @@ public:
 
 private:
     FExprBase mValue;
+    // Along a chain of parameters each would else ask all before it.
+    static unsigned mClassEpoch; // counts changes of values
+    mutable const FClassInfo *mKnownClass = nullptr;
+    mutable unsigned mKnownEpoch = 0;
 };
 
 /// A design: values of parameters that differ from the baseline. Exactly one design is current.

@@ -412,8 +412,15 @@ private:
                      "parameter q(p*2);\n"
                      "c.setEntry(\"a\",q);\n";
         row("cycle of a computation", parts,
-            {"error: k: the value depends on itself (found k needs c needs entry a needs q needs p "
-             "needs k, expected a value that can be known before its own result)"});
+            {"error: p.tbk, p.tbk:8:1: cyclic dependency: the value q of entry a depends on a"});
+        parts = FParts();
+        parts.tail = "genericIntegrationComputation m() { .setApplication(\"true\"); }\n"
+                     "parameter p(m.getResults().getTable(\"out.txt\").getElementAt(\"r\"));\n"
+                     "genericIntegrationConfiguration e() { .setDefinition(d); .setEntry(\"a\",p); }\n"
+                     "m.setConfiguration(e);\n";
+        row("cycle that is closed by the configuration", parts,
+            {"error: m: the value depends on itself (found m needs e needs entry a needs p needs m, "
+             "expected a value that can be known before its own result)"});
         parts = FParts();
         parts.tail = "parameter p(1);\nparameter q(p*2);\np.setValue(q+1);\n";
         row("cycle of parameters", parts,
