@@ -66,8 +66,12 @@ void FManaged::destroy(const std::shared_ptr<FManaged> &object, bool)
     if (object->isRegistered())
         FHistory::instance()->recordRemoval(object);
     FObjectManager::instance()->leave(object);
-    for (FObject *client : object->clients().objects())
+    for (FObject *client : object->clients().objects()) {
+        // Lists drop what is gone when they are next looked at; undo puts them back as they were.
+        if (const auto managed = dynamic_cast<FManaged *>(client))
+            transaction.addStep(managed->shared_from_this());
         client->setOutOfDate(0);
+    }
 }
 
 void FManaged::select() const

@@ -29,6 +29,8 @@ public:
     /// object that is no command collects children, the new object is only adopted by it.
     void registerObject();
     bool isRegistered() const { return mOrder != 0; }
+    /// Place in the project, by the order of registration; 0 outside.
+    long order() const { return mOrder; }
     /// Takes an object out of the project; all handles on it test false. Idempotent.
     static void destroy(const FExprBase &object, bool);
     static void destroy(const std::shared_ptr<FManaged> &object, bool);
@@ -70,7 +72,11 @@ public:
     virtual std::vector<std::string> creatorArguments() const { return {}; }
 
     std::string scriptText() const override { return getName(); }
-    void visitState(FStateVisitor &state) override { state(mName); }
+    void visitState(FStateVisitor &state) override
+    {
+        FObject::visitState(state);
+        state(mName);
+    }
     void stateRestored() override;
 
     // Script commands

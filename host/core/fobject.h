@@ -145,7 +145,7 @@ public:
     virtual void destructFObject() {}
     virtual std::shared_ptr<FObject> clone() const { return nullptr; }
     /// Names the fields that undo puts back; overrides call the base first.
-    virtual void visitState(FStateVisitor &) {}
+    virtual void visitState(FStateVisitor &state) { state(mDocu); }
     /// Adds objects that the saved form names without depending on them: they are saved first.
     virtual void collectNamed(std::vector<const FObject *> *) const {}
     /// Called after undo or redo has put the fields back.

@@ -231,7 +231,8 @@ FExprBase FOperators::make(const std::string &symbol, const std::vector<FExprBas
 {
     const auto found = operators().find({symbol, operands.size()});
     for (const FExprBase &operand : operands)
-        if (!operand || operand.valueClass()->isA(FWord::staticClass())) {
+        // What an operand referred to may be gone; the rest of the expression is kept all the same.
+        if (operand && operand.valueClass()->isA(FWord::staticClass())) {
             *why = FScriptTypes::describe(operand);
             return FExprBase();
         }

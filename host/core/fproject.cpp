@@ -12,6 +12,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QTextStream>
+#include <unordered_set>
 
 FProject::FProject() = default;
 FProject::~FProject() = default;
@@ -85,36 +86,63 @@ bool FProject::load(const QString &path)
     return ok;
 }
 
+namespace
+{
+/// The managed objects that the saved form of \p object refers to, last registered first.
+std::vector<const FManaged *> namedBy(const FManaged *object)
+{
+    std::vector<const FManaged *> found;
+    std::unordered_set<const FObject *> seen{object};
+    std::vector<const FObject *> todo;
+    const auto add = [&](const FObject *other) {
+        if (!other || !seen.insert(other).second)
+            return;
+        if (const auto managed = dynamic_cast<const FManaged *>(other))
+            found.push_back(managed);
+        else
+            todo.push_back(other);
+    };
+    for (const FObject *next = object; next;) {
+        std::vector<const FObject *> named;
+        next->suppliers().forEach([&](FObject *s) { named.push_back(s); });
+        next->collectNamed(&named);
+        for (const FObject *other : named)
+            add(other);
+        next = todo.empty() ? nullptr : todo.back();
+        if (next)
+            todo.pop_back();
+    }
+    std::sort(found.begin(), found.end(),
+              [](const FManaged *a, const FManaged *b) { return a->order() > b->order(); });
+    return found;
+}
+} // namespace
+
 std::vector<std::shared_ptr<FManaged>> FProject::savingOrder()
 {
-    // Depth first over suppliers with a stack of its own: chains may be long.
+    // Depth first with a stack of its own, since chains may be long. Only what is named and the
+    // places in the project count, so undo and redo come back to the same text.
     std::vector<std::shared_ptr<FManaged>> order;
-    std::unordered_map<const FObject *, bool> done; // false while its suppliers are visited
+    std::unordered_map<const FManaged *, bool> done; // false while what it names is visited
     for (const auto &root : FObjectManager::instance()->all()) {
-        std::vector<const FObject *> todo{root.get()};
+        std::vector<const FManaged *> todo{root.get()};
         while (!todo.empty()) {
-            const FObject *object = todo.back();
+            const FManaged *object = todo.back();
             const auto at = done.find(object);
             if (at == done.end()) {
                 done[object] = false;
-                std::vector<const FObject *> suppliers;
-                object->suppliers().forEach([&](FObject *s) { suppliers.push_back(s); });
-                object->collectNamed(&suppliers);
-                // Entered last is visited first: keep the order in which references were made.
-                for (auto s = suppliers.rbegin(); s != suppliers.rend(); ++s)
-                    if (!done.count(*s))
-                        todo.push_back(*s);
+                for (const FManaged *other : namedBy(object))
+                    if (!done.count(other))
+                        todo.push_back(other);
                 continue;
             }
             todo.pop_back();
             if (at->second)
                 continue;
             at->second = true;
-            const auto managed =
-                std::dynamic_pointer_cast<const FManaged>(object->weak_from_this().lock());
-            if (managed && managed->isRegistered() && !managed->isDestroyed() &&
-                managed->isSaved())
-                order.push_back(std::const_pointer_cast<FManaged>(managed));
+            if (object->isRegistered() && !object->isDestroyed() && object->isSaved())
+                order.push_back(std::const_pointer_cast<FManaged>(
+                    object->shared_from_base<FManaged>()));
         }
     }
     return order;

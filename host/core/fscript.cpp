@@ -241,7 +241,6 @@ void FScriptReader::member(const std::shared_ptr<FObject> &object)
 
 std::vector<FExprBase> FScriptReader::arguments()
 {
-    const Nesting nesting(this);
     const bool inList = mLexer.inList();
     mLexer.setInList(false);
     std::vector<FExprBase> args;
@@ -360,7 +359,6 @@ FExprBase FScriptReader::call(const FExprBase &receiver, const FScriptToken &wor
 
 FExprBase FScriptReader::list()
 {
-    const Nesting nesting(this);
     const bool inList = mLexer.inList();
     mLexer.setInList(true);
     mLexer.take(); // [

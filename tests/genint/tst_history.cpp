@@ -1,0 +1,184 @@
+// SPDX-License-Identifier: Apache-2.0
+// Undo and redo of whatever scripts can do: the saved bytes tell whether anything was lost.
+#include "fhistory.h"
+#include "fmarloctrl.h"
+#include "modeltest.h"
+
+#include <QtTest>
+#include <map>
+#include <random>
+
+namespace
+{
+/// Statements over a small stock of names, so that they meet often.
+class Statements
+{
+public:
+    explicit Statements(unsigned seed) : mRandom(seed) {}
+
+    int below(int n) { return std::uniform_int_distribution<int>(0, n - 1)(mRandom); }
+    QString one()
+    {
+        const QString n = QString::number(below(1000)), p = name("p"), e = entry();
+        const QString d = name("d"), t = name("t"), r = name("r"), c = name("c"), k = name("k");
+        const QStringList all = {
+            "parameter " + p + "(" + n + ");",
+            p + ".setValue(" + name("p") + "+" + n + ");",
+            p + ".setName(\"" + name("p") + "\");",
+            p + ".addDocu(\"say \\\"" + n + "\\\"\",\"Description\");",
+            "design " + name("v") + "() { .setValue(\"" + p + "\"," + n + "); }",
+            name("v") + ".setValue(\"" + p + "\"," + name("p") + "*2);",
+            "genericIntegrationCommandFile " + t + "() { .setFileName(\"" + t + ".txt\"); }",
+            t + ".setContent(\"a <entry>" + e + "</entry>" + n + " \xc3\xa4\");",
+            t + ".setForceWindowsLineEndings(" + (below(2) ? "true" : "false") + ");",
+            t + ".setFileName(\"f" + n + "\");",
+            "genericIntegrationResultsFile " + r + "() { .setFileName(\"" + r + ".txt\"); }",
+            r + ".setValues([[\"v" + n + "\",-1,2,\"a \"b\" \\c\",First,\"FDouble\",\"\",1,4]]);",
+            r + ".setRegExprSeparator(\"[" + n + ";]\");",
+            r + ".setNumberSeparator(" + (below(2) ? "true" : "false") + ");",
+            "genericIntegrationDefinition " + d + "() { .addEntry(\"g|a\",1.0); }",
+            d + ".setFiles([" + t + "," + r + "]);",
+            d + ".addEntry(\"" + e + "\"," + n + ".5);",
+            d + ".removeEntry(\"" + e + "\");",
+            d + ".renameEntry(\"" + e + "\",\"" + QChar('a' + below(4)) + "\");",
+            "genericIntegrationConfiguration " + c + "() { .setDefinition(" + d + "); }",
+            c + ".setEntry(\"" + e + "\"," + p + ");",
+            c + ".setDefinition(" + d + ");",
+            "genericIntegrationComputation " + k + "() { .setConfiguration(" + c + "); }",
+            k + ".setArguments(\"-n " + n + "\");",
+            k + ".setEnvironment([\"A=" + n + "\"]);",
+            k + ".setTimeout(" + n + ");"};
+        return all[below(all.size())];
+    }
+    /// Any managed object, or null.
+    std::shared_ptr<FManaged> object()
+    {
+        const auto &all = FObjectManager::instance()->all();
+        return all.empty() ? nullptr : all[size_t(below(int(all.size())))];
+    }
+
+private:
+    QString name(const char *stem) { return stem + QString::number(below(3)); }
+    QString entry() { return QString(below(2) ? "g|" : "") + QChar('a' + below(4)); }
+    std::mt19937 mRandom;
+};
+} // namespace
+
+class TestHistory : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { mModel.start(); }
+    void everyStepCanBeUndoneAndRedone_data();
+    void everyStepCanBeUndoneAndRedone();
+    void listsComeBackWithTheirElements();
+    void refusedStatementsLeaveNoStep();
+
+private:
+    ModelTest mModel;
+};
+
+void TestHistory::everyStepCanBeUndoneAndRedone_data()
+{
+    QTest::addColumn<unsigned>("seed");
+    const unsigned first = qEnvironmentVariableIsSet("F_TEST_SEED")
+                               ? qEnvironmentVariable("F_TEST_SEED").toUInt()
+                               : std::random_device{}();
+    for (unsigned i = 0; i < 12; ++i)
+        QTest::addRow("seed %u", first + i) << first + i;
+}
+
+void TestHistory::everyStepCanBeUndoneAndRedone()
+{
+    QFETCH(unsigned, seed);
+    Statements statements(seed);
+    FHistory *history = FHistory::instance();
+    // A block of members makes several steps; what is known of a step is the text behind it.
+    std::map<size_t, std::pair<QString, QString>> known{
+        {0, {"nothing", FProject::instance()->text()}}};
+    for (int i = 0; i < 250; ++i) {
+        QString statement;
+        if (statements.below(12) == 0) {
+            const auto victim = statements.object();
+            if (!victim || !victim->isSaved())
+                continue;
+            statement = "destroy " + Q(victim->getName());
+            FManaged::destroy(victim, true);
+        } else {
+            statement = statements.one();
+            ModelTest::run(statement);
+        }
+        const QString text = FProject::instance()->text();
+        const auto before = std::prev(known.end());
+        QVERIFY2(history->stepCount() > before->first || text == before->second.second,
+                 qPrintable("no step for " + statement));
+        known[history->stepCount()] = {statement, text};
+    }
+    const size_t all = history->stepCount();
+    QVERIFY(known.size() > 40);
+    const auto agrees = [&](const char *way) {
+        const auto at = known.find(history->stepCount());
+        const QString text = FProject::instance()->text();
+        if (at == known.end() || at->second.second == text)
+            return true;
+        qWarning("%s to %s: found\n%s\nexpected\n%s", way, qPrintable(at->second.first),
+                 qPrintable(text), qPrintable(at->second.second));
+        return false;
+    };
+    for (int round = 0; round < 2; ++round) {
+        while (history->canUndo())
+            QVERIFY(history->undo() && agrees("undo"));
+        while (history->canRedo())
+            QVERIFY(history->redo() && agrees("redo"));
+        QCOMPARE(history->stepCount(), all);
+    }
+    // What is saved loads to the same bytes.
+    const QString last = known[all].second;
+    FProject::instance()->clear();
+    {
+        const FLoadingScope loading;
+        QCOMPARE(ModelTest::run(last), QStringList());
+    }
+    QCOMPARE(FProject::instance()->text(), last);
+}
+
+void TestHistory::listsComeBackWithTheirElements()
+{
+    QCOMPARE(ModelTest::run("genericIntegrationCommandFile t() { .setFileName(\"t.txt\"); }"
+                            "genericIntegrationResultsFile r() { .setFileName(\"r.txt\"); }"
+                            "genericIntegrationDefinition d() { .setFiles([t,r]); }"
+                            "genericIntegrationConfiguration c() { .setDefinition(d); }"
+                            "genericIntegrationComputation k() { .setConfiguration(c); }"),
+             QStringList());
+    const QString text = FProject::instance()->text();
+    for (const char *name : {"t", "r", "d", "c", "k"}) {
+        FManaged::destroy(ModelTest::object<FManaged>(name), true);
+        const QString without = FProject::instance()->text();
+        QVERIFY2(without != text, name);
+        QVERIFY(FHistory::instance()->undo());
+        QVERIFY2(FProject::instance()->text() == text, name);
+        QVERIFY(FHistory::instance()->redo());
+        QVERIFY2(FProject::instance()->text() == without, name);
+        QVERIFY(FHistory::instance()->undo());
+    }
+    // A change of the list between removal and undo must not stand in the way.
+    FManaged::destroy(ModelTest::object<FManaged>("t"), true);
+    QCOMPARE(ModelTest::run("d.setFiles([r]);"), QStringList());
+    QVERIFY(FHistory::instance()->undo() && FHistory::instance()->undo());
+    QCOMPARE(FProject::instance()->text(), text);
+}
+
+void TestHistory::refusedStatementsLeaveNoStep()
+{
+    QCOMPARE(ModelTest::run("parameter a(1); parameter b(a+1); design v();"), QStringList());
+    const size_t before = FHistory::instance()->stepCount();
+    for (const char *statement :
+         {"a.setValue(b);", "a.paint(3);", "nothing.setValue(1);", "parameter (3);", "c.setValue(",
+          "v.setValue(\"none\",1);", "parameter c(none+1);"})
+        QVERIFY2(!ModelTest::run(statement).isEmpty(), statement);
+    QCOMPARE(FHistory::instance()->stepCount(), before);
+}
+
+QTEST_GUILESS_MAIN(TestHistory)
+#include "tst_history.moc"

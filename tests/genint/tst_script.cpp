@@ -1,0 +1,216 @@
+// SPDX-License-Identifier: Apache-2.0
+// The script language: damaged texts, places of errors, limits, and saving what was loaded.
+#include "fmarloctrl.h"
+#include "fparameter.h"
+#include "modeltest.h"
+
+#include <QtTest>
+
+namespace
+{
+/// Errors as "line:column: text".
+QStringList errorsOf(const QByteArray &source)
+{
+    FScriptReader reader(source.toStdString(), "x");
+    const FLoadingScope loading;
+    reader.run();
+    QStringList texts;
+    for (const FScriptError &error : reader.errors())
+        texts << Q(error.toString()).mid(2);
+    return texts;
+}
+
+QByteArray example(const QString &name)
+{
+    return ModelTest::read(QString(F_SOURCE_DIR "/examples/%1/%1.tbk").arg(name));
+}
+} // namespace
+
+class TestScript : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { mModel.start(); }
+    void tellsPlaceAndExpectation_data();
+    void tellsPlaceAndExpectation();
+    void goesOnAfterErrors();
+    void truncatedAnywhere();
+    void limits();
+    void textsSurviveSaving_data();
+    void textsSurviveSaving();
+    void expressionsSurviveSaving();
+    void longChains();
+
+private:
+    ModelTest mModel;
+};
+
+void TestScript::tellsPlaceAndExpectation_data()
+{
+    QTest::addColumn<QByteArray>("source");
+    QTest::addColumn<QString>("place");
+    QTest::addColumn<QStringList>("words");
+    const auto row = [](const char *source, const char *place, const QStringList &words) {
+        QTest::newRow(source) << QByteArray(source) << QString(place) << words;
+    };
+    row("parameter a(1)\nparameter b(2);", "2:1", {"expected", "found", "parameter"});
+    row("parameter a(1;", "1:14", {"expected", "found", ";"});
+    row("paramter a(1);", "1:1", {"paramter"});
+    row("\n  \xc3\xa4 a(1);", "2:3", {"expected", "found"});
+    row("parameter a(\"\xc3\xa4\xc3\xa4\",,);", "1:18", {"expected", "found"});
+    row("parameter a(\"never closed);", "1:13", {"closing quote"});
+    row("parameter a(1); /* never closed", "1:17", {"comment"});
+    row("parameter a(1) { .paint(2); }", "1:19", {"paint"});
+    row("parameter a(1); a.setValue(1,2);", "1:19", {"setValue"});
+    row("genericIntegrationComputation k() { .setTimeout(\"long\"); }", "1:38",
+        {"seconds", "expected", "found"});
+    row("parameter a(none+1);", "1:17", {"none"});
+}
+
+void TestScript::tellsPlaceAndExpectation()
+{
+    QFETCH(QByteArray, source);
+    QFETCH(QString, place);
+    QFETCH(QStringList, words);
+    const QStringList errors = errorsOf(source);
+    QCOMPARE(errors.size(), 1);
+    QVERIFY2(errors[0].startsWith(place + ": "), qPrintable(errors[0]));
+    for (const QString &word : words)
+        QVERIFY2(errors[0].contains(word), qPrintable(errors[0]));
+}
+
+void TestScript::goesOnAfterErrors()
+{
+    const QStringList errors =
+        errorsOf("parameter a(1);\n"
+                 "nonsense b(2) { .x(\"}\"); parameter no(1); }\n"
+                 "parameter c(3) { .paint(1); .setValue(4); }\n"
+                 "c.setValue(;\n"
+                 "parameter a(5);\n"
+                 "curFile : x\n"
+                 "parameter d(6);\n");
+    QCOMPARE(errors.size(), 3);
+    QVERIFY(!ModelTest::log().filter(QRegularExpression("taken.*a1")).isEmpty());
+    QCOMPARE(ModelTest::value("a"), QString("1"));
+    QCOMPARE(ModelTest::value("a1"), QString("5"));
+    QCOMPARE(ModelTest::value("c"), QString("4"));
+    QCOMPARE(ModelTest::value("d"), QString("6"));
+}
+
+/// Nothing ahead of the damage is lost, and nothing behind it is made up.
+void TestScript::truncatedAnywhere()
+{
+    QByteArray source = example("chain");
+    source.replace(QByteArray("[B64]"), QByteArray());
+    for (int at = source.indexOf('"'); at >= 0; at = source.indexOf('"', at + 1)) {
+        const int end = source.indexOf('"', at + 1);
+        if (end - at > 60) // the contents of the templates are long and all alike
+            source.remove(at + 20, end - at - 20);
+        at = source.indexOf('"', at + 1);
+    }
+    const int second = source.indexOf("parameter capacitance");
+    for (int size = second; size < source.size(); size += 1 + size / 400) {
+        FProject::instance()->clear();
+        const QStringList errors = errorsOf(source.left(size));
+        QVERIFY2(ModelTest::value("voltage") == "100", qPrintable(QString::number(size)));
+        const QByteArray rest = source.left(size).split('\n').last();
+        const char last = rest.startsWith("//") ? ';' : source.left(size).trimmed().back();
+        QVERIFY2(!errors.isEmpty() || last == ';' || last == '}', source.left(size).right(60));
+    }
+}
+
+void TestScript::limits()
+{
+    const auto nested = [](int depth, char open, char close) {
+        return "parameter a(" + QByteArray(depth, open) + (open == '(' ? "1" : "") +
+               QByteArray(depth, close) + ");\nparameter after(7);\n";
+    };
+    for (const char *pair : {"[]", "()"}) {
+        FProject::instance()->clear();
+        QCOMPARE(errorsOf(nested(90, pair[0], pair[1])).join('|'), QString());
+        FProject::instance()->clear();
+        const QStringList errors = errorsOf(nested(100000, pair[0], pair[1]));
+        QVERIFY(!errors.isEmpty());
+        QVERIFY2(errors[0].contains("nested deeper than 100"), qPrintable(errors[0]));
+        QCOMPARE(ModelTest::value("after"), QString("7"));
+    }
+    FProject::instance()->clear();
+    QVERIFY(!errorsOf("parameter a(" + QByteArray(100000, '-') + "1);").isEmpty());
+    QVERIFY(!errorsOf(QByteArray(100000, '{')).isEmpty());
+}
+
+void TestScript::textsSurviveSaving_data()
+{
+    QTest::addColumn<QString>("text");
+    for (const char *text : {"", "plain", "a \"quoted\" word", "\\", "\\\\", "\\\"", "ends with \\",
+                             "\\n stays two", "two\nlines\r\n", "[list], and \"], then", "a\tb",
+                             "gr\xc3\xb6\xc3\x9f" "e \xf0\x9f\x98\x80", "// no comment", "/* */"})
+        QTest::newRow(text) << QString(text);
+}
+
+void TestScript::textsSurviveSaving()
+{
+    QFETCH(QString, text);
+    const QByteArray quoted = QByteArray::fromStdString(FLiteral::quoted(S(text)));
+    const QByteArray source = "parameter a(" + quoted + ");\nparameter l([1," + quoted +
+                              ",\"x\"]);\ngenericIntegrationComputation k() { .setArguments(" +
+                              quoted + "); .setEnvironment([" + quoted + "]); }\n" +
+                              "genericIntegrationResultsFile r() { .setValues([[" + quoted + ",1,2," +
+                              quoted + ",First,\"FDouble\",\"\",0,nullptr]]); }\n";
+    QCOMPARE(errorsOf(source), QStringList());
+    QCOMPARE(ModelTest::value("a"), text);
+    const QString saved = FProject::instance()->text();
+    FProject::instance()->clear();
+    QCOMPARE(errorsOf(saved.toUtf8()), QStringList());
+    QCOMPARE(ModelTest::value("a"), text);
+    QCOMPARE(FProject::instance()->text(), saved);
+}
+
+void TestScript::expressionsSurviveSaving()
+{
+    const QByteArrayList expressions = {
+        "1-(2-3)",     "(1-2)-3",   "2^3^2",        "(2^3)^2",   "-2^2",          "(-2)^2",
+        "1/(2/3)",     "-(1+2)*3",  "x<1?2:3",      "(x<1)==(x>2)", "not (x>1 and x<3) or x==5",
+        "max(x,-1)+1", "0.1+1e300", "1/3-5e-324*x", "x%2?x:-x",  "sqrt(abs(-x))"};
+    for (const QByteArray &expression : expressions) {
+        FProject::instance()->clear();
+        const QByteArray condition = expression.contains("%2?") ? "x%2==1?x:-x" : expression;
+        QCOMPARE(errorsOf("parameter x(5);\nparameter a(" + condition + ");\n"), QStringList());
+        const QString value = ModelTest::value("a"), saved = FProject::instance()->text();
+        QVERIFY(!value.isEmpty());
+        FProject::instance()->clear();
+        QCOMPARE(errorsOf(saved.toUtf8()), QStringList());
+        QCOMPARE(ModelTest::value("a"), value);
+        QCOMPARE(FProject::instance()->text(), saved);
+    }
+    FProject::instance()->clear();
+    QCOMPARE(errorsOf("parameter a(2^3^2); parameter b(-2^2); parameter c(7-2-1);"), QStringList());
+    QCOMPARE(ModelTest::value("a"), QString("512"));
+    QCOMPARE(ModelTest::value("b"), QString("-4"));
+    QCOMPARE(ModelTest::value("c"), QString("4"));
+}
+
+/// 10,000 parameters, each of the one before: no deep recursion, and one change reaches the last.
+void TestScript::longChains()
+{
+    for (const char *form : {"parameter p%1(p%2+1);\n", "parameter p%1(p%2);\n"}) {
+        FProject::instance()->clear();
+        QString source = "parameter p0(1);\n";
+        for (int i = 1; i < 10000; ++i)
+            source += QString(form).arg(i).arg(i - 1);
+        QCOMPARE(errorsOf(source.toUtf8()), QStringList());
+        const int grown = source.contains('+') ? 9999 : 0;
+        QCOMPARE(ModelTest::value("p9999"), QString::number(1 + grown));
+        QCOMPARE(ModelTest::run("p0.setValue(11);"), QStringList());
+        QCOMPARE(ModelTest::value("p9999"), QString::number(11 + grown));
+        QVERIFY(!ModelTest::run("p0.setValue(p9999);").isEmpty());
+        const QString saved = FProject::instance()->text();
+        FProject::instance()->clear();
+        QCOMPARE(errorsOf(saved.toUtf8()), QStringList());
+        QCOMPARE(FProject::instance()->text(), saved);
+    }
+}
+
+QTEST_GUILESS_MAIN(TestScript)
+#include "tst_script.moc"
