@@ -85,7 +85,7 @@ std::vector<std::shared_ptr<FEntry>> FConfiguration::getEntry(const std::shared_
     return found;
 }
 
-const std::map<std::string, std::shared_ptr<FEntry>> &FConfiguration::index() const
+const std::multimap<std::string, std::shared_ptr<FEntry>> &FConfiguration::index() const
 {
     if (!mIndexValid) {
         mIndex.clear();
@@ -99,8 +99,14 @@ const std::map<std::string, std::shared_ptr<FEntry>> &FConfiguration::index() co
 
 std::shared_ptr<FEntry> FConfiguration::findEntry(const std::string &fullName) const
 {
-    const auto at = index().find(fullName);
-    return at == index().end() ? nullptr : at->second;
+    // Entries whose definition was removed wait under their names for one of that name; a live
+    // one may have been renamed to it since.
+    const auto range = index().equal_range(fullName);
+    const auto definition = getDefinition().getPtr();
+    for (auto at = range.first; at != range.second; ++at)
+        if (hasLiveDefinition(*at->second, definition.get()))
+            return at->second;
+    return range.first == range.second ? nullptr : range.first->second;
 }
 
 std::shared_ptr<FEntry> FConfiguration::entryOf(const std::shared_ptr<FEntryDef> &definition,
@@ -211,8 +217,6 @@ FStatus FConfiguration::setEntryCommand(const std::string &path, const FExprBase
     const auto definition = getDefinition().getPtr();
     if (!entry || !hasLiveDefinition(*entry, definition.get()))
         return {"no entry " + path + " in definition " + definition->getName()};
-    if (!value)
-        return {"entry " + path + ": expected a value, found nothing"};
     return entry->setValue(value);
 }
 
@@ -229,10 +233,19 @@ void FConfiguration::saveMembers(QTextStream &stream, unsigned level) const
         stream << std::string(TAB * level, ' ') << ".setEntry(" << FLiteral::quoted(name) << ","
                << value.toString() << ");\n";
     };
-    forEachEntry(mRoots, [&](const std::shared_ptr<FEntry> &entry) {
-        if (!entry->isGroup() && entry->getValue() && hasLiveDefinition(*entry, definition.get()))
-            line(entry->getFullName(), entry->getValue());
-    });
+    // In the definition's order, which loading gives them too; here they stand as they came.
+    const std::function<void(const Roots &)> save = [&](const Roots &definitions) {
+        for (const auto &handle : definitions)
+            if (const auto wanted = handle.ptr<FEntryDef>()) {
+                const auto entry = findEntry(wanted->getFullName());
+                // No value is told as well: loading would give the default one instead.
+                if (entry && !entry->isGroup() && entry->getEntryDefinition().getExpr() == wanted)
+                    line(entry->getFullName(), entry->getValue());
+                save(wanted->getChildren());
+            }
+    };
+    if (definition)
+        save(definition->getRootEntries());
     for (const auto &value : mPending)
         line(value.first, value.second);
 }
@@ -243,6 +256,12 @@ void FConfiguration::connectEntries()
         if (!entry->clients().contains(this))
             entry->addClient(this);
     });
+}
+
+void FConfiguration::collectNamed(std::vector<const FObject *> *objects) const
+{
+    for (const auto &waiting : mPending)
+        objects->push_back(waiting.second.getExpr().get());
 }
 
 void FConfiguration::visitState(FStateVisitor &state)

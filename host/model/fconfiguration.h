@@ -45,6 +45,7 @@ public:
 
     void constructFObject() override;
     void saveMembers(QTextStream &stream, unsigned level) const override;
+    void collectNamed(std::vector<const FObject *> *objects) const override;
     void visitState(FStateVisitor &state) override;
     void stateRestored() override;
     void collectStateful(std::vector<std::shared_ptr<FObject>> *objects) override;
@@ -59,13 +60,13 @@ private:
     void build();
     void applyPending();
     void connectEntries();
-    const std::map<std::string, std::shared_ptr<FEntry>> &index() const;
+    const std::multimap<std::string, std::shared_ptr<FEntry>> &index() const;
 
     FExprBase mDefinition;
     std::vector<FExpr<FEntryBase, true>> mRoots;
     // Values for entries that don't exist yet: a configuration may be read before its definition.
     std::vector<std::pair<std::string, FExprBase>> mPending;
-    mutable std::map<std::string, std::shared_ptr<FEntry>> mIndex;
+    mutable std::multimap<std::string, std::shared_ptr<FEntry>> mIndex;
     mutable bool mIndexValid = false;
 };
 
