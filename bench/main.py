@@ -2,6 +2,7 @@
 """Runs the benchmarks and writes their table: main.py BIN_DIR DATA_DIR [AREA ...]"""
 import datetime
 import importlib
+import math
 import pathlib
 import platform
 import sys
@@ -22,15 +23,17 @@ def main():
     bench = harness.Bench(sys.argv[1], sys.argv[2])
     for area in sys.argv[3:] or AREAS:
         importlib.import_module("bench_" + area).run(bench)
+    barred = [row for row in bench.rows if math.isfinite(row["bar"])]
+    missed = [row for row in barred if row["ratio"] > row["bar"]]
     lines = [f"Measured {datetime.date.today()} on {machine()}.", "",
              "| Work | Against | Ratio | Bar | Times |", "|---|---|---|---|---|"]
     for row in bench.rows:
-        lines.append(f"| {row['work']} | {row['against']} | {row['ratio']:.2f} | {row['bar']:g}"
-                     f"{'' if row['ratio'] <= row['bar'] else ' (missed)'} | {row['details']} |")
+        bar = f"{row['bar']:g}" if row in barred else "–"
+        lines.append(f"| {row['work']} | {row['against']} | {row['ratio']:.2f} | {bar}"
+                     f"{' (missed)' if row in missed else ''} | {row['details']} |")
     table = "\n".join(lines) + "\n"
     (bench.data / "performance.md").write_text(table, encoding="utf-8")
-    missed = [row["work"] for row in bench.rows if row["ratio"] > row["bar"]]
-    print(f"{len(bench.rows) - len(missed)} of {len(bench.rows)} bars kept; "
+    print(f"{len(barred) - len(missed)} of {len(barred)} bars kept; "
           f"the table is in {bench.data / 'performance.md'}")
 
 

@@ -176,7 +176,7 @@ void FObject::removeClient(FObject *client)
 
 bool FObject::hasClient(const std::shared_ptr<FObject> &client, bool indirect) const
 {
-    if (!client)
+    if (!client || client->mSuppliers.isEmpty())
         return false;
     if (!indirect)
         return mClients.contains(client.get());

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 
 namespace
@@ -187,7 +188,8 @@ std::string FLiteral::unquoted(const std::string &source, size_t open, size_t cl
     std::string out;
     out.reserve(close - open);
     for (size_t i = open + 1; i < close;) {
-        const size_t run = std::min(source.find('\\', i), close);
+        const void *slash = memchr(&source[i], '\\', close - i); // no look behind the literal
+        const size_t run = slash ? size_t(static_cast<const char *>(slash) - &source[0]) : close;
         out.append(source, i, run - i);
         i = run;
         while (i < close && source[i] == '\\')

@@ -134,8 +134,8 @@ void tst_Configuration::kinds_data()
                                    << "inputFile(\"a\",\"b/\")" << true;
     QTest::newRow("word") << "2.5"
                           << "nobody" << false;
-    QTest::newRow("null") << "2.5"
-                          << "nullptr" << false;
+    QTest::newRow("nothing") << "2.5"
+                             << "nullptr" << true;
 }
 
 void tst_Configuration::kinds()
