@@ -5,17 +5,13 @@ A case has a subject and a yardstick. They are run in turns, the order changes f
 and the smallest wall time of each counts, so that both saw the same machine at its best. Only the
 ratio of the two is a result; single times mean nothing on another machine.
 """
-import json
 import math
 import os
 import pathlib
-import resource
 import subprocess
 import sys
 import tempfile
 import time
-
-REPO = pathlib.Path(__file__).resolve().parent.parent
 
 
 class Bench:
