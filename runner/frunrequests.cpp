@@ -6,12 +6,11 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 namespace {
-const int kControl = 3;
-
 /// Reads \p size bytes, and the file that came with them if there is one. False at the end.
 bool receiveAll(int socket, void *bytes, size_t size, int *file)
 {
@@ -38,43 +37,55 @@ bool receiveAll(int socket, void *bytes, size_t size, int *file)
 }
 } // namespace
 
-bool FRunRequests::receive(int socket)
+FRunRequests::FRunRequests(int socket)
 {
     // A pipe of the caller must not stay open because of this process. The socket is the last of
     // the files that are meant for it.
     ::close_range(unsigned(socket) + 1, ~0U, 0);
-    // The end of the caller is what ends this process. Each run hears of these signals by itself.
-    sigset_t held;
-    ::sigemptyset(&held);
+    mSocket = ::fcntl(socket, F_DUPFD_CLOEXEC, kControl + 1);
+    ::close(socket);
+    // Between two runs only the end of the caller ends this process.
     for (int signal : {SIGINT, SIGTERM, SIGHUP})
-        ::sigaddset(&held, signal);
-    ::sigprocmask(SIG_BLOCK, &held, nullptr);
-    std::signal(SIGCHLD, SIG_IGN); // nobody waits for the processes of the runs
-    for (;;) {
-        uint32_t sizes[2];
-        int control = -1;
-        if (!receiveAll(socket, sizes, sizeof sizes, &control))
-            return false;
-        mText.resize(sizes[1]);
-        if (!receiveAll(socket, mText.data(), mText.size(), &control) || control < 0)
-            return false;
-        // A process that can't be made shows as a control socket that closes without a report.
-        if (::fork() == 0) {
-            std::signal(SIGCHLD, SIG_DFL);
-            ::close(socket); // a runner that ended must not look alive because of its runs
-            if (control != kControl) {
-                ::dup2(control, kControl);
-                ::close(control);
-            }
-            unpack(sizes[0]);
-            return true;
-        }
+        ::sigaddset(&mHeld, signal);
+    ::sigprocmask(SIG_BLOCK, &mHeld, nullptr);
+    for (char **entry = environ; *entry; ++entry)
+        mEnvironment.push_back(*entry);
+    mEnvironment.push_back(nullptr);
+}
+
+bool FRunRequests::receive()
+{
+    (void)!::chdir("/"); // the folder of the last run may go
+    uint32_t sizes[2];
+    int control = -1;
+    if (mSocket < 0 || !receiveAll(mSocket, sizes, sizeof sizes, &control))
+        return false;
+    mText.resize(sizes[1]);
+    if (!receiveAll(mSocket, mText.data(), mText.size(), &control) || control < 0)
+        return false;
+    if (control != kControl) {
+        ::dup2(control, kControl);
         ::close(control);
     }
+    // What was meant for an earlier run, or for none.
+    const timespec atOnce = {};
+    while (::sigtimedwait(&mHeld, nullptr, &atOnce) > 0) {
+    }
+    unpack(sizes[0]);
+    return true;
+}
+
+void FRunRequests::close()
+{
+    ::close(mSocket);
+    mSocket = -1;
 }
 
 void FRunRequests::unpack(size_t words)
 {
+    mVariables = mEnvironment; // which putenv() changes
+    environ = mVariables.data();
+    mWords.clear();
     mText.push_back(0);
     char *const end = mText.data() + mText.size() - 1;
     for (char *text = mText.data(); text < end; text += std::strlen(text) + 1) {

@@ -170,11 +170,6 @@ void FSupervisor::supervise()
         waitForEvent();
         checkTimes();
     }
-    rusage usage = {};
-    ::getrusage(RUSAGE_CHILDREN, &usage);
-    mReport.cpuSeconds = double(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
-                         double(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) * 1e-6;
-    mReport.peakMemoryKiB = usage.ru_maxrss;
     mOutput.finish();
     mErrors.finish();
     mReport.stdoutBytes = mOutput.total();
@@ -188,12 +183,16 @@ bool FSupervisor::reap()
     bool someEnded = false;
     for (;;) {
         int status = 0;
-        const pid_t pid = ::waitpid(-1, &status, WNOHANG);
+        rusage usage = {};
+        const pid_t pid = ::wait4(-1, &status, WNOHANG, &usage);
         if (pid < 0)
             return false;
         if (pid == 0)
             break;
         someEnded = true;
+        for (const timeval &time : {usage.ru_utime, usage.ru_stime})
+            mReport.cpuSeconds += double(time.tv_sec) + double(time.tv_usec) * 1e-6;
+        mReport.peakMemoryKiB = std::max(mReport.peakMemoryKiB, usage.ru_maxrss);
         if (pid != mProgram)
             continue;
         mProgram = -1;

@@ -9,6 +9,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -30,17 +31,10 @@ bool send(int control, const std::string &text)
     }
     return true;
 }
-} // namespace
 
-int main(int argc, char **argv)
+/// One run. A runner that can't get rid of what the program left takes no more \p requests.
+int carry(int argc, char **argv, FRunRequests *requests)
 {
-    FRunRequests requests;
-    if (argc == 3 && std::strcmp(argv[1], "--serve") == 0) {
-        if (!requests.receive(std::atoi(argv[2])))
-            return 0;
-        argc = requests.argc();
-        argv = requests.argv();
-    }
     FRunnerOptions options;
     std::string why;
     if (!options.parse(argc, argv, &why)) {
@@ -58,5 +52,20 @@ int main(int argc, char **argv)
         report.set("failed", "cannot write " + options.recordFile + ": " + why);
         json = report.toJson(options);
     }
+    if (requests && ::waitpid(-1, nullptr, WNOHANG) >= 0)
+        requests->close();
     return send(options.control, json) ? 0 : 1;
+}
+} // namespace
+
+int main(int argc, char **argv)
+{
+    if (argc != 3 || std::strcmp(argv[1], "--serve") != 0)
+        return carry(argc, argv, nullptr);
+    FRunRequests requests(std::atoi(argv[2]));
+    while (requests.receive()) {
+        carry(requests.argc(), requests.argv(), &requests);
+        ::close(FRunRequests::kControl);
+    }
+    return 0;
 }

@@ -32,13 +32,14 @@ FExternRun::FExternRun(std::shared_ptr<FExternComputation> computation,
 FExternRun::~FExternRun()
 {
     mNotifier.reset();
-    if (mSocket < 0)
-        return;
-    ::shutdown(mSocket, SHUT_WR); // the runner ends its program, and closes when that is done
-    char rest[512];
-    for (ssize_t got = 1; got > 0 || (got < 0 && errno == EINTR);)
-        got = ::read(mSocket, rest, sizeof rest);
-    ::close(mSocket);
+    if (mSocket >= 0) {
+        ::shutdown(mSocket, SHUT_WR); // the runner ends its program, and closes when that is done
+        char rest[512];
+        for (ssize_t got = 1; got > 0 || (got < 0 && errno == EINTR);)
+            got = ::read(mSocket, rest, sizeof rest);
+        ::close(mSocket);
+    }
+    FRunnerLink::giveBack(std::move(mRunner));
 }
 
 std::string FExternRun::programOf(const FExternComputation &computation)
@@ -92,9 +93,9 @@ bool FExternRun::splitWords(const std::string &text, std::vector<std::string> *w
     return quote == 0;
 }
 
-void FExternRun::start(std::function<void()> finished)
+void FExternRun::start(std::function<void()> ended)
 {
-    mFinished = std::move(finished);
+    mEnded = std::move(ended);
     FDesign::setCurrent(mDesign);
     mComputation->runStarted();
     bool launched = false;
@@ -106,7 +107,7 @@ void FExternRun::start(std::function<void()> finished)
         launched = prepare() && launch();
     }
     if (!launched)
-        finish();
+        mEnded();
 }
 
 bool FExternRun::prepare()
@@ -203,8 +204,9 @@ bool FExternRun::launch()
         return false;
     }
     std::string why;
-    const bool started = FRunnerLink::instance()->start(
-        commandLine(words), mComputation->getEnvironment(), sockets[1], &why);
+    mRunner = FRunnerLink::take();
+    const bool started =
+        mRunner->start(commandLine(words), mComputation->getEnvironment(), sockets[1], &why);
     ::close(sockets[1]);
     if (!started) {
         ::close(sockets[0]);
@@ -240,6 +242,7 @@ void FExternRun::readReport()
     mNotifier.release()->deleteLater(); // we stand in its signal
     ::close(mSocket);
     mSocket = -1;
+    FRunnerLink::giveBack(std::move(mRunner));
     const QJsonObject report = QJsonDocument::fromJson(QByteArray::fromStdString(mReport)).object();
     if (report.isEmpty()) {
         mRecord.state = "failed";
@@ -254,7 +257,7 @@ void FExternRun::readReport()
         mRecord.signal = report["signal"].toInt();
         mRecord.seconds = report["seconds"].toDouble();
     }
-    finish();
+    mEnded();
 }
 
 void FExternRun::fail(const std::string &reason)
@@ -297,7 +300,7 @@ void FExternRun::writeValues() const
         FLogMsg::error("Run", "Could not write the values of the run", S(why), nullptr);
 }
 
-void FExternRun::finish()
+void FExternRun::conclude()
 {
     FDesign::setCurrent(mDesign);
     if (!mReported)
@@ -317,5 +320,4 @@ void FExternRun::finish()
     if (mRecord.succeeded())
         writeValues();
     FRunSync::instance()->add(mRecord.directory);
-    mFinished();
 }

@@ -7,6 +7,8 @@
 #include <functional>
 #include <memory>
 
+class FRunnerLink;
+
 /// One run of one computation for one design: a fresh folder, the input files, the program under
 /// supervision, its report.
 ///
@@ -21,8 +23,11 @@ public:
     FExternRun(const FExternRun &) = delete;
     FExternRun &operator=(const FExternRun &) = delete;
 
-    /// Calls \p finished exactly once, later or at once; the run may be deleted only afterwards.
-    void start(std::function<void()> finished);
+    /// Calls \p ended exactly once, later or at once, when the program has ended or could not be
+    /// started. The run may be deleted only afterwards.
+    void start(std::function<void()> ended);
+    /// Tells the model, and keeps what the results read. Once, after the end.
+    void conclude();
     void cancel();
     const FRunRecord &record() const { return mRecord; }
     /// Splits as a POSIX shell does. False for a quote without end.
@@ -35,7 +40,6 @@ private:
     bool prepare();
     bool launch();
     void readReport();
-    void finish();
     void fail(const std::string &reason);
     std::vector<std::string> commandLine(const std::vector<std::string> &words) const;
     void writeRecord() const;
@@ -47,8 +51,9 @@ private:
     std::shared_ptr<FDesign> mDesign;
     FRunRecord mRecord;
     double mTimeout;
-    std::function<void()> mFinished;
+    std::function<void()> mEnded;
     std::unique_ptr<QSocketNotifier> mNotifier;
+    std::unique_ptr<FRunnerLink> mRunner; // while the program runs
     std::string mReport;
     int mSocket = -1;
     bool mReported = false, mCancelled = false;

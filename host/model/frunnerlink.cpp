@@ -14,6 +14,12 @@
 extern char **environ;
 
 namespace {
+std::vector<std::unique_ptr<FRunnerLink>> &idleLinks()
+{
+    static std::vector<std::unique_ptr<FRunnerLink>> links;
+    return links;
+}
+
 /// Path and environment, each text with a zero byte behind it.
 std::string surroundings()
 {
@@ -60,10 +66,20 @@ bool sendRequest(int socket, const uint32_t (&sizes)[2], const std::string &text
 
 FRunnerLink::~FRunnerLink() { disconnect(); }
 
-FRunnerLink *FRunnerLink::instance()
+std::unique_ptr<FRunnerLink> FRunnerLink::take()
 {
-    static FRunnerLink link;
-    return &link;
+    auto &idle = idleLinks();
+    if (idle.empty())
+        return std::make_unique<FRunnerLink>();
+    auto link = std::move(idle.back());
+    idle.pop_back();
+    return link;
+}
+
+void FRunnerLink::giveBack(std::unique_ptr<FRunnerLink> link)
+{
+    if (link)
+        idleLinks().push_back(std::move(link));
 }
 
 std::string FRunnerLink::runnerPath()
@@ -81,7 +97,7 @@ bool FRunnerLink::start(const std::vector<std::string> &words,
         for (const std::string &text : *texts)
             request.append(text.c_str(), std::strlen(text.c_str()) + 1);
     const uint32_t sizes[] = {uint32_t(words.size()), uint32_t(request.size())};
-    // A runner that somebody has killed is replaced, once.
+    // A runner that is gone, or takes no more runs, is replaced, once.
     for (int attempt = 0; attempt < 2; ++attempt) {
         if (!connect(why))
             return false;
@@ -128,7 +144,7 @@ bool FRunnerLink::connect(std::string *why)
 void FRunnerLink::disconnect()
 {
     if (mSocket >= 0)
-        ::close(mSocket); // ends the runner; runs go on until their own sockets close
+        ::close(mSocket); // ends the runner, after the run that it carries
     mSocket = -1;
     if (mRunner > 0)
         while (::waitpid(mRunner, nullptr, 0) < 0 && errno == EINTR) {

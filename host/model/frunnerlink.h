@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #ifndef FRUNNERLINK_H
 #define FRUNNERLINK_H
+#include <memory>
 #include <string>
 #include <sys/types.h>
 #include <vector>
 
-/// The way to turnbuckle-runner, which starts the external programs.
-///
-/// One runner is started with the first run and stays. For each run it makes a copy of itself that
-/// has nothing to do with the others, at a fraction of the cost of a program start.
+/// A turnbuckle-runner, which starts the external programs. It carries one run at a time, and stays
+/// for further ones: a run then costs no more processes than its program has.
 class FRunnerLink
 {
 public:
@@ -17,7 +16,10 @@ public:
     FRunnerLink(const FRunnerLink &) = delete;
     FRunnerLink &operator=(const FRunnerLink &) = delete;
 
-    static FRunnerLink *instance();
+    /// One that has nothing to do.
+    static std::unique_ptr<FRunnerLink> take();
+    /// To be called when the run has ended, however it did.
+    static void giveBack(std::unique_ptr<FRunnerLink> link);
     static std::string runnerPath();
 
     /// Starts a run with the options \p words and the \p variables ("NAME=value") beside the

@@ -43,7 +43,7 @@ void FRunQueue::run(int jobs)
 
 bool FRunQueue::isIdle() const
 {
-    return mWaiting.empty() && mRunning.empty();
+    return mWaiting.empty() && mRunning.empty() && mConcluding.empty();
 }
 
 void FRunQueue::start(int jobs)
@@ -90,17 +90,31 @@ void FRunQueue::ended(FExternRun *run, const std::shared_ptr<Chain> &chain)
         QTimer::singleShot(0, &mContext, [this] { mEnded.clear(); });
     mEnded.push_back(std::move(*at));
     mRunning.erase(at);
+    mConcluding.emplace_back(run, chain);
+    if (mConcluding.size() > 1)
+        return; // the loop below started it; first come, first recorded
+    while (!mConcluding.empty()) {
+        const auto [first, its] = mConcluding.front();
+        // A program need not wait for the values of another design.
+        if (first->record().succeeded() && its->computations.empty() && !mCancelled)
+            startMore();
+        first->conclude();
+        conclude(first, its);
+        mConcluding.pop_front();
+    }
+    startMore();
+}
+
+void FRunQueue::conclude(FExternRun *run, const std::shared_ptr<Chain> &chain)
+{
     const FRunRecord &result = run->record();
     record(result);
     if (!result.succeeded())
         skipRest(*chain, "computation " + result.computation + " did not finish");
     else if (mCancelled)
         skipRest(*chain, "cancelled");
-    else if (!chain->computations.empty()) {
+    else if (!chain->computations.empty())
         startNext(chain);
-        return;
-    }
-    startMore();
 }
 
 void FRunQueue::skipRest(const Chain &chain, const std::string &why)

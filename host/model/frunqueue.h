@@ -13,7 +13,8 @@ class FExternRun;
 ///
 /// Everything of the model happens on the calling thread; only the external programs run beside
 /// it. A chain goes on with the next computation when one has finished; when one fails the rest
-/// of its chain doesn't start.
+/// of its chain doesn't start. Where nothing speaks against it, the next program starts before the
+/// values of the one that ended are read.
 class FRunQueue
 {
 public:
@@ -60,11 +61,13 @@ private:
     void startMore();
     void startNext(const std::shared_ptr<Chain> &chain);
     void ended(FExternRun *run, const std::shared_ptr<Chain> &chain);
+    void conclude(FExternRun *run, const std::shared_ptr<Chain> &chain);
     void skipRest(const Chain &chain, const std::string &why);
     void record(const FRunRecord &record);
 
     std::deque<std::shared_ptr<Chain>> mWaiting;
     std::vector<std::unique_ptr<FExternRun>> mRunning, mEnded;
+    std::deque<std::pair<FExternRun *, std::shared_ptr<Chain>>> mConcluding; // of mEnded
     std::vector<FRunRecord> mRecords;
     std::function<void(const FRunRecord &)> mListener;
     std::function<void()> mIdle;

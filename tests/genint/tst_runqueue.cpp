@@ -160,14 +160,14 @@ private Q_SLOTS:
         size_t most = 0;
         int heard = 0;
         queue.setListener([&](const FRunRecord &record) {
-            most = std::max(most, queue.running() + 1);
+            most = std::max(most, queue.running());
             QCOMPARE(FDesign::current()->getName(), record.design);
             ++heard;
         });
         QStringList lines = study.run(&queue, jobs);
         QCOMPARE(heard, 8);
         QCOMPARE(queue.failed(), size_t(0));
-        QVERIFY(most <= size_t(jobs));
+        QVERIFY(most <= size_t(jobs)); // programs; the values of one more may be read
         for (const char *design : {"d1", "d2", "d3", "d4"})
             QVERIFY(lines.indexOf(QString(design) + " first: finished") <
                     lines.indexOf(QString(design) + " second: finished"));

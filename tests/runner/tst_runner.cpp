@@ -65,6 +65,7 @@ public:
     {
         if (mControl >= 0)
             finish();
+        FRunnerLink::giveBack(std::move(mLink));
     }
 
     QString path(const char *name) const { return mFolder.filePath(QString::fromUtf8(name)); }
@@ -114,8 +115,8 @@ public:
         mControl = sockets[0];
         if (mServed) {
             std::string why;
-            QVERIFY2(FRunnerLink::instance()->start(line(options, command), {}, sockets[1], &why),
-                     why.c_str());
+            mLink = FRunnerLink::take();
+            QVERIFY2(mLink->start(line(options, command), {}, sockets[1], &why), why.c_str());
         } else {
             mRunner = spawn(line(options, command), sockets[1]);
             QVERIFY(mRunner > 0);
@@ -171,6 +172,7 @@ private:
     bool mServed, mSame = false;
     int mControl = -1, mStatus = -1;
     pid_t mRunner = -1;
+    std::unique_ptr<FRunnerLink> mLink;
 };
 } // namespace
 
@@ -365,6 +367,29 @@ private Q_SLOTS:
         QCOMPARE(report["state"].toString(), QString("cancelled"));
         // Nothing stays: not the caller, not its runners.
         QTRY_COMPARE(childrenLeft(), before);
+    }
+
+    void knowsNothingOfEarlierRuns()
+    {
+        const QString good = "finished: finished";
+        {
+            Run large(true);
+            QCOMPARE(large.outcome(
+                         {}, {"sh", "-c", "head -c 80000000 /dev/zero | tail -c 80000000 >x"}),
+                     good);
+            QVERIFY(large.report()["peakMemoryKiB"].toInt() > 60000);
+        }
+        // The runner at hand was told to end while nothing ran; that was not about the next run.
+        const auto runners = contentOf(QStringLiteral("/proc/self/task/%1/children").arg(::getpid()))
+                                 .trimmed()
+                                 .split(' ');
+        QCOMPARE(runners.size(), 1);
+        QCOMPARE(::kill(runners[0].toInt(), SIGTERM), 0);
+        Run small(true);
+        QCOMPARE(small.outcome({}, {"true"}), good);
+        QVERIFY(small.report()["peakMemoryKiB"].toInt() > 100);
+        QVERIFY(small.report()["peakMemoryKiB"].toInt() < 40000);
+        QVERIFY(isAlive(runners[0].toInt()));
     }
 
     void keepsHeadAndTailOfLongOutput_data()
