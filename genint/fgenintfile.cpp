@@ -39,7 +39,9 @@ struct FBase64Bits
 std::string decodedBase64(const char *base64, size_t size)
 {
     static const FBase64Bits sTable;
-    std::string bytes(size / 4 * 3 + 1, '\0');
+    std::string bytes;
+    FLargeText::reserve(&bytes, size / 4 * 3 + 1);
+    bytes.resize(size / 4 * 3 + 1);
     size_t at = 0, count = 0;
     for (; at + 4 <= size; at += 4, count += 3) {
         const auto *in = reinterpret_cast<const uchar *>(base64 + at);

@@ -52,6 +52,7 @@ bool FProject::load(const QString &path)
     if (file.isSequential()) {
         text = file.readAll().toStdString();
     } else {
+        FLargeText::reserve(&text, size_t(file.size()));
         text.resize(size_t(file.size()));
         const qint64 got = file.read(&text[0], file.size());
         if (got != file.size() || !file.atEnd()) {

@@ -1,20 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "fsafefile.h"
+#include "fsafecalls.h"
 
 #include <QStringList>
 #include <atomic>
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <dirent.h>
-#include <fcntl.h>
 #include <limits.h>
-#include <memory>
-#include <sys/stat.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 #include <vector>
+
+using namespace FSafeCalls;
 
 namespace {
 constexpr int kMostLinks = 40;
@@ -24,47 +20,6 @@ constexpr size_t kCopyStep = size_t(1) << 30;
 constexpr int kGather = 32 * 1024;
 constexpr int kGatherLong = 256 * 1024;
 constexpr unsigned kExchange = 1u << 1; // RENAME_EXCHANGE, absent from older headers
-
-std::atomic<const FFileCalls *> sCalls{nullptr};
-
-const FFileCalls &calls()
-{
-    const FFileCalls *set = sCalls.load(std::memory_order_acquire);
-    return set ? *set : FFileCalls::system();
-}
-
-QString systemWords(int error)
-{
-    const char *words = strerrordesc_np(error); // in English whatever the locale, any thread
-    return words ? QString::fromLatin1(words) : QStringLiteral("error %1").arg(error);
-}
-
-bool fail(QString *why, const QString &what, const QString &path, const QString &reason)
-{
-    if (why)
-        *why = QStringLiteral("Cannot %1 %2: %3").arg(what, path, reason);
-    return false;
-}
-
-/// The file system's form of a path, without slashes at the end.
-bool nativePath(const QString &path, QByteArray *native, QString *why)
-{
-    if (path.isEmpty() || path.contains(QChar(0)))
-        return fail(why, QStringLiteral("use the path"), path,
-                    path.isEmpty() ? QStringLiteral("it is empty")
-                                   : QStringLiteral("it holds a zero character"));
-    *native = path.toUtf8();
-    while (native->size() > 1 && native->endsWith('/'))
-        native->chop(1);
-    return true;
-}
-
-void splitPath(const QByteArray &native, QByteArray *folder, QByteArray *name)
-{
-    const int slash = native.lastIndexOf('/');
-    *folder = slash < 0 ? QByteArray(".") : slash == 0 ? QByteArray("/") : native.left(slash);
-    *name = native.mid(slash + 1);
-}
 
 /// Replaces a link by what it names, step by step, so that a link to a file that isn't there yet
 /// works as well.
@@ -91,66 +46,6 @@ bool followLinks(QByteArray *native)
     errno = ELOOP;
     return false;
 }
-
-QString kindOf(mode_t mode)
-{
-    if (S_ISDIR(mode))
-        return QStringLiteral("it is a directory");
-    if (S_ISFIFO(mode))
-        return QStringLiteral("it is a named pipe");
-    if (S_ISSOCK(mode))
-        return QStringLiteral("it is a socket");
-    return S_ISLNK(mode) ? QStringLiteral("it is a symbolic link")
-                         : QStringLiteral("it is a device");
-}
-
-int openRetrying(int folder, const char *name, int flags, mode_t mode = 0)
-{
-    int file;
-    do
-        file = calls().openAt(folder, name, flags | O_CLOEXEC, mode);
-    while (file < 0 && errno == EINTR);
-    return file;
-}
-
-int syncRetrying(int file)
-{
-    int status;
-    do
-        status = calls().sync(file);
-    while (status < 0 && errno == EINTR);
-    return status;
-}
-
-/// Closes on the way out when an error came first, so that errno of that error survives.
-class Descriptor
-{
-public:
-    explicit Descriptor(int file)
-        : mFile(file)
-    {
-    }
-    ~Descriptor()
-    {
-        const int kept = errno;
-        if (mFile >= 0)
-            calls().close(mFile);
-        errno = kept;
-    }
-    Descriptor(const Descriptor &) = delete;
-    Descriptor &operator=(const Descriptor &) = delete;
-    bool close()
-    {
-        const int file = mFile;
-        mFile = -1;
-        return calls().close(file) == 0;
-    }
-    bool isOpen() const { return mFile >= 0; }
-    operator int() const { return mFile; }
-
-private:
-    int mFile;
-};
 
 bool writeAll(int file, const char *data, qint64 size, QString *reason)
 {
@@ -251,13 +146,6 @@ private:
     Descriptor mFile;
 };
 
-/// Some network and user space file systems can't sync a folder and say so by these codes; they
-/// leave nothing that could be done better.
-bool syncFolder(int folder)
-{
-    return syncRetrying(folder) == 0 || errno == EINVAL || errno == EOPNOTSUPP || errno == EROFS;
-}
-
 /// Gives the finished temporary file its name and makes that durable. Should the last step fail,
 /// the old state comes back.
 bool replaceDurably(TemporaryFile &temporary, int folder, const char *name, bool oldExists)
@@ -329,118 +217,7 @@ bool copyBytes(int from, int to, qint64 expected, QString *reason)
     return hasSize(to, done, reason);
 }
 
-struct FolderCloser
-{
-    void operator()(DIR *folder) const { closedir(folder); }
-};
-
-/// The names in a folder, read to the end first: it may change under the caller's hands.
-bool listFolder(int folder, std::vector<QByteArray> *names)
-{
-    const int copy = openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (copy < 0)
-        return false;
-    std::unique_ptr<DIR, FolderCloser> list(fdopendir(copy));
-    if (!list) {
-        close(copy);
-        return false;
-    }
-    errno = 0;
-    while (const dirent *entry = readdir(list.get())) {
-        if (strcmp(entry->d_name, ".") != 0 && strcmp(entry->d_name, "..") != 0)
-            names->push_back(entry->d_name);
-    }
-    return errno == 0;
-}
-
-/// Keeps the first failure of a walk.
-struct WalkError
-{
-    const QString what;
-    QString first;
-    bool note(const QByteArray &path)
-    {
-        const int error = errno;
-        if (first.isEmpty())
-            fail(&first, what, QString::fromUtf8(path), systemWords(error));
-        return false;
-    }
-};
-
-bool removeEntry(int folder, const QByteArray &name, const QByteArray &path, WalkError *error)
-{
-    struct stat info;
-    if (fstatat(folder, name, &info, AT_SYMLINK_NOFOLLOW) != 0)
-        return errno == ENOENT || error->note(path);
-    if (!S_ISDIR(info.st_mode)) {
-        return calls().unlinkAt(folder, name, 0) == 0 || errno == ENOENT || error->note(path);
-    }
-    bool good = true;
-    {
-        const Descriptor inner(
-            openRetrying(folder, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK));
-        std::vector<QByteArray> names;
-        if (!inner.isOpen() || !listFolder(inner, &names))
-            return error->note(path);
-        for (const QByteArray &each : names)
-            good = removeEntry(inner, each, path + '/' + each, error) && good;
-    }
-    if (!good)
-        return false;
-    return calls().unlinkAt(folder, name, AT_REMOVEDIR) == 0 || errno == ENOENT ||
-           error->note(path);
-}
-
-bool syncEntry(int folder, const QByteArray &name, const QByteArray &path, WalkError *error)
-{
-    struct stat info;
-    if (fstatat(folder, name, &info, AT_SYMLINK_NOFOLLOW) != 0)
-        return errno == ENOENT || error->note(path);
-    const bool isFolder = S_ISDIR(info.st_mode);
-    if (!isFolder && !S_ISREG(info.st_mode))
-        return true;
-    Descriptor file(openRetrying(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK));
-    if (!file.isOpen())
-        return errno == ENOENT || error->note(path);
-    bool good = true;
-    if (isFolder) {
-        std::vector<QByteArray> names;
-        if (!listFolder(file, &names))
-            return error->note(path);
-        for (const QByteArray &each : names)
-            good = syncEntry(file, each, path + '/' + each, error) && good;
-    }
-    if (isFolder ? !syncFolder(file) : syncRetrying(file) != 0)
-        return error->note(path);
-    return (file.close() || error->note(path)) && good;
-}
 } // namespace
-
-const FFileCalls &FFileCalls::system()
-{
-    static const FFileCalls sSystem = {
-        [](int folder, const char *name, int flags, mode_t mode) {
-            return ::openat(folder, name, flags, mode);
-        },
-        [](int file, void *bytes, size_t count) { return ::read(file, bytes, count); },
-        [](int file, const void *bytes, size_t count) { return ::write(file, bytes, count); },
-        [](int from, int to, size_t count) {
-            return ::copy_file_range(from, nullptr, to, nullptr, count, 0);
-        },
-        [](int file, mode_t mode) { return ::fchmod(file, mode); },
-        [](int file, const struct timespec times[2]) { return ::futimens(file, times); },
-        [](int file) { return ::fsync(file); },
-        [](int file) { return ::close(file); },
-        [](int folder, const char *from, const char *to, unsigned flags) {
-            // Straight to the kernel only for the kind that plain renameat doesn't know.
-            return flags == 0 ? ::renameat(folder, from, folder, to)
-                              : int(syscall(SYS_renameat2, folder, from, folder, to, flags));
-        },
-        [](int folder, const char *name, int flags) { return ::unlinkat(folder, name, flags); }};
-    return sSystem;
-}
-
-void FSafeFile::setCalls(const FFileCalls *set) { sCalls.store(set, std::memory_order_release); }
 
 bool FSafeFile::write(const QString &path, const QByteArray &bytes, QString *why,
                       Durability durability)
@@ -538,50 +315,6 @@ bool FSafeFile::copyFile(const QString &from, const QString &to, QString *why)
     if (calls().setTimes(file, times) != 0 || !file.close() || !temporary.moveTo(name))
         return fail(why, what, to, systemWords(errno));
     return true;
-}
-
-bool FSafeFile::syncPath(const QString &path, QString *why)
-{
-    QByteArray native;
-    if (!nativePath(path, &native, why))
-        return false;
-    Descriptor file(openRetrying(AT_FDCWD, native, O_RDONLY | O_NONBLOCK | O_NOCTTY));
-    struct stat info;
-    const bool good = file.isOpen() && fstat(file, &info) == 0 &&
-                      (S_ISDIR(info.st_mode) ? syncFolder(file) : syncRetrying(file) == 0) &&
-                      file.close();
-    return good || fail(why, QStringLiteral("sync"), path, systemWords(errno));
-}
-
-bool FSafeFile::syncTree(const QString &folder, QString *why)
-{
-    QByteArray native;
-    struct stat info;
-    if (!nativePath(folder, &native, why))
-        return false;
-    WalkError error{QStringLiteral("sync"), {}};
-    const bool good = lstat(native.constData(), &info) == 0
-                          ? syncEntry(AT_FDCWD, native, native, &error)
-                          : error.note(native);
-    if (!good && why)
-        *why = error.first;
-    return good;
-}
-
-bool FSafeFile::removeTree(const QString &path, QString *why)
-{
-    QByteArray native, folder, name;
-    if (!nativePath(path, &native, why))
-        return false;
-    splitPath(native, &folder, &name);
-    if (name.isEmpty() || name == "." || name == "..")
-        return fail(why, QStringLiteral("remove"), path,
-                    QStringLiteral("it is no name within a folder"));
-    WalkError error{QStringLiteral("remove"), {}};
-    const bool good = removeEntry(AT_FDCWD, native, native, &error);
-    if (!good && why)
-        *why = error.first;
-    return good;
 }
 
 FPlainFile::~FPlainFile()

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <sys/mman.h>
 
 namespace
 {
@@ -152,6 +153,16 @@ std::string FFile::resolveEnv(const std::string &path)
     return S(result + text.mid(from));
 }
 
+void FLargeText::reserve(std::string *text, size_t size)
+{
+    constexpr size_t page = size_t(2) << 20;
+    text->reserve(size);
+    const size_t begin = (reinterpret_cast<size_t>(text->data()) + page - 1) / page * page;
+    const size_t end = reinterpret_cast<size_t>(text->data() + size) / page * page;
+    if (size >= 2 * page) // a system that has no large pages goes on without
+        ::madvise(reinterpret_cast<void *>(begin), end - begin, MADV_HUGEPAGE);
+}
+
 std::string FLiteral::quoted(const std::string &text)
 {
     std::string out = "\"";
@@ -186,7 +197,7 @@ size_t FLiteral::findEnd(const std::string &source, size_t open, bool inList)
 std::string FLiteral::unquoted(const std::string &source, size_t open, size_t close)
 {
     std::string out;
-    out.reserve(close - open);
+    FLargeText::reserve(&out, close - open);
     for (size_t i = open + 1; i < close;) {
         const void *slash = memchr(&source[i], '\\', close - i); // no look behind the literal
         const size_t run = slash ? size_t(static_cast<const char *>(slash) - &source[0]) : close;

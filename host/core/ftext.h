@@ -67,6 +67,13 @@ namespace FFile
 std::string resolveEnv(const std::string &path);
 } // namespace FFile
 
+namespace FLargeText
+{
+/// Reserves room as std::string does, of large pages where the text is large: it is filled once,
+/// and mapping its memory in small pages would take longer than that.
+void reserve(std::string *text, size_t size);
+} // namespace FLargeText
+
 namespace FUtf8
 {
 /// Offset of the first byte that isn't part of a UTF-8 text, npos if there is none.

@@ -7,6 +7,7 @@
 #include "fovdldefinitionparser.h"
 
 #include <algorithm>
+#include <iostream>
 
 F_CLASS_IMPL(FScope)
 F_CLASS_IMPL(FParser)
@@ -172,6 +173,16 @@ FStatus FDefinition::setEntryDefsCommand(const std::string &text)
     return {FLogMsg::errorCount() > errors ? "the entry definitions are damaged" : std::string()};
 }
 
+namespace {
+/// An entry that got another name than the wanted one is looked for in vain under that.
+void tellName(const std::string &wanted, const std::string &got)
+{
+    if (got != wanted)
+        FLogMsg::info("Definition", "entry \"" + wanted + "\": the name is taken or not possible",
+                      "the entry is named " + got, &std::cout);
+}
+} // namespace
+
 FStatus FDefinition::addEntryCommand(const std::string &path, const FExprBase &value)
 {
     const auto self = shared_from_base<FDefinitionBase>();
@@ -200,10 +211,10 @@ FStatus FDefinition::addEntryCommand(const std::string &path, const FExprBase &v
         group = next;
     }
     const std::string name = S(parts.last());
-    if (group)
-        FEntryDef::create(name, group, self, value);
-    else
-        FEntryDef::create(name, self, 1, 1, false, true, std::string(), value);
+    const auto entry = group ? FEntryDef::create(name, group, self, value)
+                             : FEntryDef::create(name, self, 1, 1, false, true, std::string(),
+                                                 value);
+    tellName(S(parts.join('|')), entry->getFullName());
     return {};
 }
 
@@ -223,6 +234,7 @@ FStatus FDefinition::renameEntryCommand(const std::string &path, const std::stri
     if (!entry)
         return {"no entry " + path + " in definition " + getName()};
     entry->setName(name);
+    tellName(name, entry->getName());
     return {};
 }
 

@@ -67,6 +67,7 @@ private Q_SLOTS:
     }
     void names_data();
     void names();
+    void correctedNamesAreTold();
     void groups();
     void lookup();
     void renames();
@@ -114,6 +115,20 @@ void tst_Entries::names()
     made->setName("free");
     other->setName(S(wanted));
     QTEST(Q(other->getName()), "kept");
+}
+
+void tst_Entries::correctedNamesAreTold()
+{
+    ModelTest::log();
+    QVERIFY(add("g|a") && mDefinition->renameEntryCommand("g|a", "b"));
+    QCOMPARE(ModelTest::log(), QStringList());
+    QVERIFY(add("H\u00f6he 1|a b"));
+    QVERIFY(mDefinition->renameEntryCommand("g|b", "a b"));
+    QCOMPARE(ModelTest::log(),
+             QStringList({"Definition|entry \"H\u00f6he 1|a b\": the name is taken or not possible|"
+                          "the entry is named H_he_1|a_b",
+                          "Definition|entry \"a b\": the name is taken or not possible|"
+                          "the entry is named a_b"}));
 }
 
 void tst_Entries::groups()
