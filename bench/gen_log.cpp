@@ -11,8 +11,7 @@
 #include <cstring>
 #include <string>
 
-namespace
-{
+namespace {
 /// Small generator with a fixed sequence on every machine.
 class FSequence
 {

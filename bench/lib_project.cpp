@@ -30,7 +30,8 @@ int main(int argc, char **argv)
         fprintf(stderr, "usage: lib_project PROJECT TARGET ROUNDS STATEMENT VALUE RENAME\n");
         return 2;
     }
-    const QString project = QString::fromLocal8Bit(argv[1]), target = QString::fromLocal8Bit(argv[2]);
+    const QString project = QString::fromLocal8Bit(argv[1]),
+                  target = QString::fromLocal8Bit(argv[2]);
     FObject::initPrototypes();
     bool good = true;
     std::string value;

@@ -13,9 +13,8 @@ public:
 
     FDefinitionGenInt() = default;
     FDefinitionGenInt(const FExpr<FScope> &scope, std::string name, const FExpr<FParser> &parser);
-    static std::shared_ptr<FDefinitionGenInt> create(const FExpr<FScope> &scope,
-                                                     const std::string &name,
-                                                     const FExpr<FParser> &parser);
+    static std::shared_ptr<FDefinitionGenInt>
+    create(const FExpr<FScope> &scope, const std::string &name, const FExpr<FParser> &parser);
 
     // Files
     void addFile(const FExpr<FGenIntFile> &file);

@@ -10,7 +10,10 @@ class FGenIntCommandFile : public FGenIntFile
 {
     F_CLASS(FGenIntCommandFile, FGenIntFile)
 public:
-    explicit FGenIntCommandFile(std::string name = std::string()) : FGenIntFile(std::move(name)) {}
+    explicit FGenIntCommandFile(std::string name = std::string())
+        : FGenIntFile(std::move(name))
+    {
+    }
     static std::shared_ptr<FGenIntCommandFile> create(const std::string &name);
 
     /// All names of tags, each once, in order of first appearance. Marks match case.

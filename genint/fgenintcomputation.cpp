@@ -114,10 +114,7 @@ void FGenIntComputation::processReread(std::shared_ptr<FComputationResults> obje
         results->setOutputHandles(own->getFiles(1));
 }
 
-void FGenIntComputation::computationStarted() const
-{
-    mSignalRapper->emitRunStarted();
-}
+void FGenIntComputation::computationStarted() const { mSignalRapper->emitRunStarted(); }
 
 void FGenIntComputation::computationFinished() const
 {
@@ -137,10 +134,7 @@ void FGenIntComputation::enableSoftCons(bool enable) const
         FGenIntWorkbench::instance()->disableGui(this, !enable);
 }
 
-void FGenIntComputation::openSoftwareConnector() const
-{
-    FGenIntWorkbench::instance()->open(this);
-}
+void FGenIntComputation::openSoftwareConnector() const { FGenIntWorkbench::instance()->open(this); }
 
 bool FGenIntComputation::doubleClickedInTree()
 {
@@ -166,8 +160,7 @@ std::shared_ptr<FManaged> FGenIntComputation::setName(const std::string &name)
 std::shared_ptr<FGenIntComputation>
 FGenIntComputation::setGenIntConfiguration(const FExpr<FConfigurationGenInt> &configuration)
 {
-    setConfiguration(
-        FExpr<FConfigurationCustom>(static_cast<const FExprBase &>(configuration)));
+    setConfiguration(FExpr<FConfigurationCustom>(static_cast<const FExprBase &>(configuration)));
     return shared_from_base<FGenIntComputation>();
 }
 

@@ -11,8 +11,7 @@
 #include <algorithm>
 #include <iostream>
 
-namespace
-{
+namespace {
 void aborted(const std::string &message)
 {
     FLogMsg::info("FGenIntReader", message, "parsing process aborted", &std::cout);
@@ -39,8 +38,8 @@ std::string whereText(const QString &path, const FGenIntReading &reading)
         return std::string();
     std::string text = S(path) + ":" + fromNumber((long long)reading.line, 10);
     if (reading.columnFirst > 0)
-        text += ":" + fromNumber(reading.columnFirst, 10) + "-" +
-                fromNumber(reading.columnLast, 10);
+        text +=
+            ":" + fromNumber(reading.columnFirst, 10) + "-" + fromNumber(reading.columnLast, 10);
     return text;
 }
 

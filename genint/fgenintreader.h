@@ -27,7 +27,8 @@ public:
     /// Reads a file that is given by its own path.
     void readFile(const FExpr<FGenIntResultsFile> &file, const std::shared_ptr<FTableData> &table,
                   const QString &path, const QString &directory);
-    /// False: rows carry no place, and a long file need not be read from the top for the line numbers.
+    /// False: rows carry no place, and a long file need not be read from the top for the line
+    /// numbers.
     void setTellPlaces(bool tell) { mTellPlaces = tell; }
     /// Objects out of files that values point to; of the last read only.
     const Imports &importedObjects() const { return mImportedObjects; }

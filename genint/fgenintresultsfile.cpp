@@ -9,8 +9,7 @@
 
 F_CLASS_IMPL(FGenIntResultsFile)
 
-namespace
-{
+namespace {
 QString numbered(const QString &name, const char *shortJoint, unsigned number)
 {
     return name + (number <= 9 ? QLatin1String(shortJoint) : QLatin1String("_")) +
@@ -29,7 +28,8 @@ FExpr<FObjectList> copyOfRules(const FExpr<FObjectList> &rules)
 }
 } // namespace
 
-FGenIntResultsFile::FGenIntResultsFile(std::string name) : FGenIntFile(std::move(name))
+FGenIntResultsFile::FGenIntResultsFile(std::string name)
+    : FGenIntFile(std::move(name))
 {
     if (!mInitPrototype)
         mValues = f_make_shared<FObjectList>(FGenIntResultsFileValue::mpNull, 0U);
@@ -98,9 +98,8 @@ void FGenIntResultsFile::addValue(const QString &name, int line, int column, con
                                   const FExpr<FUnsigned> &numAverageRows)
 {
     const auto list = mValues.getPtr();
-    const QString given = name.isEmpty()
-                              ? numbered(QStringLiteral("ResultsValue"), "_0", list->count())
-                              : name;
+    const QString given =
+        name.isEmpty() ? numbered(QStringLiteral("ResultsValue"), "_0", list->count()) : name;
     const auto value = f_make_shared<FGenIntResultsFileValue>(
         S(given), line, column, S(anchor), S(occurrence), FDouble::mpNull, std::string(),
         calcAverage, numAverageRows);
@@ -303,5 +302,6 @@ void FGenIntResultsFile::initCmds()
     // The line ending is not hidden here: the name below is the one that was looked up, and no
     // command is registered under it. Projects rely on the attribute being there.
     FCmdManager::instance()->hide(
-        T::mpNull, FObject::getPrototype("FAttribCmdFGenIntCommandFilesetForceWindowsLineEndingsbool"));
+        T::mpNull,
+        FObject::getPrototype("FAttribCmdFGenIntCommandFilesetForceWindowsLineEndingsbool"));
 }

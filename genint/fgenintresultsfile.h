@@ -68,7 +68,8 @@ public:
     static void initCmds();
 
 private:
-    template <class T> void assign(T &field, const T &value, const char *text);
+    template <class T>
+    void assign(T &field, const T &value, const char *text);
 
     bool mNumberSeparator = true;
     bool mSpacesAndTabsSeparator = false;

@@ -125,6 +125,6 @@ std::shared_ptr<FObject> FGenIntResultsFileValue::clone() const
 
 void FGenIntResultsFileValue::visitState(FStateVisitor &state)
 {
-    state(mName)(mLine)(mColumn)(mAnchor)(mOccurrence)(mType)(mImportType)(mCalcAverage)(
-        mNumAverageRows);
+    state(mName)(mLine)(
+        mColumn)(mAnchor)(mOccurrence)(mType)(mImportType)(mCalcAverage)(mNumAverageRows);
 }

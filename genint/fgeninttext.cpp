@@ -185,7 +185,8 @@ std::unique_ptr<FGenIntText> FGenIntText::fromFile(const QString &path, QString 
     }
     std::unique_ptr<FGenIntText> text(new FGenIntText);
     const auto size = static_cast<size_t>(info.st_size);
-    void *map = size >= kMapFrom ? ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE, file.get(), 0) : MAP_FAILED;
+    void *map = size >= kMapFrom ? ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE, file.get(), 0)
+                                 : MAP_FAILED;
     if (map != MAP_FAILED) {
         text->mMap = map;
         text->mMapSize = size;

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fgenintworkbench.h"
 
-namespace
-{
+namespace {
 FGenIntWorkbench *&theWorkbench()
 {
     static FGenIntWorkbench none;
@@ -11,12 +10,6 @@ FGenIntWorkbench *&theWorkbench()
 }
 } // namespace
 
-FGenIntWorkbench *FGenIntWorkbench::instance()
-{
-    return theWorkbench();
-}
+FGenIntWorkbench *FGenIntWorkbench::instance() { return theWorkbench(); }
 
-void FGenIntWorkbench::setInstance(FGenIntWorkbench *workbench)
-{
-    theWorkbench() = workbench;
-}
+void FGenIntWorkbench::setInstance(FGenIntWorkbench *workbench) { theWorkbench() = workbench; }

@@ -9,9 +9,8 @@
 
 F_CLASS_IMPL(FResultsGenInt)
 
-std::shared_ptr<FResultsGenInt> FResultsGenInt::create(const std::string &name,
-                                                       const FExpr<FDesign> &design,
-                                                       int computationId)
+std::shared_ptr<FResultsGenInt>
+FResultsGenInt::create(const std::string &name, const FExpr<FDesign> &design, int computationId)
 {
     const auto results = f_make_shared<FResultsGenInt>(name, design, computationId);
     results->registerObject();
@@ -82,7 +81,8 @@ FExpr<FTableData> FResultsGenInt::getData(const std::string &name) const
     return {};
 }
 
-template <class F> double FResultsGenInt::ofFirstTable(F function) const
+template <class F>
+double FResultsGenInt::ofFirstTable(F function) const
 {
     const std::lock_guard<std::recursive_mutex> lock(mMutex);
     if (!fetchResults() || mTables.empty() || !mTables.front())
@@ -122,13 +122,9 @@ double FResultsGenInt::getAverageOfLastRows(int numberOfRows, int column) const
         [&](const FTableData &t) { return t.getAverageOfLastRows(numberOfRows, column); });
 }
 
-namespace
-{
+namespace {
 // Indices beyond the range of int are out of range everywhere.
-int index(unsigned value)
-{
-    return value > 0x7fffffffU ? -1 : int(value);
-}
+int index(unsigned value) { return value > 0x7fffffffU ? -1 : int(value); }
 } // namespace
 
 double FResultsGenInt::dataAtCells(unsigned row, unsigned column) const

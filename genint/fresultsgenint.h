@@ -46,7 +46,8 @@ public:
     static void initCmds();
 
 private:
-    template <class F> double ofFirstTable(F function) const;
+    template <class F>
+    double ofFirstTable(F function) const;
     double dataAtCells(unsigned row, unsigned column) const;
     double dataAtHeaderCell(const std::string &rowHeader, unsigned column) const;
     double dataAtCellHeader(double row, const std::string &columnHeader) const;

@@ -12,7 +12,14 @@ class FExprBase;
 class FTableData;
 
 /// Exit codes of the program.
-enum FExitCode { kDone = 0, kFailed = 1, kUsage = 2, kUnreadable = 3, kUnwritable = 4, kCancelled = 130 };
+enum FExitCode {
+    kDone = 0,
+    kFailed = 1,
+    kUsage = 2,
+    kUnreadable = 3,
+    kUnwritable = 4,
+    kCancelled = 130
+};
 
 /// What the subcommands are given.
 struct FCliOptions
@@ -24,8 +31,7 @@ struct FCliOptions
     bool allDesigns = false, keepGoing = false, json = false, markdown = false;
 };
 
-namespace FCli
-{
+namespace FCli {
 int run(const FCliOptions &options);
 int eval(const FCliOptions &options);
 int extract(const FCliOptions &options);

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli.h"
-
 #include "fbasictype.h"
 #include "flogmsg.h"
 #include "fparameter.h"
@@ -12,15 +11,9 @@
 #include <cmath>
 #include <iostream>
 
-void FCli::out(const std::string &text)
-{
-    std::cout << text << "\n";
-}
+void FCli::out(const std::string &text) { std::cout << text << "\n"; }
 
-void FCli::err(const std::string &text)
-{
-    std::cerr << "turnbuckle: " << text << std::endl;
-}
+void FCli::err(const std::string &text) { std::cerr << "turnbuckle: " << text << std::endl; }
 
 int FCli::load(const FCliOptions &options)
 {
@@ -57,8 +50,7 @@ QJsonArray FCli::log()
     return entries;
 }
 
-namespace
-{
+namespace {
 bool sPrinted = false;
 }
 
@@ -76,8 +68,7 @@ void FCli::print(const QJsonValue &json)
     std::cout << document.toJson().toStdString() << std::flush;
 }
 
-namespace
-{
+namespace {
 QJsonValue jsonNumber(double value)
 {
     return std::isfinite(value) ? QJsonValue(value) : QJsonValue();
@@ -111,11 +102,10 @@ void FCli::print(const FTableData &table)
         const std::string name = i < table.rowHeaders().size() ? table.rowHeaders()[i] : "";
         const std::string text = i < table.rowTexts().size() ? table.rowTexts()[i] : "";
         const size_t bar = text.find('|');
-        std::string line = "  " + name + std::string(width - std::min(width, name.size()), ' ') +
-                           "  " +
-                           (bar == std::string::npos
-                                ? shortestNumber(table.getElementAt(int(i), 0, nullptr))
-                                : text.substr(bar + 1));
+        std::string line =
+            "  " + name + std::string(width - std::min(width, name.size()), ' ') + "  " +
+            (bar == std::string::npos ? shortestNumber(table.getElementAt(int(i), 0, nullptr))
+                                      : text.substr(bar + 1));
         if (i < table.origins().size() && !table.origins()[i].note.empty())
             line += "  ! " + table.origins()[i].note;
         out(line);

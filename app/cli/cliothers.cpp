@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli.h"
-
 #include "fconfigurationgenint.h"
 #include "fdefinitiongenint.h"
 #include "fgenintreader.h"
@@ -47,8 +46,7 @@ int FCli::eval(const FCliOptions &options)
     return code;
 }
 
-namespace
-{
+namespace {
 std::vector<std::shared_ptr<FGenIntResultsFile>> chosenTemplates(const FCliOptions &options)
 {
     std::vector<std::shared_ptr<FGenIntResultsFile>> chosen;
@@ -101,8 +99,8 @@ int FCli::extract(const FCliOptions &options)
         FGenIntReader reader;
         reader.setTellPlaces(options.json);
         reader.readFile(file, table,
-                                 info.isDir() ? folder + "/" + file->getFileName() : info.filePath(),
-                                 folder);
+                        info.isDir() ? folder + "/" + file->getFileName() : info.filePath(),
+                        folder);
         if (table->rows().empty() && FLogMsg::count() > before)
             code = kFailed;
         if (options.json) {

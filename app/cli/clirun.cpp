@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli.h"
-
 #include "fexterncomputation.h"
 #include "flogmsg.h"
 #include "fparameter.h"
@@ -18,8 +17,7 @@
 #include <sys/signalfd.h>
 #include <unistd.h>
 
-namespace
-{
+namespace {
 /// Turns SIGINT and SIGTERM into a cancellation of the queue.
 class FSignals
 {
@@ -70,16 +68,19 @@ std::string duration(double seconds)
 class FProgress
 {
 public:
-    explicit FProgress(bool on) : mOn(on && isatty(STDERR_FILENO)) { mClock.start(); }
+    explicit FProgress(bool on)
+        : mOn(on && isatty(STDERR_FILENO))
+    {
+        mClock.start();
+    }
     void show(const FRunQueue &queue)
     {
         if (!mOn)
             return;
         const size_t done = queue.records().size();
         const double elapsed = double(mClock.elapsed()) / 1000;
-        std::string line = "\r\033[K" + std::to_string(done) + "/" +
-                           std::to_string(queue.total()) + " done, " +
-                           std::to_string(queue.failed()) + " failed, " +
+        std::string line = "\r\033[K" + std::to_string(done) + "/" + std::to_string(queue.total()) +
+                           " done, " + std::to_string(queue.failed()) + " failed, " +
                            std::to_string(queue.running()) + " running";
         if (done > 0 && done < queue.total())
             line += ", about " + duration(elapsed / double(done) * double(queue.total() - done)) +
@@ -214,8 +215,8 @@ bool choose(const FCliOptions &options, std::vector<std::shared_ptr<FExternCompu
             chain->push_back(one);
     };
     for (const std::string &name : options.computations) {
-        const auto one = std::dynamic_pointer_cast<FExternComputation>(
-            FObjectManager::instance()->find(name));
+        const auto one =
+            std::dynamic_pointer_cast<FExternComputation>(FObjectManager::instance()->find(name));
         if (!one) {
             FCli::err("there is no computation " + name);
             return false;
@@ -271,9 +272,8 @@ int FCli::run(const FCliOptions &options)
     QJsonArray runs;
     QJsonObject parameters;
     queue.setListener([&](const FRunRecord &record) {
-        const auto tables =
-            record.succeeded() ? tablesOf(record.computation)
-                               : std::vector<std::shared_ptr<FTableData>>();
+        const auto tables = record.succeeded() ? tablesOf(record.computation)
+                                               : std::vector<std::shared_ptr<FTableData>>();
         if (options.json) {
             QJsonArray json;
             for (const auto &table : tables)

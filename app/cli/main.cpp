@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli.h"
-
 #include "fdocumentation.h"
 #include "flogmsg.h"
 #include "fobject.h"
@@ -68,8 +67,8 @@ int main(int argc, char **argv)
     extract->add_option("--template", options.templates, "only this result template")
         ->allow_extra_args(false);
 
-    CLI::App *expand =
-        json(project(command("expand", "Show the input files as they would be written.", &FCli::expand)));
+    CLI::App *expand = json(project(
+        command("expand", "Show the input files as they would be written.", &FCli::expand)));
     expand->add_option("--configuration", options.configuration, "only this configuration");
     expand->add_option("--output", options.output, "folder to write the files to");
 

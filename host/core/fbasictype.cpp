@@ -19,10 +19,7 @@ F_CLASS_IMPL(FWord)
 F_CLASS_IMPL(FObjectList)
 F_CLASS_IMPL(FEnumBase)
 
-void FDouble::setPrimitiveValue(const FExprBase &expr)
-{
-    FConvert::toDouble(expr, &mValue);
-}
+void FDouble::setPrimitiveValue(const FExprBase &expr) { FConvert::toDouble(expr, &mValue); }
 
 std::string FDouble::toString() const
 {
@@ -53,21 +50,12 @@ void FUnsigned::setValue(double value)
     mValue = value >= 0 && value < 4294967296.0 ? unsigned(value) : 0;
 }
 
-void FBool::setPrimitiveValue(const FExprBase &expr)
-{
-    FConvert::toBool(expr, &mValue);
-}
+void FBool::setPrimitiveValue(const FExprBase &expr) { FConvert::toBool(expr, &mValue); }
 
-void FString::setPrimitiveValue(const FExprBase &expr)
-{
-    FConvert::toText(expr, &mValue);
-}
+void FString::setPrimitiveValue(const FExprBase &expr) { FConvert::toText(expr, &mValue); }
 
 #define F_CLONE_VALUE(C)                                                                           \
-    std::shared_ptr<FObject> C::clone() const                                                      \
-    {                                                                                              \
-        return f_make_shared<C>(mValue);                                                           \
-    }
+    std::shared_ptr<FObject> C::clone() const { return f_make_shared<C>(mValue); }
 F_CLONE_VALUE(FDouble)
 F_CLONE_VALUE(FInteger)
 F_CLONE_VALUE(FUnsigned)
@@ -218,7 +206,8 @@ std::shared_ptr<FObject> FConvert::convert(const FExprBase &expr,
         return f_make_shared<FInteger>(int(whole));
     if (type->isTypeOf(FBool::mpNull) && toBool(expr, &truth))
         return f_make_shared<FBool>(truth);
-    if (type->getClass() == "FUnsigned" && toInt(expr, &whole) && whole >= 0 && whole <= 0xffffffffLL)
+    if (type->getClass() == "FUnsigned" && toInt(expr, &whole) && whole >= 0 &&
+        whole <= 0xffffffffLL)
         return f_make_shared<FUnsigned>(unsigned(whole));
     if (type->isTypeOf(FFileName::mpNull) && toText(expr, &text))
         return f_make_shared<FFileName>(text);

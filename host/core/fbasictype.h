@@ -24,10 +24,14 @@ public:
 };
 
 /// A value of one native type \p V.
-template <class V> class FNative : public FBasicType
+template <class V>
+class FNative : public FBasicType
 {
 public:
-    explicit FNative(V value) : mValue(std::move(value)) {}
+    explicit FNative(V value)
+        : mValue(std::move(value))
+    {
+    }
     operator V &() { return mValue; }
     const V &value() const { return mValue; }
     void visitState(FStateVisitor &state) override { state(mValue); }
@@ -40,7 +44,10 @@ class FDouble : public FNative<double>
 {
     F_CLASS(FDouble, FBasicType)
 public:
-    explicit FDouble(double value = 0) : FNative(value) {}
+    explicit FDouble(double value = 0)
+        : FNative(value)
+    {
+    }
     void setPrimitiveValue(const FExprBase &expr) override;
     std::string toString() const override;
     std::string toPlainString() const override { return shortestNumber(mValue); }
@@ -51,7 +58,10 @@ class FInteger : public FNative<int>
 {
     F_CLASS(FInteger, FBasicType)
 public:
-    explicit FInteger(int value = 0) : FNative(value) {}
+    explicit FInteger(int value = 0)
+        : FNative(value)
+    {
+    }
     void setPrimitiveValue(const FExprBase &expr) override;
     std::string toString() const override { return fromNumber(mValue, 10); }
     std::shared_ptr<FObject> clone() const override;
@@ -61,7 +71,10 @@ class FUnsigned : public FNative<unsigned>
 {
     F_CLASS(FUnsigned, FBasicType)
 public:
-    explicit FUnsigned(unsigned value = 0) : FNative(value) {}
+    explicit FUnsigned(unsigned value = 0)
+        : FNative(value)
+    {
+    }
     void setPrimitiveValue(const FExprBase &expr) override;
     /// Whole part of \p value, 0 for anything that is no unsigned number.
     void setValue(double value);
@@ -73,7 +86,10 @@ class FBool : public FNative<bool>
 {
     F_CLASS(FBool, FBasicType)
 public:
-    explicit FBool(bool value = false) : FNative(value) {}
+    explicit FBool(bool value = false)
+        : FNative(value)
+    {
+    }
     void setPrimitiveValue(const FExprBase &expr) override;
     std::string toString() const override { return mValue ? "true" : "false"; }
     std::shared_ptr<FObject> clone() const override;
@@ -83,7 +99,10 @@ class FString : public FNative<std::string>
 {
     F_CLASS(FString, FBasicType)
 public:
-    explicit FString(std::string value = std::string()) : FNative(std::move(value)) {}
+    explicit FString(std::string value = std::string())
+        : FNative(std::move(value))
+    {
+    }
     operator QString() const { return Q(mValue); }
     void setPrimitiveValue(const FExprBase &expr) override;
     std::string toString() const override { return FLiteral::quoted(mValue); }
@@ -96,7 +115,10 @@ class FFileName : public FString
 {
     F_CLASS(FFileName, FString)
 public:
-    explicit FFileName(std::string value = std::string()) : FString(std::move(value)) {}
+    explicit FFileName(std::string value = std::string())
+        : FString(std::move(value))
+    {
+    }
     std::string toString() const override { return "fileName(" + FLiteral::quoted(mValue) + ")"; }
     std::shared_ptr<FObject> clone() const override;
 };
@@ -106,7 +128,10 @@ class FObjectName : public FString
 {
     F_CLASS(FObjectName, FString)
 public:
-    explicit FObjectName(std::string value = std::string()) : FString(std::move(value)) {}
+    explicit FObjectName(std::string value = std::string())
+        : FString(std::move(value))
+    {
+    }
     std::shared_ptr<FObject> clone() const override;
     static const std::string mNameRegExp;
     /// Turns \p name into an identifier; an empty one stays empty.
@@ -118,7 +143,10 @@ class FWord : public FNative<std::string>
 {
     F_CLASS(FWord, FBasicType)
 public:
-    explicit FWord(std::string value = std::string()) : FNative(std::move(value)) {}
+    explicit FWord(std::string value = std::string())
+        : FNative(std::move(value))
+    {
+    }
     std::string toString() const override { return mValue; }
     std::shared_ptr<FObject> clone() const override;
 };
@@ -139,7 +167,8 @@ public:
     void setAsSelectionSet(bool on) { mSelectionSet = on; }
     bool isSelectionSet() const { return mSelectionSet; }
     /// \p expr evaluated, null unless it is of the class of \p type.
-    static FExpr<FObject> getCastedObject(const FExprBase &expr, const std::shared_ptr<FObject> &type);
+    static FExpr<FObject> getCastedObject(const FExprBase &expr,
+                                          const std::shared_ptr<FObject> &type);
     std::string toString() const override { return join(false); }
     std::string toPlainString() const override;
     std::string toSavedString() const override { return join(true); }
@@ -155,8 +184,7 @@ private:
 
 /// Strict conversions of an evaluated object: a fraction is no integer, a text no truth value.
 /// Parameters and entries convert as their values do.
-namespace FConvert
-{
+namespace FConvert {
 bool toDouble(const FExprBase &expr, double *value);
 bool toInt(const FExprBase &expr, long long *value);
 bool toBool(const FExprBase &expr, bool *value);

@@ -7,8 +7,7 @@
 
 FConcurrentQueue<FChangeResponse> FChangeSet::mChangeResponses;
 
-namespace
-{
+namespace {
 std::function<void(const FChangeResponse &)> &theHandler()
 {
     static std::function<void(const FChangeResponse &)> handler;

@@ -14,7 +14,8 @@ struct FChangeResponse
 };
 
 /// A queue that any thread may push to.
-template <class T> class FConcurrentQueue
+template <class T>
+class FConcurrentQueue
 {
 public:
     void push(T item)

@@ -63,7 +63,8 @@ size_t FCommandInfo::requiredArgs() const
                                 [](const FArgInfo &arg) { return !arg.hasDefault; }));
 }
 
-FCmd::FCmd(std::shared_ptr<const FCommandInfo> info) : mInfo(std::move(info))
+FCmd::FCmd(std::shared_ptr<const FCommandInfo> info)
+    : mInfo(std::move(info))
 {
     if (!mInfo) {
         static const auto none = std::make_shared<const FCommandInfo>();
@@ -179,8 +180,8 @@ FResult FCmd::call() const
         if (list && list->count() == 1)
             receiver = list->getObject(0).getPtr();
         if (!receiver || !receiver->classInfo().isA(*mInfo->receiver))
-            return FResult::fail(mInfo->name + " applies to " + mInfo->receiverName() +
-                                 ", found " + FScriptTypes::describe(mReceiver));
+            return FResult::fail(mInfo->name + " applies to " + mInfo->receiverName() + ", found " +
+                                 FScriptTypes::describe(mReceiver));
     }
     return callOne(receiver.get());
 }
@@ -249,10 +250,7 @@ std::string FCreateCmd::scriptText() const
     return text + ")";
 }
 
-void FCreateCmd::setMade(const FExprBase &object)
-{
-    setResult(object);
-}
+void FCreateCmd::setMade(const FExprBase &object) { setResult(object); }
 
 FCmdManager *FCmdManager::instance()
 {
@@ -296,8 +294,7 @@ std::vector<FCmdManager::Info> FCmdManager::getByReceiver(const FClassInfo &rece
 std::shared_ptr<FCmd> FCmdManager::getByReceiver(const std::shared_ptr<FObject> &receiver,
                                                  const std::string &name, bool) const
 {
-    const auto found =
-        receiver ? getByReceiver(receiver->classInfo(), name) : std::vector<Info>();
+    const auto found = receiver ? getByReceiver(receiver->classInfo(), name) : std::vector<Info>();
     return found.empty() ? nullptr : FCmd::make(found.front());
 }
 
@@ -362,8 +359,7 @@ bool FCmdManager::isHidden(const FClassInfo &receiver, const FCommandInfo &comma
     return false;
 }
 
-namespace
-{
+namespace {
 constexpr int kNoFit = -1;
 
 int fitOfHandle(const FArgInfo &arg, const FExprBase &given)
@@ -385,8 +381,8 @@ int fit(const FArgInfo &arg, const FExprBase &given)
         return arg.hasDefault || arg.klass ? 0 : kNoFit;
     if (arg.type.compare(0, 6, "FEnum<") == 0)
         return value->isA(FWord::staticClass()) || value->isA(FEnumBase::staticClass()) ? 0
-               : value->isA(FString::staticClass())                                    ? 1
-                                                                                       : kNoFit;
+               : value->isA(FString::staticClass())                                     ? 1
+                                                                                        : kNoFit;
     if (value->isA(FWord::staticClass()))
         return kNoFit; // an unknown name
     if (arg.klass)
@@ -397,21 +393,15 @@ int fit(const FArgInfo &arg, const FExprBase &given)
         const FClassInfo *klass;
         int score;
     };
-    static const Rule rules[] = {{"double", &FDouble::staticClass(), 0},
-                                 {"double", &FInteger::staticClass(), 2},
-                                 {"double", &FUnsigned::staticClass(), 2},
-                                 {"int", &FInteger::staticClass(), 0},
-                                 {"int", &FUnsigned::staticClass(), 1},
-                                 {"int", &FDouble::staticClass(), 5},
-                                 {"unsigned", &FUnsigned::staticClass(), 0},
-                                 {"unsigned", &FInteger::staticClass(), 1},
-                                 {"unsigned", &FDouble::staticClass(), 5},
-                                 {"bool", &FBool::staticClass(), 0},
-                                 {"bool", &FInteger::staticClass(), 3},
-                                 {"string", &FString::staticClass(), 0},
-                                 {"QString", &FString::staticClass(), 0},
-                                 {"FObjectName", &FString::staticClass(), 0},
-                                 {"strings", &FObjectList::staticClass(), 0}};
+    static const Rule rules[] = {
+        {"double", &FDouble::staticClass(), 0},     {"double", &FInteger::staticClass(), 2},
+        {"double", &FUnsigned::staticClass(), 2},   {"int", &FInteger::staticClass(), 0},
+        {"int", &FUnsigned::staticClass(), 1},      {"int", &FDouble::staticClass(), 5},
+        {"unsigned", &FUnsigned::staticClass(), 0}, {"unsigned", &FInteger::staticClass(), 1},
+        {"unsigned", &FDouble::staticClass(), 5},   {"bool", &FBool::staticClass(), 0},
+        {"bool", &FInteger::staticClass(), 3},      {"string", &FString::staticClass(), 0},
+        {"QString", &FString::staticClass(), 0},    {"FObjectName", &FString::staticClass(), 0},
+        {"strings", &FObjectList::staticClass(), 0}};
     for (const Rule &rule : rules)
         if (arg.type == rule.type && value->isA(*rule.klass))
             return rule.score;
@@ -434,8 +424,8 @@ FCmdManager::Info FCommands::pick(const std::vector<FCmdManager::Info> &candidat
         for (size_t i = 0; i < info->args.size() && score >= 0; ++i) {
             const FExprBase argument = i < given ? arguments[i] : FExprBase();
             if (i >= given && !info->args[i].hasDefault) {
-                *why = "argument " + info->args[i].name + " is missing, expected " +
-                       signature(*info);
+                *why =
+                    "argument " + info->args[i].name + " is missing, expected " + signature(*info);
                 score = kNoFit;
                 break;
             }

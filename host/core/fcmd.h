@@ -52,7 +52,7 @@ struct FCommandInfo
     unsigned userLevel = 0, cmdFlags = 0, systemFlag = 0;
     bool hidden = false, readOnly = false, guiThread = false, attrAsExpr = true;
     bool needsGuiReinit = false, selectOnExec = false, saved = true, hasLabel = true;
-    bool recorded = true; ///< history keeps the receiver's state
+    bool recorded = true;                         ///< history keeps the receiver's state
     std::function<bool(const FObject *)> savedIf; ///< saved only if it answers true
 
     std::string receiverName() const { return receiver ? receiver->name : std::string(); }
@@ -196,8 +196,7 @@ private:
     std::map<const FClassInfo *, std::set<const FCommandInfo *>> mHidden;
 };
 
-namespace FCommands
-{
+namespace FCommands {
 /// Picks the command whose arguments fit the given ones: exact types first, then a whole number
 /// for an unsigned or a real one. Null and the reason in \p why if none fits.
 FCmdManager::Info pick(const std::vector<FCmdManager::Info> &candidates,

@@ -11,20 +11,22 @@ struct FNone
 {
 };
 /// Name and default of an argument. A default of nullptr is an empty handle.
-template <class D = FNone> struct FArg
+template <class D = FNone>
+struct FArg
 {
     const char *name;
     D def{};
 };
 FArg(const char *)->FArg<FNone>;
-template <class D> FArg(const char *, D) -> FArg<D>;
+template <class D>
+FArg(const char *, D) -> FArg<D>;
 
-namespace FBinder
-{
+namespace FBinder {
 template <class P, class D>
 constexpr bool kFits = std::is_same_v<D, FNone> || std::is_convertible_v<D, P>;
 
-template <class... D> constexpr bool defaultsLast()
+template <class... D>
+constexpr bool defaultsLast()
 {
     bool seen = false, ok = true;
     ((seen = seen || !std::is_same_v<D, FNone>, ok = ok && (!seen || !std::is_same_v<D, FNone>)),
@@ -32,7 +34,8 @@ template <class... D> constexpr bool defaultsLast()
     return ok;
 }
 
-template <class P, class D> FArgInfo argInfo(const FArg<D> &arg)
+template <class P, class D>
+FArgInfo argInfo(const FArg<D> &arg)
 {
     FArgInfo info;
     info.name = arg.name;
@@ -111,7 +114,8 @@ std::shared_ptr<FCommandInfo> makeCommand(FCommandKind kind, const FClassInfo *o
 } // namespace FBinder
 
 /// Registers the commands of class \p T, one line each.
-template <class T> class FCmdBinder
+template <class T>
+class FCmdBinder
 {
 public:
     ~FCmdBinder() { flush(); }
@@ -128,7 +132,8 @@ public:
     }
     /// Setter and getter in one entry. A setter that returns its object returns it to the script.
     template <class C, class R, class P, class G, class... D>
-    FCmdBinder &attribute(const char *name, R (C::*set)(P), G (C::*get)() const, const FArg<D> &...a)
+    FCmdBinder &attribute(const char *name, R (C::*set)(P), G (C::*get)() const,
+                          const FArg<D> &...a)
     {
         auto info = FBinder::makeCommand<R, P>(
             FCommandKind::Attribute, &T::staticClass(), name,
@@ -148,7 +153,9 @@ public:
     {
         return add(FBinder::makeCommand<R, P...>(
             FCommandKind::Member, &T::staticClass(), name,
-            [fn](FObject *o, const auto &...v) -> R { return (static_cast<const T *>(o)->*fn)(v...); },
+            [fn](FObject *o, const auto &...v) -> R {
+                return (static_cast<const T *>(o)->*fn)(v...);
+            },
             a...));
     }
     template <class C, class R, class... P, class... D>
@@ -163,8 +170,7 @@ public:
     FCmdBinder &global(const char *name, R (*fn)(P...), const FArg<D> &...a)
     {
         return add(FBinder::makeCommand<R, P...>(
-            FCommandKind::Global,
-            std::is_same_v<T, FObject> ? nullptr : &T::staticClass(), name,
+            FCommandKind::Global, std::is_same_v<T, FObject> ? nullptr : &T::staticClass(), name,
             [fn](FObject *, const auto &...v) -> R { return fn(v...); }, a...));
     }
 
@@ -210,7 +216,8 @@ public:
         return mInfo->args[argument].name = name, *this;
     }
     /// Name of the result type where it isn't that of the C++ function.
-    template <class C> FCmdBinder &returns()
+    template <class C>
+    FCmdBinder &returns()
     {
         mInfo->returns = C::className();
         mInfo->returnClass = &C::staticClass();

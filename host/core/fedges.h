@@ -53,7 +53,8 @@ public:
                 all.push_back(edge.object);
         return all;
     }
-    template <class F> void forEach(F function) const
+    template <class F>
+    void forEach(F function) const
     {
         for (size_t i = 0; i < mEdges.size(); ++i)
             if (mEdges[i].object)

@@ -49,7 +49,10 @@ class FEnumBase : public FUnsigned
 {
     F_CLASS(FEnumBase, FUnsigned)
 public:
-    explicit FEnumBase(unsigned value = 0) : FUnsigned(value) {}
+    explicit FEnumBase(unsigned value = 0)
+        : FUnsigned(value)
+    {
+    }
     virtual const FEnumData *data() const { return nullptr; }
     std::string toString() const override
     {
@@ -57,16 +60,20 @@ public:
     }
 };
 
-template <class T> struct FScriptType;
-template <class T> struct FScriptEnum;
+template <class T>
+struct FScriptType;
+template <class T>
+struct FScriptEnum;
 
 /// A value of the enumeration \p T, which F_ENUM and F_ENUM_IMPL make known.
-template <class T> class FEnum : public FEnumBase
+template <class T>
+class FEnum : public FEnumBase
 {
     F_CLASS(FEnum, FEnumBase)
 public:
     static FEnumData mStrRep;
-    explicit FEnum(T value = T()) : FEnumBase(unsigned(value))
+    explicit FEnum(T value = T())
+        : FEnumBase(unsigned(value))
     {
         if (mInitPrototype)
             fillWords();
@@ -80,41 +87,62 @@ private:
 
 /// Makes FEnum<T> known; stands in the header behind the enumeration.
 #define F_ENUM(T)                                                                                  \
-    template <> FEnumData FEnum<T>::mStrRep;                                                       \
-    template <> void FEnum<T>::fillWords();                                                        \
-    template <> std::shared_ptr<FEnum<T>> FEnum<T>::mpNull;                                        \
-    template <> unsigned FEnum<T>::mSystemFlag;                                                    \
-    template <> bool FEnum<T>::mCmdsInitialized;                                                   \
-    template <> bool FEnum<T>::mTypeDocuInitialized;                                               \
-    template <> const FInitFObjectPrototype *FEnum<T>::mpFEnumInitializer;                         \
-    template <> const FClassInfo &FEnum<T>::staticClass();                                         \
-    template <> std::shared_ptr<FEnum<T>> FEnum<T>::initPrototype();                               \
-    template <> struct FScriptType<T> : FScriptEnum<T>                                             \
+    template <>                                                                                    \
+    FEnumData FEnum<T>::mStrRep;                                                                   \
+    template <>                                                                                    \
+    void FEnum<T>::fillWords();                                                                    \
+    template <>                                                                                    \
+    std::shared_ptr<FEnum<T>> FEnum<T>::mpNull;                                                    \
+    template <>                                                                                    \
+    unsigned FEnum<T>::mSystemFlag;                                                                \
+    template <>                                                                                    \
+    bool FEnum<T>::mCmdsInitialized;                                                               \
+    template <>                                                                                    \
+    bool FEnum<T>::mTypeDocuInitialized;                                                           \
+    template <>                                                                                    \
+    const FInitFObjectPrototype *FEnum<T>::mpFEnumInitializer;                                     \
+    template <>                                                                                    \
+    const FClassInfo &FEnum<T>::staticClass();                                                     \
+    template <>                                                                                    \
+    std::shared_ptr<FEnum<T>> FEnum<T>::initPrototype();                                           \
+    template <>                                                                                    \
+    struct FScriptType<T> : FScriptEnum<T>                                                         \
     {                                                                                              \
     };
 
 /// Defines FEnum<T> in one source: its statics, and its words as {value, word} pairs.
 #define F_ENUM_IMPL(T, ...)                                                                        \
-    template <> FEnumData FEnum<T>::mStrRep{};                                                     \
-    template <> void FEnum<T>::fillWords()                                                         \
+    template <>                                                                                    \
+    FEnumData FEnum<T>::mStrRep{};                                                                 \
+    template <>                                                                                    \
+    void FEnum<T>::fillWords()                                                                     \
     {                                                                                              \
         static const std::pair<T, const char *> words[] = {__VA_ARGS__};                           \
         for (const auto &word : words)                                                             \
             mStrRep.add(unsigned(word.first), word.second);                                        \
     }                                                                                              \
-    template <> std::shared_ptr<FEnum<T>> FEnum<T>::mpNull{};                                      \
-    template <> unsigned FEnum<T>::mSystemFlag = 0;                                                \
-    template <> bool FEnum<T>::mCmdsInitialized = false;                                           \
-    template <> bool FEnum<T>::mTypeDocuInitialized = false;                                       \
-    template <> const FClassInfo &FEnum<T>::staticClass()                                          \
+    template <>                                                                                    \
+    std::shared_ptr<FEnum<T>> FEnum<T>::mpNull{};                                                  \
+    template <>                                                                                    \
+    unsigned FEnum<T>::mSystemFlag = 0;                                                            \
+    template <>                                                                                    \
+    bool FEnum<T>::mCmdsInitialized = false;                                                       \
+    template <>                                                                                    \
+    bool FEnum<T>::mTypeDocuInitialized = false;                                                   \
+    template <>                                                                                    \
+    const FClassInfo &FEnum<T>::staticClass()                                                      \
     {                                                                                              \
         static const FClassInfo info{                                                              \
-            "FEnum<" #T ">", &FEnumBase::staticClass(),                                            \
+            "FEnum<" #T ">",                                                                       \
+            &FEnumBase::staticClass(),                                                             \
             [] { return std::shared_ptr<FObject>(FEnum<T>::initPrototype()); },                    \
-            &FEnumBase::initCmds, &FEnum<T>::mCmdsInitialized, &FEnum<T>::mTypeDocuInitialized};   \
+            &FEnumBase::initCmds,                                                                  \
+            &FEnum<T>::mCmdsInitialized,                                                           \
+            &FEnum<T>::mTypeDocuInitialized};                                                      \
         return info;                                                                               \
     }                                                                                              \
-    template <> std::shared_ptr<FEnum<T>> FEnum<T>::initPrototype()                                \
+    template <>                                                                                    \
+    std::shared_ptr<FEnum<T>> FEnum<T>::initPrototype()                                            \
     {                                                                                              \
         return fInitPrototype<FEnum<T>>([] { return new FEnum<T>(); });                            \
     }                                                                                              \

@@ -70,10 +70,7 @@ void FExprBase::bind(std::shared_ptr<FObject> object)
         }
 }
 
-void FExprBase::setExpr(const std::shared_ptr<FObject> &object, bool, bool, bool)
-{
-    bind(object);
-}
+void FExprBase::setExpr(const std::shared_ptr<FObject> &object, bool, bool, bool) { bind(object); }
 
 std::shared_ptr<FObject> FExprBase::getPtr() const
 {
@@ -117,10 +114,7 @@ void FExprBase::deregisterClient(const std::shared_ptr<FObject> &client)
         mObject->removeClient(client.get());
 }
 
-FExprBase FExprBase::resolve(const std::string &text)
-{
-    return FScript::parseExpression(text);
-}
+FExprBase FExprBase::resolve(const std::string &text) { return FScript::parseExpression(text); }
 
 std::string FExprBase::toString(const FExprBase &) const
 {
@@ -135,10 +129,7 @@ std::string FExprBase::toPlainString(const FExprBase &) const
     return value ? value->toPlainString() : toString();
 }
 
-const FClassInfo *FExprBase::valueClass() const
-{
-    return *this ? &mObject->valueClass() : nullptr;
-}
+const FClassInfo *FExprBase::valueClass() const { return *this ? &mObject->valueClass() : nullptr; }
 
 std::shared_ptr<FObject> FExprBase::getType() const
 {

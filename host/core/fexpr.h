@@ -15,8 +15,14 @@ class FExprBase
 public:
     FExprBase() = default;
     FExprBase(std::nullptr_t) {}
-    explicit FExprBase(std::shared_ptr<FObject> object) : mObject(std::move(object)) {}
-    FExprBase(const FExprBase &other) : mObject(other.mObject) {}
+    explicit FExprBase(std::shared_ptr<FObject> object)
+        : mObject(std::move(object))
+    {
+    }
+    FExprBase(const FExprBase &other)
+        : mObject(other.mObject)
+    {
+    }
     FExprBase(FExprBase &&other) noexcept;
     FExprBase &operator=(const FExprBase &other);
     FExprBase &operator=(FExprBase &&other) noexcept;
@@ -33,7 +39,8 @@ public:
     /// Evaluates. Null if nothing is bound or the expression gives nothing.
     std::shared_ptr<FObject> getPtr() const;
     std::shared_ptr<FObject> getPointer() const { return getPtr(); }
-    template <class T> std::shared_ptr<T> ptr() const
+    template <class T>
+    std::shared_ptr<T> ptr() const
     {
         return std::dynamic_pointer_cast<T>(getPtr());
     }
@@ -71,45 +78,54 @@ private:
 };
 
 /// A handle on objects of type \p T; \p InContainer marks the form stored in containers.
-template <class T, bool InContainer = false> class FExpr : public FExprBase
+template <class T, bool InContainer = false>
+class FExpr : public FExprBase
 {
 public:
     FExpr() = default;
     FExpr(std::nullptr_t) {}
     template <class U, class = std::enable_if_t<std::is_base_of_v<T, U>>>
-    FExpr(const std::shared_ptr<U> &object) : FExprBase(std::shared_ptr<FObject>(object))
+    FExpr(const std::shared_ptr<U> &object)
+        : FExprBase(std::shared_ptr<FObject>(object))
     {
     }
     template <class U, class = std::enable_if_t<std::is_base_of_v<T, U>>>
-    FExpr(std::shared_ptr<U> &&object) : FExprBase(std::shared_ptr<FObject>(std::move(object)))
+    FExpr(std::shared_ptr<U> &&object)
+        : FExprBase(std::shared_ptr<FObject>(std::move(object)))
     {
     }
     template <class U, bool B, class = std::enable_if_t<std::is_base_of_v<T, U>>>
-    FExpr(const FExpr<U, B> &other) : FExprBase(other)
+    FExpr(const FExpr<U, B> &other)
+        : FExprBase(other)
     {
     }
     template <class U, bool B, class = std::enable_if_t<std::is_base_of_v<T, U>>>
-    FExpr(FExpr<U, B> &&other) : FExprBase(std::move(other))
+    FExpr(FExpr<U, B> &&other)
+        : FExprBase(std::move(other))
     {
     }
     /// Takes any handle; what doesn't evaluate to a \p T shows as null.
-    explicit FExpr(const FExprBase &other) : FExprBase(other) {}
+    explicit FExpr(const FExprBase &other)
+        : FExprBase(other)
+    {
+    }
 
     std::shared_ptr<T> getPtr() const { return ptr<T>(); }
     std::shared_ptr<T> getPointer() const { return ptr<T>(); }
     std::shared_ptr<T> operator->() const { return ptr<T>(); }
 };
 
-namespace std
-{
-template <> struct hash<FExprBase>
+namespace std {
+template <>
+struct hash<FExprBase>
 {
     size_t operator()(const FExprBase &handle) const
     {
         return hash<const void *>()(handle.getExpr().get());
     }
 };
-template <class T, bool B> struct hash<FExpr<T, B>> : hash<FExprBase>
+template <class T, bool B>
+struct hash<FExpr<T, B>> : hash<FExprBase>
 {
 };
 } // namespace std

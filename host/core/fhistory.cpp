@@ -8,8 +8,7 @@
 
 #include <algorithm>
 
-namespace
-{
+namespace {
 std::shared_ptr<const FStateVisitor::Values> captured(FObject *object)
 {
     auto values = std::make_shared<FStateVisitor::Values>();

@@ -8,10 +8,10 @@
 QString FIni::path()
 {
     const QString chosen = qEnvironmentVariable("TURNBUCKLE_CONFIG");
-    return chosen.isEmpty() ? QStandardPaths::writableLocation(
-                                  QStandardPaths::GenericConfigLocation) +
-                                  QStringLiteral("/turnbuckle/turnbuckle.ini")
-                            : chosen;
+    return chosen.isEmpty()
+               ? QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+                     QStringLiteral("/turnbuckle/turnbuckle.ini")
+               : chosen;
 }
 
 FExpr<FObject> FIni::getSetting(const std::string &key) const

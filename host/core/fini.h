@@ -10,7 +10,11 @@
 class FIni
 {
 public:
-    FIni() : mSettings(path(), QSettings::IniFormat) { mSettings.setIniCodec("UTF-8"); }
+    FIni()
+        : mSettings(path(), QSettings::IniFormat)
+    {
+        mSettings.setIniCodec("UTF-8");
+    }
     /// An invalid default comes back invalid.
     QVariant value(const QString &key, const QVariant &defaultValue = QVariant()) const
     {

@@ -19,8 +19,8 @@ int FIO::question(QWidget *parent, const std::string &title, const std::string &
 }
 
 int FIO::warning(QWidget *parent, const std::string &title, const std::string &text,
-                 const std::string &button0, const std::string &button1,
-                 const std::string &button2, int defaultButton, int escape)
+                 const std::string &button0, const std::string &button1, const std::string &button2,
+                 int defaultButton, int escape)
 {
     return ask(parent,
                {"Warning", title, text, {button0, button1, button2}, defaultButton, escape});

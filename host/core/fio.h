@@ -17,8 +17,8 @@ public:
 
     /// Index of the button pressed. An empty text is no button; \p escape is -1 for none.
     int question(QWidget *parent, const std::string &title, const std::string &text,
-                 const std::string &button0, const std::string &button1,
-                 const std::string &button2, int defaultButton, int escape, bool * = nullptr,
+                 const std::string &button0, const std::string &button1, const std::string &button2,
+                 int defaultButton, int escape, bool * = nullptr,
                  const std::string & = std::string());
     int warning(QWidget *parent, const std::string &title, const std::string &text,
                 const std::string &button0, const std::string &button1, const std::string &button2,

@@ -4,8 +4,7 @@
 #include <iostream>
 #include <mutex>
 
-namespace
-{
+namespace {
 struct Log
 {
     std::mutex mutex;

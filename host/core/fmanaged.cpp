@@ -86,15 +86,9 @@ bool FManaged::isSelected() const
         FExprBase(std::const_pointer_cast<FObject>(shared_from_this())));
 }
 
-void FManaged::stateRestored()
-{
-    FObjectManager::instance()->reindex(this);
-}
+void FManaged::stateRestored() { FObjectManager::instance()->reindex(this); }
 
-FExpr<FManaged> FManaged::setNameCommand(const QString &name)
-{
-    return setName(S(name));
-}
+FExpr<FManaged> FManaged::setNameCommand(const QString &name) { return setName(S(name)); }
 
 void FManaged::addDocuCommand(const QString &text, const QString &area)
 {

@@ -15,7 +15,10 @@ class FManaged : public FObject
 {
     F_CLASS(FManaged, FObject)
 public:
-    explicit FManaged(std::string name = std::string()) : mName(std::move(name)) {}
+    explicit FManaged(std::string name = std::string())
+        : mName(std::move(name))
+    {
+    }
 
     /// Corrects the name to a unique identifier and keeps it.
     virtual std::shared_ptr<FManaged> setName(const std::string &name);
@@ -104,7 +107,8 @@ class FObjectManager
 public:
     static FObjectManager *instance();
 
-    template <class T> std::vector<FExpr<T, true>> getManagedsByType() const
+    template <class T>
+    std::vector<FExpr<T, true>> getManagedsByType() const
     {
         std::map<long, std::shared_ptr<T>> found;
         for (const auto &kind : mByClass)
@@ -125,8 +129,8 @@ public:
     std::shared_ptr<FManaged> findById(int id) const;
     FExprBase getWorkingScope() const { return FExprBase(); }
 
-    using NameListener = std::function<void(const std::shared_ptr<FObject> &, const std::string &,
-                                            unsigned)>;
+    using NameListener =
+        std::function<void(const std::shared_ptr<FObject> &, const std::string &, unsigned)>;
     void emitNameChanged(const std::shared_ptr<FObject> &object, const std::string &name,
                          unsigned id);
     void addNameListener(NameListener listener) { mListeners.push_back(std::move(listener)); }
@@ -156,11 +160,13 @@ private:
     int mNextId = 1;
 };
 
-template <class T> std::vector<FExpr<T, true>> getManageds()
+template <class T>
+std::vector<FExpr<T, true>> getManageds()
 {
     return FObjectManager::instance()->getManagedsByType<T>();
 }
-template <class T> std::vector<FExpr<T, true>> getEntities()
+template <class T>
+std::vector<FExpr<T, true>> getEntities()
 {
     return FObjectManager::instance()->getManagedsByType<T>();
 }
@@ -168,7 +174,8 @@ class FModel
 {
 public:
     static FModel *instance();
-    template <class T> std::vector<FExpr<T, true>> getEntitiesByType() const
+    template <class T>
+    std::vector<FExpr<T, true>> getEntitiesByType() const
     {
         return getEntities<T>();
     }

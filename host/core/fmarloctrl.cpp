@@ -9,7 +9,4 @@ FMarloCtrl *FMarloCtrl::instance()
     return &control;
 }
 
-bool FMarloCtrl::isBusy() const
-{
-    return mLoading || FHistory::instance()->isBusy();
-}
+bool FMarloCtrl::isBusy() const { return mLoading || FHistory::instance()->isBusy(); }

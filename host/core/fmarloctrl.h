@@ -28,7 +28,8 @@ private:
 class FLoadingScope
 {
 public:
-    FLoadingScope() : mBefore(FMarloCtrl::instance()->isLoadingProject())
+    FLoadingScope()
+        : mBefore(FMarloCtrl::instance()->isLoadingProject())
     {
         FMarloCtrl::instance()->setLoadingProject(true);
     }

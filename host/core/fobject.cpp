@@ -3,8 +3,8 @@
 
 #include "fexpr.h"
 #include "fini.h"
-#include "foperators.h"
 #include "fmanaged.h"
+#include "foperators.h"
 #include "fupdates.h"
 
 #include <algorithm>
@@ -15,8 +15,7 @@ std::shared_ptr<FObject> FObject::mpNull;
 unsigned FObject::mSystemFlag = 0;
 bool FObject::mInitPrototype = false;
 
-namespace
-{
+namespace {
 std::unordered_map<std::string, std::shared_ptr<FObject>> &prototypeTable()
 {
     static std::unordered_map<std::string, std::shared_ptr<FObject>> table;
@@ -57,7 +56,11 @@ const FClassInfo &FObject::staticClass()
     return info;
 }
 
-FObject::FObject(const FObject &other) : std::enable_shared_from_this<FObject>(), mDocu(other.mDocu) {}
+FObject::FObject(const FObject &other)
+    : std::enable_shared_from_this<FObject>()
+    , mDocu(other.mDocu)
+{
+}
 
 FObject::~FObject()
 {
@@ -75,10 +78,7 @@ std::shared_ptr<FObject> FObject::getSuperClass() const
     return base ? base->prototype() : nullptr;
 }
 
-bool FObject::isNull() const
-{
-    return getPrototype().get() == this;
-}
+bool FObject::isNull() const { return getPrototype().get() == this; }
 
 bool FObject::isTypeOf(const FObject *other) const
 {
@@ -106,10 +106,7 @@ void FObject::addPrototype(const std::shared_ptr<FObject> &prototype)
     prototypeTable()[prototype->getClass()] = prototype;
 }
 
-const std::vector<const FClassInfo *> &FObject::classes()
-{
-    return gClasses;
-}
+const std::vector<const FClassInfo *> &FObject::classes() { return gClasses; }
 
 void FObject::initPrototypes()
 {
@@ -143,10 +140,7 @@ void FObject::initPrototypes()
         }
 }
 
-void FObject::setOutOfDate(unsigned long)
-{
-    FUpdates::setOutOfDate(this);
-}
+void FObject::setOutOfDate(unsigned long) { FUpdates::setOutOfDate(this); }
 
 void FObject::update(std::unique_lock<std::mutex> *) const
 {
@@ -197,8 +191,7 @@ bool FObject::hasClient(const std::shared_ptr<FObject> &client, bool indirect) c
     return false;
 }
 
-namespace
-{
+namespace {
 void collect(const FObject *start, const FEdges &(FObject::*side)() const,
              std::set<std::shared_ptr<FObject>> &found)
 {
@@ -225,10 +218,7 @@ void FObject::getSuppliers(std::set<std::shared_ptr<FObject>> &found) const
     collect(this, &FObject::suppliers, found);
 }
 
-void FObject::startParentReg()
-{
-    gParents.push_back(this);
-}
+void FObject::startParentReg() { gParents.push_back(this); }
 
 void FObject::stopParentReg()
 {
@@ -237,15 +227,9 @@ void FObject::stopParentReg()
         gParents.erase(std::next(at).base());
 }
 
-FObject *currentParent()
-{
-    return gParents.empty() ? nullptr : gParents.back();
-}
+FObject *currentParent() { return gParents.empty() ? nullptr : gParents.back(); }
 
-bool isParentRegEnabled()
-{
-    return !gParents.empty();
-}
+bool isParentRegEnabled() { return !gParents.empty(); }
 
 void FObject::destroyChildrenOfThis()
 {
@@ -256,15 +240,9 @@ void FObject::destroyChildrenOfThis()
             FManaged::destroy(managed, true);
 }
 
-void FObject::addDocu(const std::string &text, unsigned areas)
-{
-    mDocu[areas].push_back(text);
-}
+void FObject::addDocu(const std::string &text, unsigned areas) { mDocu[areas].push_back(text); }
 
-void FObject::removeDocu(unsigned areas)
-{
-    mDocu.erase(areas);
-}
+void FObject::removeDocu(unsigned areas) { mDocu.erase(areas); }
 
 std::string FObject::getDocuString(int area) const
 {
@@ -287,10 +265,7 @@ bool fIsVerbose()
     return verbose;
 }
 
-void fPrintPrototype(const char *name)
-{
-    std::cout << "init FObject prototype: " << name << "\n";
-}
+void fPrintPrototype(const char *name) { std::cout << "init FObject prototype: " << name << "\n"; }
 
 void FCmdPrototypes::add(const std::string &publicName, const std::shared_ptr<FCmd> &prototype)
 {

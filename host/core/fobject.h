@@ -41,7 +41,8 @@ public:
     static FStateVisitor restore(Values *from) { return FStateVisitor(from, false); }
 
     bool isCapture() const { return mCapture; }
-    template <class T> FStateVisitor &operator()(T &field)
+    template <class T>
+    FStateVisitor &operator()(T &field)
     {
         if (mCapture)
             mValues->emplace_back(field);
@@ -51,7 +52,11 @@ public:
     }
 
 private:
-    FStateVisitor(Values *values, bool isCapture) : mValues(values), mCapture(isCapture) {}
+    FStateVisitor(Values *values, bool isCapture)
+        : mValues(values)
+        , mCapture(isCapture)
+    {
+    }
     Values *mValues;
     size_t mNext = 0;
     bool mCapture;
@@ -80,23 +85,11 @@ public:                                                                         
     static bool mTypeDocuInitialized;                                                              \
     static const FInitFObjectPrototype *mp##C##Initializer;                                        \
     static const FClassInfo &staticClass();                                                        \
-    static const char *className()                                                                 \
-    {                                                                                              \
-        return staticClass().name;                                                                 \
-    }                                                                                              \
+    static const char *className() { return staticClass().name; }                                  \
     static std::shared_ptr<C> initPrototype();                                                     \
-    const FClassInfo &classInfo() const override                                                   \
-    {                                                                                              \
-        return staticClass();                                                                      \
-    }                                                                                              \
-    void setSystemFlag(unsigned flag) override                                                     \
-    {                                                                                              \
-        mSystemFlag = flag;                                                                        \
-    }                                                                                              \
-    unsigned getSystemFlag() const override                                                        \
-    {                                                                                              \
-        return mSystemFlag;                                                                        \
-    }                                                                                              \
+    const FClassInfo &classInfo() const override { return staticClass(); }                         \
+    void setSystemFlag(unsigned flag) override { mSystemFlag = flag; }                             \
+    unsigned getSystemFlag() const override { return mSystemFlag; }                                \
                                                                                                    \
 private:
 
@@ -109,16 +102,17 @@ private:
         new FInitFObjectPrototype(&C::staticClass);                                                \
     const FClassInfo &C::staticClass()                                                             \
     {                                                                                              \
-        static const FClassInfo info{                                                              \
-            #C,           &C::Base::staticClass(),                                                 \
-            [] { return std::shared_ptr<FObject>(C::initPrototype()); },                           \
-            &C::initCmds, &C::mCmdsInitialized,                                                    \
-            &C::mTypeDocuInitialized};                                                             \
+        static const FClassInfo info{#C,                                                           \
+                                     &C::Base::staticClass(),                                      \
+                                     [] { return std::shared_ptr<FObject>(C::initPrototype()); },                                                       \
+                                     &C::initCmds,                                                 \
+                                     &C::mCmdsInitialized,                                         \
+                                     &C::mTypeDocuInitialized};                                    \
         return info;                                                                               \
     }                                                                                              \
     std::shared_ptr<C> C::initPrototype()                                                          \
     {                                                                                              \
-        return fInitPrototype<C>([] { return new C(); });                               \
+        return fInitPrototype<C>([] { return new C(); });                                          \
     }
 
 /// Root of all model objects. Held by std::shared_ptr only; usable from its prototype on.
@@ -158,14 +152,23 @@ public:
     std::shared_ptr<FObject> getSuperClass() const;
     bool isNull() const;
     bool isTypeOf(const FObject *other) const;
-    bool isTypeOf(const std::shared_ptr<const FObject> &other) const { return isTypeOf(other.get()); }
+    bool isTypeOf(const std::shared_ptr<const FObject> &other) const
+    {
+        return isTypeOf(other.get());
+    }
     bool isSuperClassOf(const FObject *other) const;
-    template <class T> std::shared_ptr<T> castTo()
+    template <class T>
+    std::shared_ptr<T> castTo()
     {
         return std::dynamic_pointer_cast<T>(shared_from_this());
     }
-    template <class T> std::shared_ptr<T> shared_from_base() { return std::static_pointer_cast<T>(shared_from_this()); }
-    template <class T> std::shared_ptr<const T> shared_from_base() const
+    template <class T>
+    std::shared_ptr<T> shared_from_base()
+    {
+        return std::static_pointer_cast<T>(shared_from_this());
+    }
+    template <class T>
+    std::shared_ptr<const T> shared_from_base() const
     {
         return std::static_pointer_cast<const T>(shared_from_this());
     }
@@ -221,7 +224,8 @@ public:
     /// Until the matching stop, new objects become children of this one. Nests; per thread.
     void startParentReg();
     void stopParentReg();
-    template <class T> std::vector<std::shared_ptr<T>> getChildren() const
+    template <class T>
+    std::vector<std::shared_ptr<T>> getChildren() const
     {
         std::vector<std::shared_ptr<T>> found;
         for (const std::shared_ptr<FObject> &child : mChildren)
@@ -280,7 +284,8 @@ private:
 FObject *currentParent();
 bool isParentRegEnabled();
 
-template <class T, class... A> std::shared_ptr<T> f_make_shared(A &&...arguments)
+template <class T, class... A>
+std::shared_ptr<T> f_make_shared(A &&...arguments)
 {
     auto object = std::make_shared<T>(std::forward<A>(arguments)...);
     object->constructFObject();
@@ -291,7 +296,8 @@ void fPrototypeBuilt(const std::shared_ptr<FObject> &prototype);
 bool fIsVerbose();
 void fPrintPrototype(const char *name);
 
-template <class C, class Make> std::shared_ptr<C> fInitPrototype(Make make)
+template <class C, class Make>
+std::shared_ptr<C> fInitPrototype(Make make)
 {
     if (C::mpNull)
         return C::mpNull;
@@ -308,7 +314,8 @@ template <class C, class Make> std::shared_ptr<C> fInitPrototype(Make make)
 }
 
 /// The object as type \p T or null.
-template <class T> std::shared_ptr<T> f_cast(const std::shared_ptr<FObject> &object)
+template <class T>
+std::shared_ptr<T> f_cast(const std::shared_ptr<FObject> &object)
 {
     return std::dynamic_pointer_cast<T>(object);
 }

@@ -7,8 +7,7 @@
 #include <cmath>
 #include <unordered_map>
 
-namespace
-{
+namespace {
 struct Operator
 {
     const char *symbol;
@@ -20,10 +19,7 @@ const Operator kBinary[] = {{"or", 2}, {"and", 3}, {"==", 5}, {"!=", 5}, {"<", 5
                             {"*", 7},  {"/", 7},   {"%", 7},  {"^", 9}};
 constexpr int kConditional = 1, kNot = 4, kMinus = 8, kAtom = 10;
 
-FExprBase number(double value)
-{
-    return FScriptType<double>::to(value);
-}
+FExprBase number(double value) { return FScriptType<double>::to(value); }
 
 std::function<FResult(FObject *, const std::vector<FExprBase> &)>
 numeric(const std::string &symbol, double (*function)(double, double))
@@ -90,7 +86,13 @@ std::shared_ptr<FCommandInfo> &enter(Table &table, const std::string &name, size
     info->returnClass = &result;
     info->returns = &result == &FBool::staticClass() ? "bool" : "double";
     for (size_t i = 0; i < operands; ++i)
-        info->args.push_back({operands == 1 ? "x" : i == 0 ? "a" : "b", "double", nullptr, false, {}});
+        info->args.push_back({operands == 1 ? "x"
+                              : i == 0      ? "a"
+                                            : "b",
+                              "double",
+                              nullptr,
+                              false,
+                              {}});
     table[{name, operands}] = info;
     return info;
 }
@@ -154,10 +156,9 @@ const Table &functions()
         Table t;
         const FClassInfo &real = FDouble::staticClass();
         const std::pair<const char *, double (*)(double)> unary[] = {
-            {"sqrt", std::sqrt},   {"abs", std::fabs},   {"exp", std::exp},
-            {"log", std::log},     {"log10", std::log10}, {"sin", std::sin},
-            {"cos", std::cos},     {"tan", std::tan},    {"asin", std::asin},
-            {"acos", std::acos},   {"atan", std::atan},  {"floor", std::floor},
+            {"sqrt", std::sqrt},   {"abs", std::fabs},   {"exp", std::exp},   {"log", std::log},
+            {"log10", std::log10}, {"sin", std::sin},    {"cos", std::cos},   {"tan", std::tan},
+            {"asin", std::asin},   {"acos", std::acos},  {"atan", std::atan}, {"floor", std::floor},
             {"ceil", std::ceil},   {"round", std::round}};
         for (const auto &entry : unary) {
             const auto function = entry.second;
@@ -221,10 +222,7 @@ int FOperators::precedence(const std::string &symbol)
     return 0;
 }
 
-bool FOperators::isRightAssociative(const std::string &symbol)
-{
-    return symbol == "^";
-}
+bool FOperators::isRightAssociative(const std::string &symbol) { return symbol == "^"; }
 
 FExprBase FOperators::make(const std::string &symbol, const std::vector<FExprBase> &operands,
                            std::string *why)
@@ -257,10 +255,7 @@ std::vector<std::string> FOperators::functionNames()
     return names;
 }
 
-bool FOperators::needsBrackets(const FCmd &node)
-{
-    return nodePrecedence(node) < kAtom;
-}
+bool FOperators::needsBrackets(const FCmd &node) { return nodePrecedence(node) < kAtom; }
 
 std::string FOperators::text(const FCmd &node)
 {
@@ -273,7 +268,8 @@ std::string FOperators::text(const FCmd &node)
         return out + ")";
     }
     if (in.size() == 1)
-        return name == "not" ? "not " + operandText(in[0], kNot) : "-" + operandText(in[0], kMinus + 1);
+        return name == "not" ? "not " + operandText(in[0], kNot)
+                             : "-" + operandText(in[0], kMinus + 1);
     if (in.size() == 3)
         return operandText(in[0], kConditional + 1) + "?" + operandText(in[1], kConditional) + ":" +
                operandText(in[2], kConditional);

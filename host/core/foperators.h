@@ -5,14 +5,12 @@
 
 /// Operators and functions of expressions. They are commands without a receiver that are
 /// calculated anew when an operand changes.
-namespace FOperators
-{
+namespace FOperators {
 /// Precedence of a binary operator, 0 if \p symbol is none; a larger one binds closer.
 int precedence(const std::string &symbol);
 bool isRightAssociative(const std::string &symbol);
 /// An expression node; null and the reason if the operands can't be operands.
-FExprBase make(const std::string &symbol, const std::vector<FExprBase> &operands,
-               std::string *why);
+FExprBase make(const std::string &symbol, const std::vector<FExprBase> &operands, std::string *why);
 /// Looks a function up, such as sqrt; null if there is none.
 FCmdManager::Info function(const std::string &name);
 std::vector<std::string> functionNames();
@@ -21,8 +19,7 @@ bool needsBrackets(const FCmd &node);
 } // namespace FOperators
 
 /// The prototypes of commands, under their public names.
-namespace FCmdPrototypes
-{
+namespace FCmdPrototypes {
 void add(const std::string &publicName, const std::shared_ptr<FCmd> &prototype);
 }
 #endif

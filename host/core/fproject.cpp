@@ -87,8 +87,7 @@ bool FProject::load(const QString &path)
     return ok;
 }
 
-namespace
-{
+namespace {
 /// The managed objects that the saved form of \p object refers to, last registered first.
 std::vector<const FManaged *> namedBy(const FManaged *object)
 {
@@ -142,8 +141,8 @@ std::vector<std::shared_ptr<FManaged>> FProject::savingOrder()
                 continue;
             at->second = true;
             if (object->isRegistered() && !object->isDestroyed() && object->isSaved())
-                order.push_back(std::const_pointer_cast<FManaged>(
-                    object->shared_from_base<FManaged>()));
+                order.push_back(
+                    std::const_pointer_cast<FManaged>(object->shared_from_base<FManaged>()));
         }
     }
     return order;

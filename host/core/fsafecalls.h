@@ -9,8 +9,7 @@
 
 /// What safe writing and the walks through folders share: system calls that go on after a signal,
 /// and words for what went wrong.
-namespace FSafeCalls
-{
+namespace FSafeCalls {
 const FFileCalls &calls();
 /// What an errno means, in English.
 QString systemWords(int error);

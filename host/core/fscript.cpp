@@ -24,7 +24,8 @@ FScriptReader::FScriptReader(std::string source, std::string file)
 {
 }
 
-FScriptReader::Nesting::Nesting(FScriptReader *reader) : mReader(reader)
+FScriptReader::Nesting::Nesting(FScriptReader *reader)
+    : mReader(reader)
 {
     if (++mReader->mDepth > kMaxNesting) {
         --mReader->mDepth; // the destructor doesn't run when the constructor throws
@@ -107,10 +108,10 @@ bool FScriptReader::keyLine()
 
 bool FScriptReader::creatorAhead() const
 {
-    return mLexer.isSymbol("&") || (mLexer.peek().kind == FScriptToken::Name &&
-                                    mLexer.second().kind == FScriptToken::Name &&
-                                    !FOperators::precedence(mLexer.second().text) &&
-                                    mLexer.peek().text != "not");
+    return mLexer.isSymbol("&") ||
+           (mLexer.peek().kind == FScriptToken::Name &&
+            mLexer.second().kind == FScriptToken::Name &&
+            !FOperators::precedence(mLexer.second().text) && mLexer.peek().text != "not");
 }
 
 void FScriptReader::statement()
@@ -176,18 +177,18 @@ std::shared_ptr<FObject> FScriptReader::creator()
     const std::shared_ptr<FObject> object = command->result().getExpr();
     const auto managed = std::dynamic_pointer_cast<FManaged>(object);
     if (managed && managed->isRegistered() && managed->getName() != given.text)
-        FLogMsg::info("Script",
-                      [&] {
-                          FScriptError place;
-                          place.file = mFile;
-                          mLexer.place(given.start, &place.line, &place.column);
-                          place.text = "the name " + given.text +
-                                       (FObjectManager::instance()->find(given.text)
-                                            ? " is taken"
-                                            : " is no identifier");
-                          return place.toString();
-                      }(),
-                      "the object is named " + managed->getName(), &std::cout);
+        FLogMsg::info(
+            "Script",
+            [&] {
+                FScriptError place;
+                place.file = mFile;
+                mLexer.place(given.start, &place.line, &place.column);
+                place.text = "the name " + given.text +
+                             (FObjectManager::instance()->find(given.text) ? " is taken"
+                                                                           : " is no identifier");
+                return place.toString();
+            }(),
+            "the object is named " + managed->getName(), &std::cout);
     if (mLexer.isSymbol("{"))
         block(object);
     else if (mLexer.isSymbol(";"))
@@ -280,8 +281,7 @@ FExprBase FScriptReader::parse(int minimum)
         if (own == 0 || own < minimum)
             return left;
         const FScriptToken symbol = mLexer.take();
-        const FExprBase right =
-            parse(FOperators::isRightAssociative(symbol.text) ? own : own + 1);
+        const FExprBase right = parse(FOperators::isRightAssociative(symbol.text) ? own : own + 1);
         std::string why;
         left = FOperators::make(symbol.text, {left, right}, &why);
         if (!left)

@@ -75,8 +75,7 @@ private:
     bool mLogging = true;
 };
 
-namespace FScript
-{
+namespace FScript {
 /// \p text as an expression, null if it is none. Errors go to \p errors or nowhere.
 FExprBase parseExpression(const std::string &text, std::vector<FScriptError> *errors = nullptr);
 } // namespace FScript

@@ -5,23 +5,17 @@
 
 #include <algorithm>
 
-namespace
-{
-bool isNameStart(unsigned char c)
-{
-    return std::isalpha(c) || c == '_' || c >= 0x80;
-}
-bool isNamePart(unsigned char c)
-{
-    return isNameStart(c) || std::isdigit(c);
-}
+namespace {
+bool isNameStart(unsigned char c) { return std::isalpha(c) || c == '_' || c >= 0x80; }
+bool isNamePart(unsigned char c) { return isNameStart(c) || std::isdigit(c); }
 bool isDigit(const std::string &source, size_t at)
 {
     return at < source.size() && std::isdigit(static_cast<unsigned char>(source[at]));
 }
 } // namespace
 
-FScriptLexer::FScriptLexer(std::string source) : mSource(std::move(source))
+FScriptLexer::FScriptLexer(std::string source)
+    : mSource(std::move(source))
 {
     if (mSource.compare(0, 3, "\xEF\xBB\xBF") == 0)
         mSource.replace(0, 3, "   ");
@@ -35,15 +29,9 @@ FScriptToken FScriptLexer::take()
     return taken;
 }
 
-void FScriptLexer::rescan()
-{
-    mToken = scan(mToken.start);
-}
+void FScriptLexer::rescan() { mToken = scan(mToken.start); }
 
-FScriptToken FScriptLexer::second() const
-{
-    return scan(mToken.end);
-}
+FScriptToken FScriptLexer::second() const { return scan(mToken.end); }
 
 size_t FScriptLexer::skipBlanks(size_t at, bool *unclosed) const
 {

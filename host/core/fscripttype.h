@@ -10,10 +10,10 @@
 /// without one does not compile.
 ///
 /// from() is strict: it says in words what it found instead of guessing.
-template <class T> struct FScriptType;
+template <class T>
+struct FScriptType;
 
-namespace FScriptTypes
-{
+namespace FScriptTypes {
 std::string describe(const FExprBase &expr);
 inline bool fail(const FExprBase &found, const char *expected, std::string *why)
 {
@@ -22,13 +22,15 @@ inline bool fail(const FExprBase &found, const char *expected, std::string *why)
 }
 } // namespace FScriptTypes
 
-template <class T> struct FScriptNative
+template <class T>
+struct FScriptNative
 {
     static constexpr const FClassInfo *klass() { return nullptr; }
     static const FClassInfo *resultClass() { return nullptr; }
 };
 
-template <> struct FScriptType<double> : FScriptNative<double>
+template <>
+struct FScriptType<double> : FScriptNative<double>
 {
     static std::string name() { return "double"; }
     static const FClassInfo *resultClass() { return &FDouble::staticClass(); }
@@ -41,7 +43,8 @@ template <> struct FScriptType<double> : FScriptNative<double>
     static FExprBase to(double value) { return FExprBase(f_make_shared<FDouble>(value)); }
 };
 
-template <> struct FScriptType<int> : FScriptNative<int>
+template <>
+struct FScriptType<int> : FScriptNative<int>
 {
     static std::string name() { return "int"; }
     static const FClassInfo *resultClass() { return &FInteger::staticClass(); }
@@ -56,7 +59,8 @@ template <> struct FScriptType<int> : FScriptNative<int>
     static FExprBase to(int value) { return FExprBase(f_make_shared<FInteger>(value)); }
 };
 
-template <> struct FScriptType<unsigned> : FScriptNative<unsigned>
+template <>
+struct FScriptType<unsigned> : FScriptNative<unsigned>
 {
     static std::string name() { return "unsigned"; }
     static const FClassInfo *resultClass() { return &FUnsigned::staticClass(); }
@@ -71,7 +75,8 @@ template <> struct FScriptType<unsigned> : FScriptNative<unsigned>
     static FExprBase to(unsigned value) { return FExprBase(f_make_shared<FUnsigned>(value)); }
 };
 
-template <> struct FScriptType<bool> : FScriptNative<bool>
+template <>
+struct FScriptType<bool> : FScriptNative<bool>
 {
     static std::string name() { return "bool"; }
     static const FClassInfo *resultClass() { return &FBool::staticClass(); }
@@ -82,7 +87,8 @@ template <> struct FScriptType<bool> : FScriptNative<bool>
     static FExprBase to(bool value) { return FExprBase(f_make_shared<FBool>(value)); }
 };
 
-template <> struct FScriptType<std::string> : FScriptNative<std::string>
+template <>
+struct FScriptType<std::string> : FScriptNative<std::string>
 {
     static std::string name() { return "string"; }
     static const FClassInfo *resultClass() { return &FString::staticClass(); }
@@ -96,7 +102,8 @@ template <> struct FScriptType<std::string> : FScriptNative<std::string>
     }
 };
 
-template <> struct FScriptType<QString> : FScriptNative<QString>
+template <>
+struct FScriptType<QString> : FScriptNative<QString>
 {
     static std::string name() { return "QString"; }
     static const FClassInfo *resultClass() { return &FString::staticClass(); }
@@ -108,7 +115,10 @@ template <> struct FScriptType<QString> : FScriptNative<QString>
         *value = Q(text);
         return true;
     }
-    static FExprBase to(const QString &value) { return FExprBase(f_make_shared<FString>(S(value))); }
+    static FExprBase to(const QString &value)
+    {
+        return FExprBase(f_make_shared<FString>(S(value)));
+    }
 };
 
 /// A text as UTF-8. It shares the memory of a literal, which may be large.
@@ -117,7 +127,8 @@ struct FUtf8Text
     std::shared_ptr<const std::string> text;
 };
 
-template <> struct FScriptType<FUtf8Text> : FScriptNative<FUtf8Text>
+template <>
+struct FScriptType<FUtf8Text> : FScriptNative<FUtf8Text>
 {
     static std::string name() { return FScriptType<QString>::name(); }
     static const FClassInfo *resultClass() { return &FString::staticClass(); }
@@ -131,7 +142,8 @@ template <> struct FScriptType<FUtf8Text> : FScriptNative<FUtf8Text>
 };
 
 /// Any object or expression, unevaluated.
-template <> struct FScriptType<FExprBase> : FScriptNative<FExprBase>
+template <>
+struct FScriptType<FExprBase> : FScriptNative<FExprBase>
 {
     static std::string name() { return "FObject"; }
     static const FClassInfo *klass() { return &FObject::staticClass(); }
@@ -144,7 +156,8 @@ template <> struct FScriptType<FExprBase> : FScriptNative<FExprBase>
 };
 
 /// A handle stays unevaluated; its class is checked as far as it is known.
-template <class T, bool B> struct FScriptType<FExpr<T, B>>
+template <class T, bool B>
+struct FScriptType<FExpr<T, B>>
 {
     static std::string name() { return T::className(); }
     static const FClassInfo *klass() { return &T::staticClass(); }
@@ -166,7 +179,8 @@ template <class T, bool B> struct FScriptType<FExpr<T, B>>
     static FExprBase to(const FExpr<T, B> &value) { return value; }
 };
 
-template <class T> struct FScriptType<std::shared_ptr<T>>
+template <class T>
+struct FScriptType<std::shared_ptr<T>>
 {
     static std::string name() { return T::className(); }
     static const FClassInfo *klass() { return &T::staticClass(); }
@@ -175,7 +189,8 @@ template <class T> struct FScriptType<std::shared_ptr<T>>
 };
 
 /// A container of handles; null elements are left out.
-template <class T> struct FScriptType<std::vector<FExpr<T, true>>>
+template <class T>
+struct FScriptType<std::vector<FExpr<T, true>>>
 {
     static std::string name() { return "FCONTAINER"; }
     static const FClassInfo *klass() { return &FObjectList::staticClass(); }
@@ -204,7 +219,8 @@ template <class T> struct FScriptType<std::vector<FExpr<T, true>>>
     }
 };
 
-template <> struct FScriptType<std::vector<std::string>> : FScriptNative<std::vector<std::string>>
+template <>
+struct FScriptType<std::vector<std::string>> : FScriptNative<std::vector<std::string>>
 {
     static std::string name() { return "strings"; }
     static const FClassInfo *resultClass() { return &FObjectList::staticClass(); }
@@ -231,7 +247,8 @@ template <> struct FScriptType<std::vector<std::string>> : FScriptNative<std::ve
 };
 
 /// Enumerations travel as words.
-template <class T> struct FScriptEnum
+template <class T>
+struct FScriptEnum
 {
     static std::string name() { return FEnum<T>::className(); }
     static const FClassInfo *klass() { return nullptr; }

@@ -27,10 +27,7 @@ void FSelectionSet::set(const std::vector<FExprBase> &objects, bool)
         add(object);
 }
 
-void FSelectionSet::clear(bool)
-{
-    mObjects.clear();
-}
+void FSelectionSet::clear(bool) { mObjects.clear(); }
 
 bool FSelectionSet::contains(const FExprBase &object) const
 {

@@ -9,12 +9,8 @@
 #include <limits>
 #include <sys/mman.h>
 
-namespace
-{
-QString numberText(qlonglong value, int base)
-{
-    return QString::number(value, base);
-}
+namespace {
+QString numberText(qlonglong value, int base) { return QString::number(value, base); }
 Qt::CaseSensitivity sensitivity(bool caseSensitive)
 {
     return caseSensitive ? Qt::CaseSensitive : Qt::CaseInsensitive;
@@ -26,18 +22,9 @@ unsigned long byteOffset(const QString &text, int position)
 }
 } // namespace
 
-std::string fromNumber(int value, int base)
-{
-    return S(numberText(value, base));
-}
-std::string fromNumber(unsigned value, int base)
-{
-    return S(numberText(value, base));
-}
-std::string fromNumber(long long value, int base)
-{
-    return S(numberText(value, base));
-}
+std::string fromNumber(int value, int base) { return S(numberText(value, base)); }
+std::string fromNumber(unsigned value, int base) { return S(numberText(value, base)); }
+std::string fromNumber(long long value, int base) { return S(numberText(value, base)); }
 std::string fromNumber(unsigned long value, int base)
 {
     return S(QString::number(qulonglong(value), base));
@@ -124,19 +111,10 @@ void replaceEx(std::string &text, const std::string &pattern, const std::string 
     text = S(Q(text).replace(QRegExp(Q(pattern)), Q(to)));
 }
 
-bool isNan(double value)
-{
-    return std::isnan(value);
-}
-double quietNan()
-{
-    return std::numeric_limits<double>::quiet_NaN();
-}
+bool isNan(double value) { return std::isnan(value); }
+double quietNan() { return std::numeric_limits<double>::quiet_NaN(); }
 
-QTextStream &operator<<(QTextStream &stream, const std::string &text)
-{
-    return stream << Q(text);
-}
+QTextStream &operator<<(QTextStream &stream, const std::string &text) { return stream << Q(text); }
 
 std::string FFile::resolveEnv(const std::string &path)
 {
@@ -226,9 +204,10 @@ size_t FUtf8::firstBadByte(const char *text, size_t size)
             i += i + block <= size && any < 0x80 ? block : 1;
             continue;
         }
-        const size_t more = c >= 0xC2 && c < 0xE0 ? 1 : c >= 0xE0 && c < 0xF0 ? 2
-                            : c >= 0xF0 && c < 0xF5                           ? 3
-                                                                              : 0;
+        const size_t more = c >= 0xC2 && c < 0xE0   ? 1
+                            : c >= 0xE0 && c < 0xF0 ? 2
+                            : c >= 0xF0 && c < 0xF5 ? 3
+                                                    : 0;
         if (more == 0 || i + more >= size)
             return i;
         for (size_t k = 1; k <= more; ++k)

@@ -8,7 +8,8 @@
 #include <string>
 
 using TString = std::string;
-template <class T> using f_shared_ptr = std::shared_ptr<T>;
+template <class T>
+using f_shared_ptr = std::shared_ptr<T>;
 
 /// Indent width of saved scripts.
 constexpr unsigned TAB = 4;
@@ -61,29 +62,25 @@ double quietNan();
 
 QTextStream &operator<<(QTextStream &stream, const std::string &text);
 
-namespace FFile
-{
+namespace FFile {
 /// Expands $NAME and ${NAME}; a variable that is not set expands to nothing.
 std::string resolveEnv(const std::string &path);
 } // namespace FFile
 
-namespace FLargeText
-{
+namespace FLargeText {
 /// Reserves room as std::string does, of large pages where the text is large: it is filled once,
 /// and mapping its memory in small pages would take longer than that.
 void reserve(std::string *text, size_t size);
 } // namespace FLargeText
 
-namespace FUtf8
-{
+namespace FUtf8 {
 /// Offset of the first byte that isn't part of a UTF-8 text, npos if there is none.
 size_t firstBadByte(const char *text, size_t size);
 } // namespace FUtf8
 
 /// Text literals of the script language. A backslash is an escape only in a run of backslashes
 /// that ends at a double quote; everywhere else it stands for itself.
-namespace FLiteral
-{
+namespace FLiteral {
 /// \p text in double quotes, as it reads back anywhere.
 std::string quoted(const std::string &text);
 /// End of the literal whose opening quote stands at \p open: the position of the closing quote, or

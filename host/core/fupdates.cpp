@@ -3,20 +3,18 @@
 
 #include "fhistory.h"
 #include "flogmsg.h"
-#include "fmarloctrl.h"
 #include "fmanaged.h"
+#include "fmarloctrl.h"
 
 #include <QCoreApplication>
 #include <QTimer>
 #include <vector>
 
-namespace FBlockers
-{
+namespace FBlockers {
 int updates = 0, history = 0, results = 0, tree = 0, editor = 0, gl = 0, waitCursor = 0;
 }
 
-namespace
-{
+namespace {
 std::vector<FObject *> gPending; // holes are null
 bool gFlushing = false;
 bool gPosted = false;
@@ -34,15 +32,9 @@ unsigned long FUpdates::nextWalk()
     return ++walk;
 }
 
-bool FUpdates::isBlocked()
-{
-    return FBlockers::updates > 0;
-}
+bool FUpdates::isBlocked() { return FBlockers::updates > 0; }
 
-bool FUpdates::isFlushing()
-{
-    return gFlushing;
-}
+bool FUpdates::isFlushing() { return gFlushing; }
 
 void FUpdates::setOutOfDate(FObject *start)
 {

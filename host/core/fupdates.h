@@ -25,7 +25,8 @@ public:
 };
 
 /// A counted guard: the constructor blocks, the destructor releases. \p Count is the counter.
-template <int *Count> class FBlocker
+template <int *Count>
+class FBlocker
 {
 public:
     FBlocker() { block(); }
@@ -49,8 +50,7 @@ private:
     bool mHeld = false;
 };
 
-namespace FBlockers
-{
+namespace FBlockers {
 extern int updates, history, results, tree, editor, gl, waitCursor;
 }
 using FImmediateUpdateBlocker = FBlocker<&FBlockers::updates>;

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fviewctrl.h"
 
-namespace
-{
+namespace {
 FViewCtrl *&theControl()
 {
     static FViewCtrl headless;
@@ -11,15 +10,9 @@ FViewCtrl *&theControl()
 }
 } // namespace
 
-FViewCtrl *FViewCtrl::instance()
-{
-    return theControl();
-}
+FViewCtrl *FViewCtrl::instance() { return theControl(); }
 
-void FViewCtrl::setInstance(FViewCtrl *control)
-{
-    theControl() = control;
-}
+void FViewCtrl::setInstance(FViewCtrl *control) { theControl() = control; }
 
 FObjectTree *FObjectTree::instance()
 {

@@ -211,9 +211,9 @@ FStatus FDefinition::addEntryCommand(const std::string &path, const FExprBase &v
         group = next;
     }
     const std::string name = S(parts.last());
-    const auto entry = group ? FEntryDef::create(name, group, self, value)
-                             : FEntryDef::create(name, self, 1, 1, false, true, std::string(),
-                                                 value);
+    const auto entry = group
+                           ? FEntryDef::create(name, group, self, value)
+                           : FEntryDef::create(name, self, 1, 1, false, true, std::string(), value);
     tellName(S(parts.join('|')), entry->getFullName());
     return {};
 }

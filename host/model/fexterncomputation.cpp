@@ -107,8 +107,7 @@ void FExternComputation::designEdited(const FDesign *design)
         handle.getPtr()->stateOf(design).upToDate = false;
 }
 
-namespace
-{
+namespace {
 void collectSuppliers(const FExternComputation *computation,
                       std::vector<std::shared_ptr<FExternComputation>> *order,
                       std::set<const FObject *> *seen)
@@ -169,12 +168,11 @@ void FExternComputation::guiRun()
 
 bool FExternComputation::canReread() const
 {
-    return mRunning == 0 &&
-           QDir(Q(FPathManager::instance()->getResultsDirAbs(
-                    std::const_pointer_cast<FExternComputation>(
-                        shared_from_base<FExternComputation>()),
-                    nullptr)))
-               .exists();
+    return mRunning == 0 && QDir(Q(FPathManager::instance()->getResultsDirAbs(
+                                     std::const_pointer_cast<FExternComputation>(
+                                         shared_from_base<FExternComputation>()),
+                                     nullptr)))
+                                .exists();
 }
 
 std::shared_ptr<FComputationResults>
@@ -187,9 +185,8 @@ FExternComputation::makeResults(const std::shared_ptr<FDesign> &design)
     DesignState &state = stateOf(design.get());
     if (const auto old = state.results.getPtr())
         FManaged::destroy(old, true);
-    const auto results = std::dynamic_pointer_cast<FComputationResults>(
-        type->clone(FExpr<FDesign>(design),
-                    FExpr<FExternComputation>(shared_from_base<FExternComputation>())));
+    const auto results = std::dynamic_pointer_cast<FComputationResults>(type->clone(
+        FExpr<FDesign>(design), FExpr<FExternComputation>(shared_from_base<FExternComputation>())));
     state.results = FExpr<FComputationResults>(results);
     return results;
 }

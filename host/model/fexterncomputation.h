@@ -24,7 +24,10 @@ class FExternComputation : public FManaged
 {
     F_CLASS(FExternComputation, FManaged)
 public:
-    explicit FExternComputation(std::string name = std::string()) : FManaged(std::move(name)) {}
+    explicit FExternComputation(std::string name = std::string())
+        : FManaged(std::move(name))
+    {
+    }
 
     void setApplication(const std::string &application);
     const std::string &getApplication() const { return mApplication; }
@@ -103,7 +106,8 @@ private:
     };
     DesignState &stateOf(const FDesign *design) const;
     std::shared_ptr<FComputationResults> makeResults(const std::shared_ptr<FDesign> &design);
-    template <class T> void assign(T &field, const T &value, const char *text);
+    template <class T>
+    void assign(T &field, const T &value, const char *text);
     FStatus setDbIdCommand(int id);
     int dbIdForScript() const { return getDbId(); }
 

@@ -4,7 +4,8 @@
 #include "fbasictype.h"
 #include "fcmd.h"
 
-/// A file of the user that goes into the input folder of each run. Tags write where it stands there.
+/// A file of the user that goes into the input folder of each run. Tags write where it stands
+/// there.
 class FInputFile : public FBasicType
 {
     F_CLASS(FInputFile, FBasicType)

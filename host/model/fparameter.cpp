@@ -54,10 +54,7 @@ const FExprBase &FParameter::currentValue() const
     return own ? *own : mValue;
 }
 
-std::shared_ptr<FObject> FParameter::valueObject() const
-{
-    return currentValue().getValueObject();
-}
+std::shared_ptr<FObject> FParameter::valueObject() const { return currentValue().getValueObject(); }
 
 const FClassInfo &FParameter::valueClass() const
 {
@@ -68,10 +65,7 @@ const FClassInfo &FParameter::valueClass() const
     return *mKnownClass;
 }
 
-void FParameter::doUpdate() const
-{
-    currentValue().getPtr();
-}
+void FParameter::doUpdate() const { currentValue().getPtr(); }
 
 void FParameter::visitState(FStateVisitor &state)
 {
@@ -89,8 +83,7 @@ void FParameter::initCmds()
         .disableSaving();
 }
 
-namespace
-{
+namespace {
 std::shared_ptr<FDesign> &theBaseline()
 {
     static std::shared_ptr<FDesign> design;
@@ -124,10 +117,7 @@ std::shared_ptr<FDesign> FDesign::current()
     return design && !design->isDestroyed() ? design : baseline();
 }
 
-bool FDesign::isSwitching()
-{
-    return gSwitching;
-}
+bool FDesign::isSwitching() { return gSwitching; }
 
 std::vector<std::shared_ptr<FDesign>> FDesign::all()
 {
@@ -214,15 +204,13 @@ void FDesign::connectValues()
     // through every change of design.
     for (Override &own : mValues) {
         const std::shared_ptr<FObject> value = own.value.getExpr();
-        if (value && !(std::dynamic_pointer_cast<FBasicType>(value) && value->suppliers().isEmpty()))
+        if (value &&
+            !(std::dynamic_pointer_cast<FBasicType>(value) && value->suppliers().isEmpty()))
             own.value.registerClient(own.parameter.getExpr(), false);
     }
 }
 
-bool FDesign::isSaved() const
-{
-    return this != theBaseline().get();
-}
+bool FDesign::isSaved() const { return this != theBaseline().get(); }
 
 void FDesign::saveMembers(QTextStream &stream, unsigned level) const
 {

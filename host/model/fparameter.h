@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #ifndef FPARAMETER_H
 #define FPARAMETER_H
-#include "fcmd.h"
 #include "fbasictype.h"
+#include "fcmd.h"
 #include "fmanaged.h"
 
 class FDesign;
@@ -12,7 +12,10 @@ class FEntity : public FManaged
 {
     F_CLASS(FEntity, FManaged)
 public:
-    explicit FEntity(std::string name = std::string()) : FManaged(std::move(name)) {}
+    explicit FEntity(std::string name = std::string())
+        : FManaged(std::move(name))
+    {
+    }
 };
 
 /// A number, text or other value of the model under a name. Its value is an expression; the
@@ -21,7 +24,10 @@ class FParameter : public FEntity
 {
     F_CLASS(FParameter, FEntity)
 public:
-    explicit FParameter(std::string name = std::string()) : FEntity(std::move(name)) {}
+    explicit FParameter(std::string name = std::string())
+        : FEntity(std::move(name))
+    {
+    }
     static std::shared_ptr<FParameter> create(const std::string &name, const FExprBase &value);
     static FExpr<FParameter> create(const FExprBase &scope, const std::string &name,
                                     const FDouble &value);
@@ -55,7 +61,10 @@ class FDesign : public FEntity
 {
     F_CLASS(FDesign, FEntity)
 public:
-    explicit FDesign(std::string name = std::string()) : FEntity(std::move(name)) {}
+    explicit FDesign(std::string name = std::string())
+        : FEntity(std::move(name))
+    {
+    }
     static std::shared_ptr<FDesign> create(const std::string &name);
     /// The design of the parameters' own values, in every project.
     static std::shared_ptr<FDesign> baseline();

@@ -31,23 +31,18 @@ std::string FPathManager::getProjectDirAbs() const
     return S(canonical);
 }
 
-std::string FPathManager::getSamplesDir() const
-{
-    return getProjectDirAbs();
-}
+std::string FPathManager::getSamplesDir() const { return getProjectDirAbs(); }
 
 std::string FPathManager::getDesignDirAbs(const std::shared_ptr<FDesign> &design) const
 {
     const QString path = FProject::instance()->path();
-    const std::string name =
-        path.isEmpty() ? "unnamed" : S(QFileInfo(path).completeBaseName());
+    const std::string name = path.isEmpty() ? "unnamed" : S(QFileInfo(path).completeBaseName());
     return getProjectDirAbs() + "/" + name + "_designs/" +
            (design ? design : FDesign::current())->getName();
 }
 
-std::string
-FPathManager::getInputDirAbs(const std::shared_ptr<FExternComputation> &computation,
-                             const std::shared_ptr<FDesign> &design) const
+std::string FPathManager::getInputDirAbs(const std::shared_ptr<FExternComputation> &computation,
+                                         const std::shared_ptr<FDesign> &design) const
 {
     const FExternComputation *which = computation ? computation.get() : mComputation;
     if (!which)
@@ -55,9 +50,8 @@ FPathManager::getInputDirAbs(const std::shared_ptr<FExternComputation> &computat
     return getDesignDirAbs(design ? design : mDesign) + "/" + which->getName() + "/";
 }
 
-std::string
-FPathManager::getResultsDirAbs(const std::shared_ptr<FExternComputation> &computation,
-                               const std::shared_ptr<FDesign> &design) const
+std::string FPathManager::getResultsDirAbs(const std::shared_ptr<FExternComputation> &computation,
+                                           const std::shared_ptr<FDesign> &design) const
 {
     return getDesignDirAbs(design) + (computation ? "/" + computation->getName() : std::string());
 }

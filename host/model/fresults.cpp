@@ -117,9 +117,9 @@ std::shared_ptr<FObject> FResultsGeneric::clone(const FExpr<FDesign> &,
 
 unsigned FResultsGeneric::getResultsFileType(const std::string &path)
 {
-    static const std::map<QString, unsigned> kinds{
-        {"png", 1}, {"jpg", 1}, {"jpeg", 1}, {"bmp", 1}, {"gif", 1}, {"svg", 1},
-        {"csv", 2}, {"vtk", 4}, {"vtu", 4},  {"vtp", 4}, {"stl", 4}};
+    static const std::map<QString, unsigned> kinds{{"png", 1}, {"jpg", 1}, {"jpeg", 1}, {"bmp", 1},
+                                                   {"gif", 1}, {"svg", 1}, {"csv", 2},  {"vtk", 4},
+                                                   {"vtu", 4}, {"vtp", 4}, {"stl", 4}};
     const auto known = kinds.find(QFileInfo(Q(path)).suffix().toLower());
     if (known != kinds.end())
         return known->second;

@@ -142,10 +142,10 @@ void FTableData::initCmds()
     c.member("getElementAt",
              static_cast<double (T::*)(int, const std::string &) const>(&T::getElementAt),
              FArg{"row"}, FArg{"column header"});
-    c.member(
-        "getElementAt",
-        static_cast<double (T::*)(const std::string &, const std::string &) const>(&T::getElementAt),
-        FArg{"row header"}, FArg{"column header"});
+    c.member("getElementAt",
+             static_cast<double (T::*)(const std::string &, const std::string &) const>(
+                 &T::getElementAt),
+             FArg{"row header"}, FArg{"column header"});
     c.member("getLastElementOfRow", &T::getLastElementOfRow, FArg{"row", 0});
     c.member("getLastElementOfColumn", &T::getLastElementOfColumn, FArg{"column", 0});
     c.member("getAverageOfLastRows", &T::getAverageOfLastRows, FArg{"numberOfRows"},

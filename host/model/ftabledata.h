@@ -12,7 +12,10 @@ class FTableData : public FObject
 {
     F_CLASS(FTableData, FObject)
 public:
-    explicit FTableData(std::string name = std::string()) : mName(std::move(name)) {}
+    explicit FTableData(std::string name = std::string())
+        : mName(std::move(name))
+    {
+    }
     const std::string &getName() const { return mName; }
 
     /// Rows of cells.

@@ -414,12 +414,14 @@ private:
         row("cycle of a computation", parts,
             {"error: p.tbk, p.tbk:8:1: cyclic dependency: the value q of entry a depends on a"});
         parts = FParts();
-        parts.tail = "genericIntegrationComputation m() { .setApplication(\"true\"); }\n"
-                     "parameter p(m.getResults().getTable(\"out.txt\").getElementAt(\"r\"));\n"
-                     "genericIntegrationConfiguration e() { .setDefinition(d); .setEntry(\"a\",p); }\n"
-                     "m.setConfiguration(e);\n";
+        parts.tail =
+            "genericIntegrationComputation m() { .setApplication(\"true\"); }\n"
+            "parameter p(m.getResults().getTable(\"out.txt\").getElementAt(\"r\"));\n"
+            "genericIntegrationConfiguration e() { .setDefinition(d); .setEntry(\"a\",p); }\n"
+            "m.setConfiguration(e);\n";
         row("cycle that is closed by the configuration", parts,
-            {"error: m: the value depends on itself (found m needs e needs entry a needs p needs m, "
+            {"error: m: the value depends on itself (found m needs e needs entry a needs p needs "
+             "m, "
              "expected a value that can be known before its own result)"});
         parts = FParts();
         parts.tail = "parameter p(1);\nparameter q(p*2);\np.setValue(q+1);\n";

@@ -3,18 +3,21 @@
 #include "fhistory.h"
 #include "fmarloctrl.h"
 #include "modeltest.h"
+#include "testseed.h"
 
 #include <QtTest>
 #include <map>
 #include <random>
 
-namespace
-{
+namespace {
 /// Statements over a small stock of names, so that they meet often.
 class Statements
 {
 public:
-    explicit Statements(unsigned seed) : mRandom(seed) {}
+    explicit Statements(unsigned seed)
+        : mRandom(seed)
+    {
+    }
 
     int below(int n) { return std::uniform_int_distribution<int>(0, n - 1)(mRandom); }
     QString one()
@@ -94,9 +97,7 @@ private:
 void TestHistory::everyStepCanBeUndoneAndRedone_data()
 {
     QTest::addColumn<unsigned>("seed");
-    const unsigned first = qEnvironmentVariableIsSet("F_TEST_SEED")
-                               ? qEnvironmentVariable("F_TEST_SEED").toUInt()
-                               : std::random_device{}();
+    const unsigned first = testSeed();
     for (unsigned i = 0; i < 12; ++i)
         QTest::addRow("seed %u", first + i) << first + i;
 }

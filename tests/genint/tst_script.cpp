@@ -6,8 +6,7 @@
 
 #include <QtTest>
 
-namespace
-{
+namespace {
 /// Errors as "line:column: text".
 QStringList errorsOf(const QByteArray &source)
 {
@@ -82,14 +81,13 @@ void TestScript::tellsPlaceAndExpectation()
 
 void TestScript::goesOnAfterErrors()
 {
-    const QStringList errors =
-        errorsOf("parameter a(1);\n"
-                 "nonsense b(2) { .x(\"}\"); parameter no(1); }\n"
-                 "parameter c(3) { .paint(1); .setValue(4); }\n"
-                 "c.setValue(;\n"
-                 "parameter a(5);\n"
-                 "curFile : x\n"
-                 "parameter d(6);\n");
+    const QStringList errors = errorsOf("parameter a(1);\n"
+                                        "nonsense b(2) { .x(\"}\"); parameter no(1); }\n"
+                                        "parameter c(3) { .paint(1); .setValue(4); }\n"
+                                        "c.setValue(;\n"
+                                        "parameter a(5);\n"
+                                        "curFile : x\n"
+                                        "parameter d(6);\n");
     QCOMPARE(errors.size(), 3);
     QVERIFY(!ModelTest::log().filter(QRegularExpression("taken.*a1")).isEmpty());
     QCOMPARE(ModelTest::value("a"), QString("1"));
@@ -145,7 +143,9 @@ void TestScript::textsSurviveSaving_data()
     QTest::addColumn<QString>("text");
     for (const char *text : {"", "plain", "a \"quoted\" word", "\\", "\\\\", "\\\"", "ends with \\",
                              "\\n stays two", "two\nlines\r\n", "[list], and \"], then", "a\tb",
-                             "gr\xc3\xb6\xc3\x9f" "e \xf0\x9f\x98\x80", "// no comment", "/* */"})
+                             "gr\xc3\xb6\xc3\x9f"
+                             "e \xf0\x9f\x98\x80",
+                             "// no comment", "/* */"})
         QTest::newRow(text) << QString(text);
 }
 
@@ -156,8 +156,8 @@ void TestScript::textsSurviveSaving()
     const QByteArray source = "parameter a(" + quoted + ");\nparameter l([1," + quoted +
                               ",\"x\"]);\ngenericIntegrationComputation k() { .setArguments(" +
                               quoted + "); .setEnvironment([" + quoted + "]); }\n" +
-                              "genericIntegrationResultsFile r() { .setValues([[" + quoted + ",1,2," +
-                              quoted + ",First,\"FDouble\",\"\",0,nullptr]]); }\n";
+                              "genericIntegrationResultsFile r() { .setValues([[" + quoted +
+                              ",1,2," + quoted + ",First,\"FDouble\",\"\",0,nullptr]]); }\n";
     QCOMPARE(errorsOf(source), QStringList());
     QCOMPARE(ModelTest::value("a"), text);
     const QString saved = FProject::instance()->text();
@@ -169,10 +169,22 @@ void TestScript::textsSurviveSaving()
 
 void TestScript::expressionsSurviveSaving()
 {
-    const QByteArrayList expressions = {
-        "1-(2-3)",     "(1-2)-3",   "2^3^2",        "(2^3)^2",   "-2^2",          "(-2)^2",
-        "1/(2/3)",     "-(1+2)*3",  "x<1?2:3",      "(x<1)==(x>2)", "not (x>1 and x<3) or x==5",
-        "max(x,-1)+1", "0.1+1e300", "1/3-5e-324*x", "x%2?x:-x",  "sqrt(abs(-x))"};
+    const QByteArrayList expressions = {"1-(2-3)",
+                                        "(1-2)-3",
+                                        "2^3^2",
+                                        "(2^3)^2",
+                                        "-2^2",
+                                        "(-2)^2",
+                                        "1/(2/3)",
+                                        "-(1+2)*3",
+                                        "x<1?2:3",
+                                        "(x<1)==(x>2)",
+                                        "not (x>1 and x<3) or x==5",
+                                        "max(x,-1)+1",
+                                        "0.1+1e300",
+                                        "1/3-5e-324*x",
+                                        "x%2?x:-x",
+                                        "sqrt(abs(-x))"};
     for (const QByteArray &expression : expressions) {
         FProject::instance()->clear();
         const QByteArray condition = expression.contains("%2?") ? "x%2==1?x:-x" : expression;

@@ -7,6 +7,7 @@
 #include "fproject.h"
 #include "fsafefile.h"
 #include "fscript.h"
+#include "testseed.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -210,9 +211,7 @@ private Q_SLOTS:
     /// The stored form reads as the library's decoder reads it, whatever stands in it.
     void takesBase64LikeTheLibrary()
     {
-        const auto seed = std::random_device{}();
-        qInfo("seed %u", seed);
-        std::mt19937 random(seed);
+        std::mt19937 random(testSeed());
         QVERIFY(load("genericIntegrationCommandFile corner();"));
         const auto file = std::dynamic_pointer_cast<FGenIntCommandFile>(
             FObjectManager::instance()->find("corner"));

@@ -2,6 +2,7 @@
 #include "fgenintwritercore.h"
 #include "fsafefile.h"
 #include "literalwriter.h"
+#include "testseed.h"
 
 #include <QTemporaryDir>
 #include <QtTest>
@@ -182,7 +183,7 @@ class TestWriterCore : public QObject
 private Q_SLOTS:
     void expandsLikeTheLiteralRules()
     {
-        const quint64 seed = mSeed ^ 1;
+        const quint64 seed = testSeed() ^ 1;
         qInfo("seed %llu", static_cast<unsigned long long>(seed));
         Generator random(seed);
         int found = 0, skippedTags = 0, halves = 0, zeros = 0;
@@ -238,7 +239,7 @@ private Q_SLOTS:
 
     void listsAndChangesTagsLikeTheLiteralRules()
     {
-        const quint64 seed = mSeed ^ 2;
+        const quint64 seed = testSeed() ^ 2;
         qInfo("seed %llu", static_cast<unsigned long long>(seed));
         Generator random(seed);
         int changed = 0;
@@ -360,11 +361,6 @@ private Q_SLOTS:
         FGenIntTagText::updateTag(text, QStringLiteral("a"), QStringLiteral("longer"));
         QVERIFY(bytes.size() <= 20 * text.size());
     }
-
-private:
-    const quint64 mSeed = qEnvironmentVariableIsSet("F_TEST_SEED")
-                              ? qEnvironmentVariable("F_TEST_SEED").toULongLong()
-                              : std::random_device{}();
 };
 
 QTEST_GUILESS_MAIN(TestWriterCore)

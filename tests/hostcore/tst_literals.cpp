@@ -2,6 +2,7 @@
 #include "flogmsg.h"
 #include "fproject.h"
 #include "ftext.h"
+#include "testseed.h"
 
 #include <QTemporaryFile>
 #include <QtTest>
@@ -48,9 +49,7 @@ class TestLiterals : public QObject
 private Q_SLOTS:
     void readsTextsInQuotesByTheRules()
     {
-        const auto seed = std::random_device{}();
-        qInfo("seed %u", seed);
-        std::mt19937 random(seed);
+        std::mt19937 random(testSeed());
         const std::string letters = "\\\\\\\"\"ab,] \n";
         int ended = 0;
         for (int round = 0; round < 50'000; ++round) {

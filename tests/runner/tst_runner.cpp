@@ -374,15 +374,16 @@ private Q_SLOTS:
         const QString good = "finished: finished";
         {
             Run large(true);
-            QCOMPARE(large.outcome(
-                         {}, {"sh", "-c", "head -c 80000000 /dev/zero | tail -c 80000000 >x"}),
-                     good);
+            QCOMPARE(
+                large.outcome({}, {"sh", "-c", "head -c 80000000 /dev/zero | tail -c 80000000 >x"}),
+                good);
             QVERIFY(large.report()["peakMemoryKiB"].toInt() > 60000);
         }
         // The runner at hand was told to end while nothing ran; that was not about the next run.
-        const auto runners = contentOf(QStringLiteral("/proc/self/task/%1/children").arg(::getpid()))
-                                 .trimmed()
-                                 .split(' ');
+        const auto runners =
+            contentOf(QStringLiteral("/proc/self/task/%1/children").arg(::getpid()))
+                .trimmed()
+                .split(' ');
         QCOMPARE(runners.size(), 1);
         QCOMPARE(::kill(runners[0].toInt(), SIGTERM), 0);
         Run small(true);
