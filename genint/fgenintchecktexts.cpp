@@ -26,7 +26,7 @@ struct FCharacters
                 unreadable.add(i);
             } else if (u == 0xFEFF) {
                 byteOrderMarks.add(i);
-            } else if (u >= 0xC2 && u <= 0xF4) {
+            } else if (mayBeginTwice(units + i, size - i)) {
                 // Bytes of UTF-8, each taken for a character.
                 const int more = u < 0xE0 ? 1 : u < 0xF0 ? 2 : 3;
                 int k = 1;
@@ -36,6 +36,15 @@ struct FCharacters
                     encodedTwice.add(i);
             }
         }
+    }
+    /// Of what begins so, the letters of Western, Greek and Cyrillic texts, and signs whose next
+    /// byte would be a control character. The rest stands in good texts as well: "ß»", "à »".
+    static bool mayBeginTwice(const QChar *units, int size)
+    {
+        const ushort u = units[0].unicode();
+        return (u >= 0xC2 && u <= 0xC3) || (u >= 0xCE && u <= 0xD1) ||
+               (u >= 0xE2 && u <= 0xF4 && size > 1 && units[1].unicode() >= 0x80 &&
+                units[1].unicode() < 0xA0);
     }
     struct Kind
     {

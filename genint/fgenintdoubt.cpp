@@ -181,6 +181,14 @@ bool isTime(const FLine<U> &line, qint64 end)
     return line[i] == '.' && line[unit] == 's' && !isWord(line[unit + 1]) && !line.digit(unit + 1);
 }
 
+/// True if the colon at \p colon parts a time of day or a span: "00:01:23.45" is no number of hours.
+template <class U>
+bool isClock(const FLine<U> &line, qint64 colon)
+{
+    return line[colon] == ':' && line.digit(colon - 1) && line.digit(colon + 1) &&
+           line[colon + 1] <= '5' && line.digit(colon + 2) && !line.digit(colon + 3);
+}
+
 template <class U>
 bool touchesBefore(const FLine<U> &line, qint64 begin, qint64 end, bool anchored)
 {
@@ -200,6 +208,9 @@ bool touchesBefore(const FLine<U> &line, qint64 begin, qint64 end, bool anchored
     if (isSigned) {
         return isSignAt(line, begin - 1) && line.digit(begin - 2);
     }
+    if (isClock(line, begin - 1)) {
+        return true;
+    }
     if (before == '.') {
         return true; // dots that lead to a number take its first digits for a fraction
     }
@@ -218,7 +229,7 @@ bool touchesAfter(const FLine<U> &line, qint64 end)
     if (isWord(after)) {
         return !isTime(line, end);
     }
-    if (line.digit(end) || isForeign(after)) {
+    if (line.digit(end) || isForeign(after) || isClock(line, end)) {
         return true;
     }
     if (after == '.') {

@@ -7,6 +7,7 @@
 #include "fovdlconfigurationparser.h"
 #include "fsafefile.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <algorithm>
 #include <iostream>
@@ -36,7 +37,7 @@ std::string whereText(const QString &path, const FGenIntReading &reading)
 {
     if (reading.line <= 0)
         return std::string();
-    std::string text = S(path) + ":" + fromNumber((long long)reading.line, 10);
+    std::string text = S(QDir::cleanPath(path)) + ":" + fromNumber((long long)reading.line, 10);
     if (reading.columnFirst > 0)
         text +=
             ":" + fromNumber(reading.columnFirst, 10) + "-" + fromNumber(reading.columnLast, 10);

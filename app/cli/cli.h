@@ -52,6 +52,8 @@ void printLogIfSilent();
 /// A number, a text or null.
 QJsonValue jsonOf(const FExprBase &expr);
 QJsonArray rowsOf(const FTableData &table, bool withTypes);
+/// \p text and blanks up to \p width characters.
+std::string padded(const std::string &text, size_t width);
 void print(const FTableData &table);
 void out(const std::string &text);
 void err(const std::string &text);

@@ -93,17 +93,22 @@ QJsonArray FCli::rowsOf(const FTableData &table, bool withTypes)
     return table.rowsJson(withTypes);
 }
 
+std::string FCli::padded(const std::string &text, size_t width)
+{
+    return S(Q(text).leftJustified(int(width)));
+}
+
 void FCli::print(const FTableData &table)
 {
     size_t width = 0;
     for (const std::string &name : table.rowHeaders())
-        width = std::max(width, name.size());
+        width = std::max(width, size_t(Q(name).size()));
     for (size_t i = 0; i < table.rows().size(); ++i) {
         const std::string name = i < table.rowHeaders().size() ? table.rowHeaders()[i] : "";
         const std::string text = i < table.rowTexts().size() ? table.rowTexts()[i] : "";
         const size_t bar = text.find('|');
         std::string line =
-            "  " + name + std::string(width - std::min(width, name.size()), ' ') + "  " +
+            "  " + padded(name, width) + "  " +
             (bar == std::string::npos ? shortestNumber(table.getElementAt(int(i), 0, nullptr))
                                       : text.substr(bar + 1));
         if (i < table.origins().size() && !table.origins()[i].note.empty())

@@ -145,6 +145,26 @@ public:
                 mColumns.push_back(parameter->getName());
         }
     }
+    /// Takes down what is doubtful in the results of a run.
+    void doubts(const FRunRecord &record, const std::vector<std::shared_ptr<FTableData>> &tables)
+    {
+        const auto add = [&](const FTableData &table, const std::string &name,
+                             const std::string &note) {
+            if (note.empty())
+                return;
+            ++mDoubtful[record.design];
+            const std::string text =
+                record.computation + " " + table.getName() + " " + name + ": " + note;
+            if (mDoubts[text].insert(record.design).second && mDoubts[text].size() == 1)
+                mDoubtOrder.push_back(text);
+        };
+        for (const auto &table : tables) {
+            for (size_t i = 0; i < table->origins().size() && i < table->rowHeaders().size(); ++i)
+                add(*table, table->rowHeaders()[i], table->origins()[i].note);
+            for (const FTableData::Missing &missing : table->missing())
+                add(*table, missing.name, missing.note);
+        }
+    }
     QJsonObject toJson() const
     {
         QJsonObject all;
@@ -174,25 +194,37 @@ public:
             }
             table.push_back(line);
         }
+        if (!mDoubts.empty())
+            for (size_t i = 0; i < table.size(); ++i) {
+                const auto at = i > 0 ? mDoubtful.find(mOrder[i - 1]) : mDoubtful.end();
+                table[i].push_back(i == 0                  ? "doubts"
+                                   : at == mDoubtful.end() ? "-"
+                                                           : "! " + std::to_string(at->second));
+            }
         std::vector<size_t> widths(table[0].size());
         for (const auto &line : table)
             for (size_t i = 0; i < line.size(); ++i)
-                widths[i] = std::max(widths[i], line[i].size());
+                widths[i] = std::max(widths[i], size_t(Q(line[i]).size()));
         FCli::out("");
         for (const auto &line : table) {
             std::string text;
             for (size_t i = 0; i < line.size(); ++i)
-                text += line[i] + (i + 1 < line.size()
-                                       ? std::string(widths[i] - line[i].size() + 2, ' ')
-                                       : std::string());
+                text += i + 1 < line.size() ? FCli::padded(line[i], widths[i]) + "  " : line[i];
             FCli::out(text);
         }
+        for (const std::string &text : mDoubtOrder)
+            FCli::out("! " + text +
+                      (mOrder.size() > 1 ? " (" + std::to_string(mDoubts.at(text).size()) + " of " +
+                                               std::to_string(mOrder.size()) + " designs)"
+                                         : std::string()));
     }
 
 private:
     std::map<std::string, std::map<std::string, QJsonValue>> mRows;
-    std::vector<std::string> mOrder, mColumns;
+    std::vector<std::string> mOrder, mColumns, mDoubtOrder;
     std::set<std::string> mNames;
+    std::map<std::string, size_t> mDoubtful;              // values by design
+    std::map<std::string, std::set<std::string>> mDoubts; // designs by value and note
 };
 
 QJsonObject parametersNow()
@@ -283,6 +315,8 @@ int FCli::run(const FCliOptions &options)
         } else {
             if (designs.size() == 1)
                 printRun(record, tables);
+            else
+                summary.doubts(record, tables);
         }
         if (record.computation == chain.back()->getName())
             summary.note(record.design);

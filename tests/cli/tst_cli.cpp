@@ -96,6 +96,7 @@ private Q_SLOTS:
     void agreesWithSolverCalledByHand();
     void runsAndReportsInJson();
     void choosesDesignsAndComputations();
+    void tableMarksDoubts();
     void reasons_data();
     void reasons();
     void goesOnAfterFailureWhenTold();
@@ -235,6 +236,18 @@ void TestCli::choosesDesignsAndComputations()
     const QByteArray table = box.call({"run", "p.tbk", "--all-designs"}).out;
     const QRegularExpression line("^wide +4 +8$", QRegularExpression::MultilineOption);
     QVERIFY2(line.match(table).hasMatch(), table);
+    QVERIFY2(!table.contains("doubts"), table);
+}
+
+void TestCli::tableMarksDoubts()
+{
+    const FSandbox box;
+    box.write("p.tbk", project("sh", "-c 'printf \\\"n = 1\\nsum = 3\\\" >out.txt'"));
+    const QByteArray table = box.call({"run", "p.tbk", "--all-designs"}).out;
+    const QRegularExpression line("^wide +4 .* ! 1$", QRegularExpression::MultilineOption);
+    QVERIFY2(line.match(table).hasMatch(), table);
+    QVERIFY2(table.contains("\n! solver out.txt sum: last line has no line end (2 of 2 designs)\n"),
+             table);
 }
 
 void TestCli::reasons_data()

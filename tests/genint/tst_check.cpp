@@ -224,7 +224,7 @@ private:
               {"hint: in_txt, in.txt:2:9: bytes in another encoding were lost when the text was "
                "taken (found 2 unreadable characters, expected UTF-8 text throughout)"});
         input(
-            "UTF-8 taken for Latin-1", "\nsÃo \xc3\x84\xc3\x83\xc2\xa4",
+            "UTF-8 taken for Latin-1", "\nsÃo \xc3\x84\xc3\x83\xc2\xa4 »Spaß« voilà\xc2\xa0»",
             {"hint: in_txt, in.txt:2:6: the encodings are mixed: UTF-8 was taken for Latin-1 here "
              "(found 1 character that is encoded twice, expected UTF-8 text throughout)"});
         input("byte order mark in the middle", "\n\xef\xbb\xbfx",
