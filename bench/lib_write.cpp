@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Times the writing of one design within a process, in turns with yardsticks that make the same
-// files. EXPECTED holds them; every round begins with an empty TARGET.
+// files. EXPECTED holds them; TARGET is empty before and after.
 //
 //   lib_write PROJECT EXPECTED TARGET ROUNDS    prints the smallest milliseconds of: the first
 //       write, a later write, a bare loop from memory, a copy within the kernel, the program cp
@@ -44,25 +44,41 @@ int main(int argc, char **argv)
     if (!FProject::instance()->load(QString::fromLocal8Bit(argv[1])))
         return 1;
     const FExpr<FConfigurationGenInt> configuration(getEntities<FConfigurationGenInt>().front());
-    const QString folder = QString::fromLocal8Bit(argv[3]) + QLatin1Char('/');
-
+    // Every work has a folder of its own: some file systems look long for a free place among files
+    // that were removed a moment ago.
+    std::vector<std::string> made;
+    const auto freshFolder = [&] {
+        made.push_back(target + "/" + std::to_string(made.size()));
+        BareFiles::need(mkdir(made.back().c_str(), 0777) == 0, made.back());
+        return made.back();
+    };
     bool good = true;
-    const auto write = [&] { good = FGenIntWriter().write(configuration, folder) && good; };
-    BareFiles::removeAll(target, files);
-    const double first = BareFiles::milliseconds(write);
-    good = good && BareFiles::readFolder(target) == files;
+    const auto write = [&](const std::string &to) {
+        good = FGenIntWriter().write(configuration, QString::fromStdString(to + '/')) && good;
+    };
+    const std::function<void(const std::string &)> works[] = {
+        write, [&](const std::string &to) { BareFiles::writeAll(to, files); },
+        [&](const std::string &to) { BareFiles::copyAll(expected, to, files); },
+        [&](const std::string &to) { runCp(expected, to); }};
+    const auto time = [&](int which) {
+        const std::string to = freshFolder();
+        return BareFiles::milliseconds([&] { works[which](to); });
+    };
 
-    const std::function<void()> works[] = {write, [&] { BareFiles::writeAll(target, files); },
-                                           [&] { BareFiles::copyAll(expected, target, files); },
-                                           [&] { runCp(expected, target); }};
+    const double first = time(0);
+    good = good && BareFiles::readFolder(made.front()) == files;
     double best[] = {1e9, 1e9, 1e9, 1e9};
     for (int round = 0; round < atoi(argv[4]); ++round)
         for (int i = 0; i < 4; ++i) {
             const int which = (round + i) % 4;
-            BareFiles::removeAll(target, files);
-            best[which] = std::min(best[which], BareFiles::milliseconds(works[which]));
+            best[which] = std::min(best[which], time(which));
+            if (files.size() == 1)
+                BareFiles::removeAll(made.back(), files); // large
         }
-    BareFiles::removeAll(target, files);
+    for (const std::string &folder : made) {
+        BareFiles::removeAll(folder, files);
+        rmdir(folder.c_str());
+    }
     printf("%.3f %.3f %.3f %.3f %.3f\n", first, best[0], best[1], best[2], best[3]);
     return good ? 0 : 1;
 }

@@ -181,7 +181,8 @@ bool isTime(const FLine<U> &line, qint64 end)
     return line[i] == '.' && line[unit] == 's' && !isWord(line[unit + 1]) && !line.digit(unit + 1);
 }
 
-/// True if the colon at \p colon parts a time of day or a span: "00:01:23.45" is no number of hours.
+/// True if the colon at \p colon parts a time of day or a span: "00:01:23.45" is no number of
+/// hours.
 template <class U>
 bool isClock(const FLine<U> &line, qint64 colon)
 {

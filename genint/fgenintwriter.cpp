@@ -116,7 +116,7 @@ bool writeFile(const FGenIntCommandFile &file, const FTagValues &values, const Q
                                               S(why));
         return false;
     };
-    const QString target = safeJoin(directory, file.getFileName(), &why);
+    const QString target = safeJoin(directory, file.getFileName(), &why, LastPart::Unchecked);
     if (target.isEmpty())
         return fail();
     // A backslash separates folders too, though only here.

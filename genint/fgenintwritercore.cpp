@@ -80,6 +80,11 @@ std::u32string folded(const QString &text)
     uint last = 0;
     for (const QChar c : text) {
         uint character = c.unicode();
+        if (character < 0x80) {
+            last = 0;
+            result += char32_t(character >= 'A' && character <= 'Z' ? character | 0x20 : character);
+            continue;
+        }
         if (c.isLowSurrogate() && QChar::isHighSurrogate(last))
             character = QChar::surrogateToUcs4(ushort(last), c.unicode());
         last = c.unicode();
@@ -324,13 +329,17 @@ const std::vector<int> &FGenIntEntryNames::candidates(const QString &tagName) co
 
 QString FGenIntEntryNames::stripped(const QString &key)
 {
-    QStringList parts = key.split(QLatin1Char('|'), Qt::SkipEmptyParts);
+    const QLatin1Char separator('|');
+    if (!key.contains(QLatin1Char('[')) && !key.startsWith(separator) && !key.endsWith(separator) &&
+        !key.contains(QLatin1String("||")))
+        return key;
+    QStringList parts = key.split(separator, Qt::SkipEmptyParts);
     for (QString &part : parts) {
         const int bracket = part.lastIndexOf(QLatin1Char('['));
         if (bracket >= 0)
             part.truncate(bracket);
     }
-    return parts.join(QLatin1Char('|'));
+    return parts.join(separator);
 }
 
 FGenIntExpander::FGenIntExpander(const QString &text, bool forceWindowsLineEndings)

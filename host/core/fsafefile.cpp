@@ -332,6 +332,13 @@ bool FPlainFile::open(const QString &path, QString *why)
     mPath = path;
     if (!nativePath(path, &mNative, why))
         return false;
+    // A name that is free becomes a regular file, whatever else goes on in the folder.
+    mFile = openRetrying(AT_FDCWD, mNative, O_WRONLY | O_CREAT | O_EXCL, 0666);
+    mIsRegular = mFile >= 0;
+    if (mIsRegular)
+        return true;
+    if (errno != EEXIST)
+        return fail(why, what, path, systemWords(errno));
     // Non-blocking, so that a pipe without a reader is an error and no endless wait.
     const int file = openRetrying(
         AT_FDCWD, mNative, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY, 0666);
@@ -359,14 +366,15 @@ void FPlainFile::append(const char *data, qint64 size)
         flush();
         if (mReason.isEmpty())
             writeAll(mFile, data, size, &mReason);
-    } else {
-        if (mGathered.size() + size > mGathered.capacity()) {
-            const bool first = mGathered.isEmpty();
-            flush();
-            mGathered.reserve(first ? kGather : kGatherLong);
-        }
-        mGathered.append(data, int(size));
+        return;
     }
+    if (mGatheredSize + size > mCapacity) {
+        flush();
+        mCapacity = mCapacity == 0 ? kGather : kGatherLong;
+        mGathered.reset(new char[size_t(mCapacity)]);
+    }
+    memcpy(mGathered.get() + mGatheredSize, data, size_t(size));
+    mGatheredSize += size;
 }
 
 bool FPlainFile::finish(QString *why)
@@ -388,8 +396,8 @@ bool FPlainFile::finish(QString *why)
 void FPlainFile::flush()
 {
     if (mReason.isEmpty())
-        writeAll(mFile, mGathered.constData(), mGathered.size(), &mReason);
-    mGathered.resize(0); // keeps the capacity that was reserved
+        writeAll(mFile, mGathered.get(), mGatheredSize, &mReason);
+    mGatheredSize = 0;
 }
 
 QString relativePathProblem(const QString &relative)
@@ -400,15 +408,16 @@ QString relativePathProblem(const QString &relative)
         return QStringLiteral("it holds a zero character");
     if (relative.startsWith(QLatin1Char('/')))
         return QStringLiteral("it is absolute");
-    const QStringList parts = relative.split(QLatin1Char('/'));
-    if (parts.last().isEmpty() || parts.last() == QLatin1String("."))
+    const QStringRef last = relative.midRef(relative.lastIndexOf(QLatin1Char('/')) + 1);
+    if (last.isEmpty() || last == QLatin1String("."))
         return QStringLiteral("it names no file");
-    if (parts.contains(QStringLiteral("..")))
+    const QString up = QStringLiteral("..");
+    if (relative.contains(up) && relative.split(QLatin1Char('/')).contains(up))
         return QStringLiteral("\"..\" may leave the folder");
     return QString();
 }
 
-QString safeJoin(const QString &folder, const QString &relative, QString *why)
+QString safeJoin(const QString &folder, const QString &relative, QString *why, LastPart lastPart)
 {
     const auto refuse = [&](const QString &reason) {
         if (why)
@@ -422,18 +431,23 @@ QString safeJoin(const QString &folder, const QString &relative, QString *why)
         return refuse(QStringLiteral("there is no folder for it"));
     if (folder.contains(QChar(0)))
         return refuse(QStringLiteral("it holds a zero character"));
-    QStringList parts = relative.split(QLatin1Char('/'));
-    parts.removeAll(QString());
-    parts.removeAll(QStringLiteral("."));
 
     QString path = folder;
     while (path.size() > 1 && path.endsWith(QLatin1Char('/')))
         path.chop(1);
-    const QByteArray top = path.toUtf8();
+    const QString top = path;
     bool exists = true;
-    for (const QString &part : qAsConst(parts)) {
-        path += path.endsWith(QLatin1Char('/')) ? part : QLatin1Char('/') + part;
-        if (!exists)
+    for (int from = 0, to; from < relative.size(); from = to + 1) {
+        to = relative.indexOf(QLatin1Char('/'), from);
+        if (to < 0)
+            to = relative.size();
+        const QStringRef part = relative.midRef(from, to - from);
+        if (part.isEmpty() || part == QLatin1String("."))
+            continue;
+        if (!path.endsWith(QLatin1Char('/')))
+            path += QLatin1Char('/');
+        path += part;
+        if (!exists || (lastPart == LastPart::Unchecked && to == relative.size()))
             continue;
         const QByteArray native = path.toUtf8();
         struct stat info;
@@ -445,7 +459,7 @@ QString safeJoin(const QString &folder, const QString &relative, QString *why)
             char *real = realpath(native.constData(), nullptr);
             const QByteArray target(real);
             free(real);
-            real = realpath(top.constData(), nullptr);
+            real = realpath(top.toUtf8().constData(), nullptr);
             const QByteArray root(real);
             free(real);
             if (target.isEmpty())

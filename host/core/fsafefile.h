@@ -3,6 +3,7 @@
 #define FSAFEFILE_H
 #include <QByteArray>
 #include <QString>
+#include <memory>
 #include <sys/types.h>
 
 /// The system calls behind FSafeFile. Each returns -1 and sets errno when it fails. Tests put
@@ -93,7 +94,9 @@ private:
     int mFile = -1;
     bool mIsRegular = false;
     qint64 mSize = 0;
-    QByteArray mGathered;
+    std::unique_ptr<char[]> mGathered;
+    qint64 mGatheredSize = 0;
+    qint64 mCapacity = 0;
     QString mReason; // of the first failure
 };
 
@@ -105,5 +108,9 @@ QString relativePathProblem(const QString &relative);
 /// \p *why says the reason, if it would leave the folder (a ".." segment anywhere, an absolute
 /// path, a link on the way that leads out or nowhere) or names no file (nothing, a slash at the
 /// end, a zero character). Backslashes are ordinary characters. Nothing of the path need exist.
-QString safeJoin(const QString &folder, const QString &relative, QString *why);
+/// LastPart::Unchecked is for callers that refuse a link at the end of the path when they open it,
+/// as FPlainFile does.
+enum class LastPart { Checked, Unchecked };
+QString safeJoin(const QString &folder, const QString &relative, QString *why,
+                 LastPart lastPart = LastPart::Checked);
 #endif
