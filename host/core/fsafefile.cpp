@@ -368,13 +368,12 @@ void FPlainFile::append(const char *data, qint64 size)
             writeAll(mFile, data, size, &mReason);
         return;
     }
-    if (mGatheredSize + size > mCapacity) {
+    if (mGathered.size() + size_t(size) > mGathered.capacity()) {
+        const bool first = mGathered.empty();
         flush();
-        mCapacity = mCapacity == 0 ? kGather : kGatherLong;
-        mGathered.reset(new char[size_t(mCapacity)]);
+        mGathered.reserve(first ? kGather : kGatherLong);
     }
-    memcpy(mGathered.get() + mGatheredSize, data, size_t(size));
-    mGatheredSize += size;
+    mGathered.append(data, size_t(size));
 }
 
 bool FPlainFile::finish(QString *why)
@@ -396,8 +395,8 @@ bool FPlainFile::finish(QString *why)
 void FPlainFile::flush()
 {
     if (mReason.isEmpty())
-        writeAll(mFile, mGathered.get(), mGatheredSize, &mReason);
-    mGatheredSize = 0;
+        writeAll(mFile, mGathered.data(), qint64(mGathered.size()), &mReason);
+    mGathered.clear();
 }
 
 QString relativePathProblem(const QString &relative)

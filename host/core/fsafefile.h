@@ -3,7 +3,7 @@
 #define FSAFEFILE_H
 #include <QByteArray>
 #include <QString>
-#include <memory>
+#include <string>
 #include <sys/types.h>
 
 /// The system calls behind FSafeFile. Each returns -1 and sets errno when it fails. Tests put
@@ -94,9 +94,7 @@ private:
     int mFile = -1;
     bool mIsRegular = false;
     qint64 mSize = 0;
-    std::unique_ptr<char[]> mGathered;
-    qint64 mGatheredSize = 0;
-    qint64 mCapacity = 0;
+    std::string mGathered;
     QString mReason; // of the first failure
 };
 
