@@ -1,7 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 """A thousand designs of a trivial program, supervised, against a bare loop that starts it."""
 import json
-import shutil
 import subprocess
 import sys
 
@@ -54,19 +53,13 @@ def run(bench):
     trivial = str(bench.bin / "bench_trivial")
     file = bench.data / "runs.tbk"
     designs, loop = bench.data / "runs_designs", bench.data / "runs_loop"
-    old = bench.data / "runs_old"
     file.write_text(project(trivial), encoding="utf-8")
 
-    def put_away(_which):
-        # Not removed before the end: a file system may be slow to make files for minutes after
-        # thousands were removed, and would be so for one of the two more than for the other.
-        for folder in (designs, loop):
-            if folder.exists():
-                folder.rename(old / str(len(list(old.iterdir()))))
+    def put_away(_which=None):
+        bench.put_away(designs)
+        bench.put_away(loop)
 
-    for folder in (designs, loop, old):
-        shutil.rmtree(folder, ignore_errors=True)
-    old.mkdir()
+    put_away()
     check(bench, str(file))
     for jobs in (1, 2):
         bench.compare(f"{DESIGNS} designs of a trivial program, --jobs {jobs}",
@@ -76,5 +69,5 @@ def run(bench):
                       [str(bench.bin / "bench_spawn_loop"), trivial, str(loop), str(DESIGNS),
                        str(jobs)],
                       2.2, rounds=5, before=put_away)
-    put_away(None)
-    shutil.rmtree(old)
+    put_away()
+    file.unlink()

@@ -8,6 +8,7 @@ ratio of the two is a result; single times mean nothing on another machine.
 import math
 import os
 import pathlib
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -23,6 +24,20 @@ class Bench:
         self.data.mkdir(parents=True, exist_ok=True)
         self.turnbuckle = str(self.bin / "turnbuckle")
         self.rows = []
+        self.old = self.data / "old"
+        self.remove_old()
+        self.old.mkdir()
+
+    def put_away(self, folder):
+        """Moves a folder with many files out of the way. They are not removed before the end: a
+        file system may be slow to make files for minutes after thousands were removed, and would be
+        so for one of two works more than for the other."""
+        if folder.exists():
+            folder.rename(self.old / str(len(list(self.old.iterdir()))))
+
+    def remove_old(self):
+        """Removes what was put away, also by a benchmark that was interrupted."""
+        shutil.rmtree(self.old, ignore_errors=True)
 
     def compare(self, work, subject, against, yardstick, bar, rounds=7, before=None):
         """Adds a row: `subject` and `yardstick` are commands (lists, or strings for a shell),

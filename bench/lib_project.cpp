@@ -3,7 +3,7 @@
 // Times what a user does with a whole project within a process: load it, set the parameter that
 // others follow and read the last of them, rename an entry, undo that, save.
 //
-//   lib_project PROJECT TARGET ROUNDS STATEMENT VALUE RENAME    prints the smallest milliseconds of
+//   lib_project PROJECT TARGET STATEMENT VALUE RENAME    prints the value and the milliseconds of
 //       each; STATEMENT sets the parameter, VALUE is the expression that is read, RENAME renames
 
 #include "barefiles.h"
@@ -26,8 +26,8 @@ bool execute(const char *statement)
 int main(int argc, char **argv)
 {
     const QCoreApplication application(argc, argv);
-    if (argc != 7) {
-        fprintf(stderr, "usage: lib_project PROJECT TARGET ROUNDS STATEMENT VALUE RENAME\n");
+    if (argc != 6) {
+        fprintf(stderr, "usage: lib_project PROJECT TARGET STATEMENT VALUE RENAME\n");
         return 2;
     }
     const QString project = QString::fromLocal8Bit(argv[1]),
@@ -38,23 +38,18 @@ int main(int argc, char **argv)
     const std::function<void()> works[] = {
         [&] { good = FProject::instance()->load(project) && good; },
         [&] {
-            good = execute(argv[4]) && good;
-            value = FExprBase(FExprBase::resolve(argv[5]).getPtr()).toPlainString();
+            good = execute(argv[3]) && good;
+            value = FExprBase(FExprBase::resolve(argv[4]).getPtr()).toPlainString();
         },
-        [&] { good = execute(argv[6]) && good; },
+        [&] { good = execute(argv[5]) && good; },
         [&] { good = FHistory::instance()->undo() && good; },
         [&] {
             QString why;
             good = FProject::instance()->save(target, &why) && good;
         }};
-    double best[] = {1e9, 1e9, 1e9, 1e9, 1e9};
-    for (int round = 0; round < atoi(argv[3]); ++round) {
-        FProject::instance()->clear();
-        for (int i = 0; i < 5; ++i)
-            best[i] = std::min(best[i], BareFiles::milliseconds(works[i]));
-    }
-    printf("%s", value.c_str());
-    for (const double time : best)
-        printf(" %.3f", time);
+    std::string times;
+    for (const auto &work : works)
+        times += " " + std::to_string(BareFiles::milliseconds(work));
+    printf("%s%s\n", value.c_str(), times.c_str());
     return good ? 0 : 1;
 }

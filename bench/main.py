@@ -23,6 +23,7 @@ def main():
     bench = harness.Bench(sys.argv[1], sys.argv[2])
     for area in sys.argv[3:] or AREAS:
         importlib.import_module("bench_" + area).run(bench)
+    bench.remove_old()
     barred = [row for row in bench.rows if math.isfinite(row["bar"])]
     missed = [row for row in barred if row["ratio"] > row["bar"]]
     lines = [f"Measured {datetime.date.today()} on {machine()}.", "",

@@ -217,7 +217,7 @@ std::string operandText(const FExprBase &operand, int minimum)
 int FOperators::precedence(const std::string &symbol)
 {
     for (const Operator &op : kBinary)
-        if (symbol == op.symbol)
+        if (symbol[0] == op.symbol[0] && symbol == op.symbol)
             return op.precedence;
     return 0;
 }

@@ -148,19 +148,30 @@ std::vector<std::shared_ptr<FManaged>> FProject::savingOrder()
     return order;
 }
 
+QByteArray FProject::utf8() const
+{
+    QByteArray bytes;
+    QString text; // of one object at a time: the whole would be held twice
+    text.reserve(4096);
+    QTextStream stream(&text);
+    for (const auto &object : savingOrder()) {
+        object->saveScopeManner(stream, 0, false, false);
+        stream.flush();
+        bytes += text.toUtf8();
+        text.resize(0); // what is reserved stays
+    }
+    return bytes.startsWith('\n') ? bytes.mid(1) : bytes;
+}
+
 QString FProject::text() const
 {
-    QString text;
-    QTextStream stream(&text);
-    for (const auto &object : savingOrder())
-        object->saveScopeManner(stream, 0, false, false);
-    stream.flush();
-    return text.mid(text.startsWith('\n') ? 1 : 0);
+    const QByteArray bytes = utf8();
+    return QString::fromUtf8(bytes.constData(), bytes.size());
 }
 
 bool FProject::save(const QString &path, QString *why)
 {
-    return FSafeFile::write(path, text().toUtf8(), why);
+    return FSafeFile::write(path, utf8(), why);
 }
 
 void FProject::clear()

@@ -29,6 +29,7 @@ public:
     /// The project as a script: suppliers before what refers to them, else in the order of
     /// registration. A project loaded from it gives the same text again.
     QString text() const;
+    QByteArray utf8() const;
     /// Removes all objects, history and messages, and makes those that every project has.
     void clear();
     /// Adds a maker of objects that every project has.

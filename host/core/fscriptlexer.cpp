@@ -40,6 +40,8 @@ size_t FScriptLexer::skipBlanks(size_t at, bool *unclosed) const
         at = mSource.find_first_not_of(" \t\r\n\f\v", at);
         if (at == std::string::npos)
             return mSource.size();
+        if (mSource[at] != '/')
+            return at;
         if (mSource.compare(at, 2, "//") == 0) {
             at = mSource.find('\n', at);
             if (at == std::string::npos)
@@ -120,7 +122,7 @@ FScriptToken FScriptLexer::scan(size_t from) const
         static const char *two[] = {"==", "!=", "<=", ">="};
         token.end = at + 1;
         for (const char *symbol : two)
-            if (mSource.compare(at, 2, symbol) == 0)
+            if (mSource[at] == symbol[0] && mSource.compare(at, 2, symbol) == 0)
                 token.end = at + 2;
         token.text = mSource.substr(at, token.end - at);
     }

@@ -143,16 +143,21 @@ void FLargeText::reserve(std::string *text, size_t size)
 
 std::string FLiteral::quoted(const std::string &text)
 {
-    std::string out = "\"";
-    size_t run = 0;
-    for (const char c : text) {
-        if (c == '"')
-            out.append(run + 1, '\\'); // double the run before the quote, then escape the quote
-        run = c == '\\' ? run + 1 : 0;
-        out += c;
+    std::string out;
+    out.reserve(text.size() + 2);
+    out = '"';
+    for (size_t from = 0;;) {
+        const size_t quote = text.find('"', from), end = std::min(quote, text.size());
+        out.append(text, from, end - from);
+        size_t run = 0; // of backslashes before the quote or the end: doubled
+        while (run < end && text[end - run - 1] == '\\')
+            ++run;
+        out.append(run, '\\');
+        if (quote == std::string::npos)
+            return out + '"';
+        out += "\\\"";
+        from = quote + 1;
     }
-    out.append(run, '\\');
-    return out + '"';
 }
 
 size_t FLiteral::findEnd(const std::string &source, size_t open, bool inList)
