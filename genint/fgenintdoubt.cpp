@@ -262,6 +262,16 @@ qint64 behindWord(const FLine<U> &line, qint64 at, const char *word)
     return at;
 }
 
+/// True if the word that ends at \p end names the value behind it: "inf = 1.5e-03".
+template <class U>
+bool isLabel(const FLine<U> &line, qint64 end)
+{
+    while (end < line.size && isSpaceUnit(line[end])) {
+        ++end;
+    }
+    return line[end] == '=' || line[end] == ':';
+}
+
 /// What stands around a field: true if it looks like a place for a number.
 template <class U>
 bool amongNumbers(const FLine<U> &line, qint64 from, qint64 begin, qint64 end)
@@ -319,7 +329,7 @@ bool lacksNumber(const U *units, qint64 size, qint64 from, qint64 to)
             if (end > 0 && ((line[end] | 0x20) == 'q' || (line[end] | 0x20) == 's')) {
                 ++end;
             }
-            if (end > 0 && !isWord(line[end]) && !line.digit(end)) {
+            if (end > 0 && !isWord(line[end]) && !line.digit(end) && !isLabel(line, end)) {
                 return true;
             }
             end = behindWord(line, i, "inf");
@@ -327,7 +337,7 @@ bool lacksNumber(const U *units, qint64 size, qint64 from, qint64 to)
                 end = std::max(end, behindWord(line, i, "infinity"));
             }
             if (end > 0 && !isWord(line[end]) && !line.digit(end) && line[end] != '-' &&
-                amongNumbers(line, from, i, end)) {
+                !isLabel(line, end) && amongNumbers(line, from, i, end)) {
                 return true;
             }
         }

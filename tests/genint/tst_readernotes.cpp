@@ -135,6 +135,8 @@ void TestReaderNotes::convertsSpellings_data()
          0, "1", touches},
         {"\xD9\xA3", 0, "nan", "not a number"},
         {"1.0 NaN 3.0", 1, "3", lacks},
+        {"obj = 3 inf =   1.5e-03", 1, "0.0015", ""},
+        {"NaN: 0 of 12", 1, "12", ""},
         {"1.0 nan 3.0", 0, "1", ""},
         {"-nan 3.0", 0, "3", lacks},
         {"1.0 **** 3.0", 1, "3", lacks},
