@@ -272,6 +272,25 @@ bool isLabel(const FLine<U> &line, qint64 end)
     return line[end] == '=' || line[end] == ':';
 }
 
+/// How many stars frame a heading: "***** Iteration 12 *****"; 0 if the line begins otherwise.
+template <class U>
+qint64 headingStars(const FLine<U> &line)
+{
+    qint64 begin = 0;
+    while (begin < line.size && isSpaceUnit(line[begin])) {
+        ++begin;
+    }
+    qint64 end = begin;
+    while (line[end] == '*') {
+        ++end;
+    }
+    qint64 text = end;
+    while (text < line.size && isSpaceUnit(line[text])) {
+        ++text;
+    }
+    return isWord(line[text]) ? end - begin : 0;
+}
+
 /// What stands around a field: true if it looks like a place for a number.
 template <class U>
 bool amongNumbers(const FLine<U> &line, qint64 from, qint64 begin, qint64 end)
@@ -314,7 +333,8 @@ bool lacksNumber(const U *units, qint64 size, qint64 from, qint64 to)
             }
             // Few stars that begin a line are a mark of a heading rather than a field.
             const bool begins = std::all_of(units + from, units + i, isSpaceUnit);
-            if (end - i >= (begins ? 4 : 2) && amongNumbers(line, from, i, end)) {
+            if (end - i >= (begins ? 4 : 2) && end - i != headingStars(line) &&
+                amongNumbers(line, from, i, end)) {
                 return true;
             }
             i = end - 1;
