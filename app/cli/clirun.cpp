@@ -129,15 +129,19 @@ void printRun(const FRunRecord &record, const std::vector<std::shared_ptr<FTable
     }
 }
 
-/// A table of designs and parameters, as it stands after each design.
+/// A table of designs and parameters, as it stands after each design. Designs stand in the order
+/// in which they were asked for, whichever ends first.
 class FSummary
 {
 public:
+    explicit FSummary(const std::vector<std::shared_ptr<FDesign>> &designs)
+    {
+        for (const auto &design : designs)
+            mDesigns.push_back(design->getName());
+    }
     void note(const std::string &design)
     {
         auto &row = mRows[design];
-        if (row.empty())
-            mOrder.push_back(design);
         for (const auto &handle : getEntities<FParameter>()) {
             const auto parameter = handle.getPtr();
             row[parameter->getName()] = FCli::jsonOf(FExprBase(parameter));
@@ -152,11 +156,8 @@ public:
                              const std::string &note) {
             if (note.empty())
                 return;
-            ++mDoubtful[record.design];
-            const std::string text =
-                record.computation + " " + table.getName() + " " + name + ": " + note;
-            if (mDoubts[text].insert(record.design).second && mDoubts[text].size() == 1)
-                mDoubtOrder.push_back(text);
+            mDoubts[record.design].push_back(record.computation + " " + table.getName() + " " +
+                                             name + ": " + note);
         };
         for (const auto &table : tables) {
             for (size_t i = 0; i < table->origins().size() && i < table->rowHeaders().size(); ++i)
@@ -178,29 +179,37 @@ public:
     }
     void print() const
     {
-        if (mOrder.empty() || mColumns.empty())
+        if (mRows.empty() || mColumns.empty())
             return;
         std::vector<std::vector<std::string>> table{{"design"}};
         table[0].insert(table[0].end(), mColumns.begin(), mColumns.end());
-        for (const std::string &design : mOrder) {
+        if (!mDoubts.empty())
+            table[0].push_back("doubts");
+        std::vector<std::string> texts;
+        std::map<std::string, size_t> designs; // by text
+        for (const std::string &design : mDesigns) {
+            const auto doubts = mDoubts.find(design);
+            if (doubts != mDoubts.end())
+                for (const std::string &text : doubts->second)
+                    if (designs[text]++ == 0)
+                        texts.push_back(text);
+            const auto row = mRows.find(design);
+            if (row == mRows.end())
+                continue;
             std::vector<std::string> line{design};
             for (const std::string &name : mColumns) {
-                const auto at = mRows.at(design).find(name);
-                const QJsonValue value = at == mRows.at(design).end() ? QJsonValue() : at->second;
+                const auto at = row->second.find(name);
+                const QJsonValue value = at == row->second.end() ? QJsonValue() : at->second;
                 line.push_back(value.isDouble()   ? S(QString::number(value.toDouble(), 'g', 7))
                                : value.isString() ? S(value.toString())
                                : value.isBool()   ? (value.toBool() ? "true" : "false")
                                                   : "-");
             }
+            if (!mDoubts.empty())
+                line.push_back(
+                    doubts == mDoubts.end() ? "-" : "! " + std::to_string(doubts->second.size()));
             table.push_back(line);
         }
-        if (!mDoubts.empty())
-            for (size_t i = 0; i < table.size(); ++i) {
-                const auto at = i > 0 ? mDoubtful.find(mOrder[i - 1]) : mDoubtful.end();
-                table[i].push_back(i == 0                  ? "doubts"
-                                   : at == mDoubtful.end() ? "-"
-                                                           : "! " + std::to_string(at->second));
-            }
         std::vector<size_t> widths(table[0].size());
         for (const auto &line : table)
             for (size_t i = 0; i < line.size(); ++i)
@@ -212,19 +221,18 @@ public:
                 text += i + 1 < line.size() ? FCli::padded(line[i], widths[i]) + "  " : line[i];
             FCli::out(text);
         }
-        for (const std::string &text : mDoubtOrder)
+        for (const std::string &text : texts)
             FCli::out("! " + text +
-                      (mOrder.size() > 1 ? " (" + std::to_string(mDoubts.at(text).size()) + " of " +
-                                               std::to_string(mOrder.size()) + " designs)"
-                                         : std::string()));
+                      (mRows.size() > 1 ? " (" + std::to_string(designs[text]) + " of " +
+                                              std::to_string(mRows.size()) + " designs)"
+                                        : std::string()));
     }
 
 private:
     std::map<std::string, std::map<std::string, QJsonValue>> mRows;
-    std::vector<std::string> mOrder, mColumns, mDoubtOrder;
+    std::vector<std::string> mDesigns, mColumns;
     std::set<std::string> mNames;
-    std::map<std::string, size_t> mDoubtful;              // values by design
-    std::map<std::string, std::set<std::string>> mDoubts; // designs by value and note
+    std::map<std::string, std::vector<std::string>> mDoubts; // by design
 };
 
 QJsonObject parametersNow()
@@ -300,9 +308,8 @@ int FCli::run(const FCliOptions &options)
     for (const auto &design : designs)
         queue.add(design, chain);
     FProgress progress(!options.json);
-    FSummary summary;
-    QJsonArray runs;
-    QJsonObject parameters;
+    FSummary summary(designs);
+    std::map<std::string, std::vector<QJsonObject>> runsOf; // by design
     queue.setListener([&](const FRunRecord &record) {
         const auto tables = record.succeeded() ? tablesOf(record.computation)
                                                : std::vector<std::shared_ptr<FTableData>>();
@@ -311,7 +318,7 @@ int FCli::run(const FCliOptions &options)
             for (const auto &table : tables)
                 json.append(
                     QJsonObject{{"name", Q(table->getName())}, {"rows", rowsOf(*table, false)}});
-            runs.append(runJson(record, json));
+            runsOf[record.design].push_back(runJson(record, json));
         } else {
             if (designs.size() == 1)
                 printRun(record, tables);
@@ -328,6 +335,10 @@ int FCli::run(const FCliOptions &options)
     }
     if (options.json) {
         FDesign::setCurrent(designs.back());
+        QJsonArray runs;
+        for (const auto &design : designs)
+            for (const QJsonObject &run : runsOf[design->getName()])
+                runs.append(run);
         print(QJsonObject{{"project", Q(options.project)},
                           {"runs", runs},
                           {"parameters", parametersNow()},

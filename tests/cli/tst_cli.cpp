@@ -96,6 +96,7 @@ private Q_SLOTS:
     void agreesWithSolverCalledByHand();
     void runsAndReportsInJson();
     void choosesDesignsAndComputations();
+    void keepsTheOrderOfDesigns();
     void tableMarksDoubts();
     void reasons_data();
     void reasons();
@@ -237,6 +238,24 @@ void TestCli::choosesDesignsAndComputations()
     const QRegularExpression line("^wide +4 +8$", QRegularExpression::MultilineOption);
     QVERIFY2(line.match(table).hasMatch(), table);
     QVERIFY2(!table.contains("doubts"), table);
+}
+
+void TestCli::keepsTheOrderOfDesigns()
+{
+    const FSandbox box;
+    // The baseline, whose sum is 6.5, waits for the other design.
+    box.write("p.tbk", project("sh", "-c 'if grep -q 2.5 in.txt; then "
+                                     "until [ -e ../../wide/solver/out.txt ]; do sleep 0.02; done; "
+                                     "fi; " +
+                                         kFakesim + " sum in.txt out.txt'"));
+    const FCall call = box.call({"run", "p.tbk", "--all-designs", "--jobs", "2", "--json"});
+    QCOMPARE(call.run(0)["design"].toString(), QString("baseline"));
+    QCOMPARE(call.run(1)["design"].toString(), QString("wide"));
+    QVERIFY(QDir(box.path("p_designs")).removeRecursively());
+    const QByteArray table = box.call({"run", "p.tbk", "--all-designs", "--jobs", "2"}).out;
+    QVERIFY2(table.contains("\nbaseline ") &&
+                 table.indexOf("\nbaseline ") < table.indexOf("\nwide "),
+             table);
 }
 
 void TestCli::tableMarksDoubts()
