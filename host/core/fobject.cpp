@@ -68,8 +68,7 @@ FObject::~FObject()
         supplier->mClients.remove(this, true);
     for (FObject *client : mClients.objects())
         client->mSuppliers.remove(this, true);
-    if (mPending)
-        FUpdates::forget(this);
+    FUpdates::forget(this);
 }
 
 std::shared_ptr<FObject> FObject::getSuperClass() const

@@ -274,7 +274,7 @@ private:
     mutable unsigned long mVisit = 0; // number of the last graph walk that came by
     mutable bool mStale = true;
     mutable bool mUpdating = false;
-    mutable bool mPending = false;
+    mutable size_t mPending = 0; // its place among the objects that wait for a flush, from 1
     bool mImmediateUpdate = true;
     bool mDestroyed = false;
     bool mTouched = false;

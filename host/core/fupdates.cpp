@@ -112,8 +112,8 @@ void FUpdates::request(FObject *object)
 {
     if (object->mPending || object->weak_from_this().expired())
         return;
-    object->mPending = true;
     gPending.push_back(object);
+    object->mPending = gPending.size();
     if (!gPosted && QCoreApplication::instance() && !FMarloCtrl::instance()->isLoadingProject()) {
         gPosted = true;
         QTimer::singleShot(0, QCoreApplication::instance(), [] {
@@ -125,9 +125,8 @@ void FUpdates::request(FObject *object)
 
 void FUpdates::forget(FObject *object)
 {
-    for (FObject *&pending : gPending)
-        if (pending == object)
-            pending = nullptr;
+    if (object->mPending > 0)
+        gPending[object->mPending - 1] = nullptr;
 }
 
 void FUpdates::flush()
@@ -141,7 +140,7 @@ void FUpdates::flush()
         for (FObject *object : gPending) {
             if (!object)
                 continue;
-            object->mPending = false;
+            object->mPending = 0;
             if (auto shared = object->weak_from_this().lock())
                 batch.push_back(std::move(shared));
         }

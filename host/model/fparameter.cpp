@@ -160,16 +160,12 @@ FStatus FDesign::setValue(const std::string &name, const FExprBase &value)
     if (target == parameter || (target && parameter->hasClient(target, true)))
         return {"cyclic dependency: the value " + value.toString() + " of " + name +
                 " depends on " + name};
-    Override *own = nullptr;
-    for (Override &existing : mValues)
-        if (existing.parameter.getExpr() == parameter)
-            own = &existing;
-    if (!own) {
+    const auto place = mPlaces.emplace(parameter.get(), mValues.size());
+    if (place.second)
         mValues.push_back({FExpr<FParameter, true>(parameter), FExprBase()});
-        own = &mValues.back();
-    }
-    own->value = value;
-    connectValues();
+    Override &own = mValues[place.first->second];
+    own.value = value;
+    connect(&own);
     FExternComputation::designEdited(this);
     if (current().get() == this) {
         gSwitching = true; // other designs are not concerned
@@ -183,10 +179,10 @@ FStatus FDesign::setValue(const std::string &name, const FExprBase &value)
 
 const FExprBase *FDesign::valueOf(const FParameter *parameter) const
 {
-    for (const Override &own : mValues)
-        if (own.parameter.getExpr().get() == parameter && own.parameter)
-            return &own.value;
-    return nullptr;
+    const auto place = mPlaces.find(parameter);
+    return place == mPlaces.end() || !parameter || parameter->isDestroyed()
+               ? nullptr
+               : &mValues[place->second].value;
 }
 
 void FDesign::collectNamed(std::vector<const FObject *> *objects) const
@@ -197,17 +193,14 @@ void FDesign::collectNamed(std::vector<const FObject *> *objects) const
     }
 }
 
-void FDesign::connectValues()
+void FDesign::connect(Override *own)
 {
     // Only a value that may change by itself makes the parameter stale, and a design never gets
     // stale. With an edge for each plain number a parameter would drag all designs of a study
     // through every change of design.
-    for (Override &own : mValues) {
-        const std::shared_ptr<FObject> value = own.value.getExpr();
-        if (value &&
-            !(std::dynamic_pointer_cast<FBasicType>(value) && value->suppliers().isEmpty()))
-            own.value.registerClient(own.parameter.getExpr(), false);
-    }
+    const std::shared_ptr<FObject> value = own->value.getExpr();
+    if (value && !(std::dynamic_pointer_cast<FBasicType>(value) && value->suppliers().isEmpty()))
+        own->value.registerClient(own->parameter.getExpr(), false);
 }
 
 bool FDesign::isSaved() const { return this != theBaseline().get(); }
@@ -230,7 +223,11 @@ void FDesign::visitState(FStateVisitor &state)
 void FDesign::stateRestored()
 {
     FEntity::stateRestored();
-    connectValues();
+    mPlaces.clear();
+    for (Override &own : mValues) {
+        mPlaces.emplace(own.parameter.getExpr().get(), mPlaces.size());
+        connect(&own);
+    }
     touch();
 }
 

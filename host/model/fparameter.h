@@ -5,6 +5,8 @@
 #include "fcmd.h"
 #include "fmanaged.h"
 
+#include <unordered_map>
+
 class FDesign;
 
 /// Base of definitions, configurations, parameters and designs.
@@ -94,8 +96,9 @@ private:
         FExpr<FParameter, true> parameter;
         FExprBase value;
     };
-    void connectValues();
+    static void connect(Override *own);
     void touch() const;
     std::vector<Override> mValues;
+    std::unordered_map<const FObject *, size_t> mPlaces; // in mValues, by parameter
 };
 #endif
