@@ -79,7 +79,7 @@ def run(bench):
                       rounds=21 if size == 30 else 7)
         if size == 300:
             for count in (1, 100):
-                bench.add(f"300 MB log, {count} rules, MiB beyond the mapped file", "MiB",
+                bench.add(f"300 MB log, {count} rule{'s' * (count > 1)}, MiB beyond the mapped file", "MiB",
                           peak_beyond(commands[count], log), 64, "largest RssAnon")
     table = generate(bench, "table", 1000000, "table.txt")
     project = write_project(bench.data / "table.tbk", "table.txt",

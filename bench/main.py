@@ -30,7 +30,8 @@ def main():
              "| Work | Against | Ratio | Bar | Times |", "|---|---|---|---|---|"]
     for row in bench.rows:
         bar = f"{row['bar']:g}" if row in barred else "–"
-        lines.append(f"| {row['work']} | {row['against']} | {row['ratio']:.2f} | {bar}"
+        against = row["against"].replace("|", "\\|")
+        lines.append(f"| {row['work']} | {against} | {row['ratio']:.2f} | {bar}"
                      f"{' (missed)' if row in missed else ''} | {row['details']} |")
     table = "\n".join(lines) + "\n"
     (bench.data / "performance.md").write_text(table, encoding="utf-8")
