@@ -42,7 +42,7 @@ QJsonObject commandJson(const FCommandInfo &info)
             {"class", Q(info.publicName())},
             {"arguments", arguments},
             {"returns", Q(info.returns)},
-            {"title", Q(info.title)},
+            {"title", Q(info.shownTitle())},
             {"hidden", info.hidden},
             {"guiThread", info.guiThread},
             {"systemFlag", int(info.systemFlag)},

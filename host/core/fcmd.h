@@ -55,6 +55,9 @@ struct FCommandInfo
     bool recorded = true;                         ///< history keeps the receiver's state
     std::function<bool(const FObject *)> savedIf; ///< saved only if it answers true
 
+    /// What an editor calls the command. The title "nolabel" stands for no label of its own: the
+    /// command is known by its category then.
+    const std::string &shownTitle() const { return title == "nolabel" ? category : title; }
     std::string receiverName() const { return receiver ? receiver->name : std::string(); }
     /// The public class name, put together from kind, receiver, name and types.
     std::string publicName() const;

@@ -114,6 +114,7 @@ private Q_SLOTS:
     void unreadableProjects();
     void savesOnlyWhole();
     void loadingStartsNothing();
+    void tellsItsCommands();
 };
 
 void TestCli::examples_data()
@@ -599,6 +600,37 @@ void TestCli::loadingStartsNothing()
     QVERIFY2(!call.log().isEmpty(), call.out);
     QCOMPARE(QDir(box.path()).entryList(QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot),
              QStringList({"p.tbk"}));
+}
+
+void TestCli::tellsItsCommands()
+{
+    const FSandbox box;
+    const FCall call = box.call({"commands", "--json"});
+    QCOMPARE(call.code, 0);
+    QMap<QString, QJsonObject> byClass;
+    for (const QJsonValue &command : QJsonDocument::fromJson(call.out).array())
+        byClass[command.toObject()["class"].toString()] = command.toObject();
+    const QJsonObject creator =
+        byClass["FCreateCmdFResultsGenIntgenericIntegrationResultsFDesignint"];
+    QCOMPARE(creator["kind"].toString(), QString("creator"));
+    const QJsonArray arguments = creator["arguments"].toArray();
+    QCOMPARE(arguments.size(), 2);
+    QCOMPARE(arguments[1].toObject(),
+             (QJsonObject{{"type", "int"}, {"name", "computationId"}, {"default", "0"}}));
+    const QJsonObject attribute = byClass["FAttribCmdFGenIntFilesetFileNameQString"];
+    QCOMPARE(attribute["title"].toString(), QString("File Name"));
+    QCOMPARE(attribute["returns"].toString(), QString("FGenIntFile"));
+    QCOMPARE(attribute["systemFlag"].toInt(), 2);
+    QVERIFY(attribute["hidden"].toBool() && attribute["guiThread"].toBool());
+    // Without a label of its own an attribute is known by its category.
+    QCOMPARE(byClass["FAttribCmdFGenIntComputationsetConfigurationFConfigurationGenInt"]["title"]
+                 .toString(),
+             QString("Configuration"));
+
+    QVERIFY(box.call({"help"}).out.contains("genericIntegrationDefinition: "));
+    const QByteArray topic = box.call({"help", "setFileName"}).out;
+    QVERIFY2(topic.startsWith("FGenIntFile.setFileName(QString fileName) : FGenIntFile\n"), topic);
+    QCOMPARE(box.call({"help", "nosuch"}).code, 2);
 }
 
 QTEST_GUILESS_MAIN(TestCli)
