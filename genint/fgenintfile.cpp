@@ -18,6 +18,7 @@ const std::string ENTRYGROUP_EXPORTS = "Exports";
 
 namespace {
 const char kEncoded[] = "[B64]";
+constexpr char kByteOrderMark[] = "\xef\xbb\xbf";
 
 /// The bits of a letter of base64 at each of the four places of a group.
 struct FBase64Bits
@@ -67,8 +68,11 @@ FGenIntFile::FGenIntFile(std::string name)
 
 QString FGenIntFile::getContent() const
 {
-    const QByteArray bytes =
+    QByteArray bytes =
         mUtf8 ? QByteArray::fromRawData(mUtf8->data(), int(mUtf8->size())) : mContent.toUtf8();
+    // Reading drops a byte order mark at the start, so one that belongs to the text stands twice.
+    if (bytes.startsWith(kByteOrderMark))
+        bytes.prepend(kByteOrderMark);
     return QString::fromLatin1(kEncoded + bytes.toBase64());
 }
 
@@ -100,11 +104,12 @@ std::shared_ptr<FGenIntFile> FGenIntFile::setContentFromScript(const FUtf8Text &
         constexpr size_t start = sizeof kEncoded - 1;
         given = std::make_shared<const std::string>(
             decodedBase64(given->data() + start, given->size() - start));
-    } else if (FMarloCtrl::instance()->isLoadingProject() &&
-               given->find("\\n") != std::string::npos) {
+    } else if (given->compare(0, 3, kByteOrderMark) == 0 ||
+               (FMarloCtrl::instance()->isLoadingProject() &&
+                given->find("\\n") != std::string::npos)) {
         return setContent(Q(*given));
     }
-    const bool same = given->compare(0, 3, "\xef\xbb\xbf") != 0 &&
+    const bool same = given->compare(0, 3, kByteOrderMark) != 0 &&
                       FUtf8::firstBadByte(given->data(), given->size()) == std::string::npos;
     mContent = same ? QString() : QString::fromUtf8(given->data(), int(given->size()));
     mUtf8 = same ? given : nullptr;

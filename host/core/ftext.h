@@ -22,7 +22,9 @@ inline std::string S(const QString &text)
 }
 inline QString Q(const std::string &text)
 {
-    return QString::fromUtf8(text.data(), int(text.size()));
+    // Qt takes a byte order mark at the start for a sign of the encoding; here it is a character.
+    const QString rest = QString::fromUtf8(text.data(), int(text.size()));
+    return text.compare(0, 3, "\xef\xbb\xbf") == 0 ? QChar(0xfeff) + rest : rest;
 }
 
 /// Numbers as text, never localised. \p base is 2 to 36.

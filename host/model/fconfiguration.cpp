@@ -204,6 +204,16 @@ void FConfiguration::followRename(const std::shared_ptr<FEntryDef> &definition)
     mIndexValid = false;
 }
 
+std::shared_ptr<FEntry> FConfiguration::entryCalled(const std::string &path) const
+{
+    auto entry = findEntry(path);
+    const auto definition = getDefinition().getPtr();
+    if (!definition || (entry && hasLiveDefinition(*entry, definition.get())))
+        return entry;
+    const auto wanted = definition->getEntryOfScope(path).getPtr();
+    return wanted ? findEntry(wanted->getFullName()) : entry;
+}
+
 FStatus FConfiguration::setEntryCommand(const std::string &path, const FExprBase &value)
 {
     if (!getDefinition()) {
@@ -213,7 +223,7 @@ FStatus FConfiguration::setEntryCommand(const std::string &path, const FExprBase
         transaction.addStep(shared_from_this());
         return {};
     }
-    const auto entry = findEntry(path);
+    const auto entry = entryCalled(path);
     const auto definition = getDefinition().getPtr();
     if (!entry || !hasLiveDefinition(*entry, definition.get()))
         return {"no entry " + path + " in definition " + definition->getName()};
@@ -222,7 +232,7 @@ FStatus FConfiguration::setEntryCommand(const std::string &path, const FExprBase
 
 FExprBase FConfiguration::getEntryCommand(const std::string &path) const
 {
-    const auto entry = findEntry(path);
+    const auto entry = entryCalled(path);
     return entry ? FExprBase(entry) : FExprBase();
 }
 

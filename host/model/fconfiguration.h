@@ -27,6 +27,8 @@ public:
     /// All entries whose value is of the class of \p type.
     std::vector<std::shared_ptr<FEntry>> getEntry(const std::shared_ptr<FObject> &type, bool) const;
     std::shared_ptr<FEntry> findEntry(const std::string &fullName) const;
+    /// The same, and if there is none the entry of that name in another case.
+    std::shared_ptr<FEntry> entryCalled(const std::string &path) const;
     std::shared_ptr<FEntry> entryOf(const std::shared_ptr<FEntryDef> &definition,
                                     const std::shared_ptr<FEntry> &parent) const;
     void insertEntry(const std::shared_ptr<FEntry> &entry, const std::shared_ptr<FEntry> &parent);

@@ -115,8 +115,8 @@ bool FOvdlDefinitionParser::parse(const std::string &structure)
 {
     mEntries.clear();
     mName.clear();
-    const QString text = Q(structure);
     const size_t mark = structure.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0;
+    const QString text = Q(structure.substr(mark));
     QXmlStreamReader xml(text);
     const auto fail = [&](const QString &what) {
         error(xml.lineNumber(), xml.columnNumber(), what);

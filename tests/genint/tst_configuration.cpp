@@ -87,6 +87,12 @@ void tst_Configuration::pendingValues()
     QCOMPARE(entry("g|a"), QString("5"));
     QVERIFY(ModelTest::run("c.setEntry(\"g\",1);")[0].contains("is a group"));
     QVERIFY(ModelTest::run("c.setEntry(\"nix\",1);")[0].contains("no entry nix"));
+    // Another case will do unless there is an entry of that very name.
+    script("d.addEntry(\"C\",4); c.setEntry(\"G|A\",6); c.setEntry(\"C\",7);");
+    QCOMPARE(entry("g|a"), QString("6"));
+    QCOMPARE(ModelTest::value("c.getEntry(\"B\")"), QString("te\"xt\""));
+    QCOMPARE(entry("c"), QString("3"));
+    QCOMPARE(entry("C"), QString("7"));
 }
 
 void tst_Configuration::valuesByName()

@@ -75,6 +75,13 @@ private Q_SLOTS:
         QVERIFY(ended > 30'000);
     }
 
+    void keepsByteOrderMarks()
+    {
+        const std::string text = "\xef\xbb\xbf\xef\xbb\xbfx\xef\xbb\xbf";
+        QCOMPARE(S(Q(text)), text);
+        QCOMPARE(Q("\xef\xbb\xbf").size(), 1);
+    }
+
     void tellsTheLineOfABrokenByte()
     {
         FLogMsg::setConsole(nullptr);
