@@ -10,6 +10,7 @@
 #include "barefiles.h"
 #include "fconfigurationgenint.h"
 #include "fgenintwriter.h"
+#include "fobjectmanager.h"
 #include "fproject.h"
 #include "ftext.h"
 

@@ -2,6 +2,7 @@
 #include "fconfigurationgenint.h"
 
 #include "fcmdbinder.h"
+#include "fcmdmanager.h"
 #include "fdefinitiongenint.h"
 #include "fgenintdefinitionparser.h"
 #include "fgenintwriter.h"

@@ -12,6 +12,7 @@
 #include "fio.h"
 #include "flogmsg.h"
 #include "fmarloctrl.h"
+#include "fobjectmanager.h"
 #include "fovdldefinitionparser.h"
 
 #include <QTextStream>
@@ -143,6 +144,12 @@ void FDefinitionGenInt::clearFileStorages()
         list->erase(
             std::remove_if(list->begin(), list->end(), [](const auto &file) { return !file; }),
             list->end());
+}
+
+bool FDefinitionGenInt::ownsFile(const FObject *file) const
+{
+    return std::any_of(mFiles.begin(), mFiles.end(),
+                       [&](const auto &handle) { return handle.getExpr().get() == file; });
 }
 
 bool FDefinitionGenInt::isCurCommandFile() const

@@ -5,7 +5,7 @@
 #include "fgenintfile.h"
 
 /// What exists in an integration: the entries, and the template files that hold their tags.
-class FDefinitionGenInt : public FDefinitionCustom
+class FDefinitionGenInt : public FDefinitionCustom, public FGenIntFileOwner
 {
     F_CLASS(FDefinitionGenInt, FDefinitionCustom)
 public:
@@ -30,6 +30,7 @@ public:
     const Files &getFiles(unsigned kind);
     /// Drops handles whose files are gone, except while a project loads.
     void clearFileStorages();
+    bool ownsFile(const FObject *file) const override;
     bool isCurCommandFile() const;
     const FExpr<FGenIntFile> &getCurFile() const { return mCurFile; }
     const FExpr<FGenIntFile> &getLastFile() const { return mLastFile; }

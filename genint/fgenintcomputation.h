@@ -2,6 +2,7 @@
 #ifndef FGENINTCOMPUTATION_H
 #define FGENINTCOMPUTATION_H
 #include "fconfigurationgenint.h"
+#include "fcustomcomputation.h"
 #include "fexterncomputation.h"
 #include "fresultsgenint.h"
 

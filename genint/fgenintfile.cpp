@@ -2,7 +2,6 @@
 #include "fgenintfile.h"
 
 #include "fcmdbinder.h"
-#include "fdefinitiongenint.h"
 #include "fhistory.h"
 #include "fmarloctrl.h"
 
@@ -136,12 +135,16 @@ std::shared_ptr<FGenIntFile> FGenIntFile::setFileName(const QString &name)
     FHistoryTransaction transaction(nullptr, "set file name", true);
     transaction.addStep(self);
     if (FMarloCtrl::instance()->isLoadingProject())
-        return self; // references are as they were saved
-    std::shared_ptr<FDefinitionGenInt> owner;
-    for (const auto &definition : getEntities<FDefinitionGenInt>())
-        for (const auto &file : definition.getPtr()->getFiles(0))
-            if (file.getExpr() == self)
-                owner = definition.getPtr();
+        return self;               // references are as they were saved
+    std::shared_ptr<FObject> kept; // renaming tags must not end it
+    FGenIntFileOwner *owner = nullptr;
+    clients().forEach([&](FObject *client) {
+        auto *candidate = dynamic_cast<FGenIntFileOwner *>(client);
+        if (candidate && !client->isDestroyed() && candidate->ownsFile(this)) {
+            owner = candidate;
+            kept = client->shared_from_this();
+        }
+    });
     if (owner) {
         owner->updateCommandFiles(S(old), S(name));
         // References to files carry the group in front.

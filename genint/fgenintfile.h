@@ -7,6 +7,15 @@
 /// The group of entries that holds files and geometry exports.
 extern const std::string ENTRYGROUP_EXPORTS;
 
+/// A client of template files whose tags refer to them by name.
+class FGenIntFileOwner
+{
+public:
+    virtual ~FGenIntFileOwner() = default;
+    virtual bool ownsFile(const FObject *file) const = 0;
+    virtual void updateCommandFiles(std::string oldName, std::string newName) = 0;
+};
+
 /// A text file that is stored inside an integration: the project holds the text, not a path.
 class FGenIntFile : public FManaged
 {

@@ -2,8 +2,10 @@
 #include "fgenintresultsfile.h"
 
 #include "fcmdbinder.h"
+#include "fcmdmanager.h"
 #include "fgenintworkbench.h"
 #include "fhistory.h"
+#include "fobjectmanager.h"
 #include "fparameter.h"
 #include "fviewctrl.h"
 

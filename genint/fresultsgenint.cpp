@@ -2,8 +2,10 @@
 #include "fresultsgenint.h"
 
 #include "fcmdbinder.h"
+#include "fcmdmanager.h"
 #include "fconfigurationgenint.h"
 #include "fdefinitiongenint.h"
+#include "fdesign.h"
 #include "fgenintcomputation.h"
 #include "fgenintreader.h"
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #ifndef FRESULTSGENINT_H
 #define FRESULTSGENINT_H
+#include "fdesign.h"
 #include "fgenintfile.h"
 #include "fresults.h"
 

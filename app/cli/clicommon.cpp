@@ -2,6 +2,7 @@
 #include "cli.h"
 #include "fbasictype.h"
 #include "flogmsg.h"
+#include "fobjectmanager.h"
 #include "fparameter.h"
 #include "fproject.h"
 #include "fscript.h"

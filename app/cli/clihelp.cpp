@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli.h"
 #include "fcmd.h"
+#include "fcmdmanager.h"
 #include "fdocumentation.h"
 #include "foperators.h"
 

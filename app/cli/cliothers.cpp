@@ -6,6 +6,7 @@
 #include "fgenintresultsfile.h"
 #include "fgenintwriter.h"
 #include "flogmsg.h"
+#include "fobjectmanager.h"
 #include "fproject.h"
 #include "fscript.h"
 

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli.h"
+#include "fdesign.h"
 #include "fexterncomputation.h"
 #include "flogmsg.h"
+#include "fobjectmanager.h"
 #include "fparameter.h"
 #include "fproject.h"
 #include "frunqueue.h"

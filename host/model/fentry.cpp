@@ -2,6 +2,7 @@
 #include "fentry.h"
 
 #include "fcmdbinder.h"
+#include "fcmdmanager.h"
 #include "fconfiguration.h"
 #include "fdefinition.h"
 #include "ffilevalues.h"

@@ -2,9 +2,11 @@
 #include "fexterncomputation.h"
 
 #include "fcmdbinder.h"
+#include "fdesign.h"
 #include "fhistory.h"
 #include "flogmsg.h"
 #include "fmarloctrl.h"
+#include "fobjectmanager.h"
 #include "fpathmanager.h"
 #include "frunqueue.h"
 
@@ -12,7 +14,6 @@
 #include <algorithm>
 
 F_CLASS_IMPL(FExternComputation)
-F_CLASS_IMPL(FCustomComputation)
 
 template <class T>
 void FExternComputation::assign(T &field, const T &value, const char *text)
@@ -265,6 +266,15 @@ FStatus FExternComputation::setDbIdCommand(int id)
 
 void FExternComputation::initCmds()
 {
+    static struct : FDesignObserver
+    {
+        void designSwitched() override { FExternComputation::designChanged(); }
+        void designEdited(const FDesign *design) override
+        {
+            FExternComputation::designEdited(design);
+        }
+    } observer;
+    FDesign::addObserver(&observer);
     using T = FExternComputation;
     FCmdBinder<T> c;
     c.attribute("setDbId", &T::setDbIdCommand, &T::dbIdForScript, FArg{"id"})
@@ -283,50 +293,4 @@ void FExternComputation::initCmds()
     // Runs are no changes of the project.
     c.member("run", &T::run).disableHistory();
     c.member("rereadResults", &T::rereadResults).disableHistory();
-}
-
-void FCustomComputation::constructFObject()
-{
-    FExternComputation::constructFObject();
-    if (!mInitPrototype)
-        mConfiguration.registerClient(shared_from_this(), false);
-}
-
-void FCustomComputation::setConfiguration(const FExpr<FConfigurationCustom> &configuration)
-{
-    mConfiguration = configuration;
-    setOutOfDate(0);
-    FHistoryTransaction transaction(nullptr, "set configuration", true);
-    transaction.addStep(shared_from_this());
-}
-
-void FCustomComputation::prepareFileValues() const
-{
-    if (const auto configuration = mConfiguration.getPtr())
-        configuration->prepareFileValues();
-}
-
-std::vector<FExpr<FResultsFileName, true>> FCustomComputation::resultsFileNames() const
-{
-    const auto configuration = mConfiguration.getPtr();
-    return configuration ? configuration->getResultsFileNames()
-                         : std::vector<FExpr<FResultsFileName, true>>();
-}
-
-void FCustomComputation::visitState(FStateVisitor &state)
-{
-    FExternComputation::visitState(state);
-    state(mConfiguration);
-}
-
-void FCustomComputation::initCmds()
-{
-    using T = FCustomComputation;
-    FCmdBinder<T> c;
-    c.attribute("setConfiguration", &T::setConfiguration, &T::getConfiguration,
-                FArg{"configuration"})
-        .title("Configuration");
-    c.attribute("setCmdFile", &T::setCmdFile, &T::getCmdFile, FArg{"fileName"})
-        .title("Command File");
-    c.member("getResults", &T::getResults);
 }

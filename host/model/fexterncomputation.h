@@ -2,6 +2,7 @@
 #ifndef FEXTERNCOMPUTATION_H
 #define FEXTERNCOMPUTATION_H
 #include "fconfiguration.h"
+#include "fdesign.h"
 #include "fresults.h"
 
 #include <QMap>
@@ -116,32 +117,5 @@ private:
     double mTimeout = 0;
     int mRunning = 0;
     mutable std::map<const FDesign *, DesignState> mStates;
-};
-
-/// A computation with a configuration.
-class FCustomComputation : public FExternComputation
-{
-    F_CLASS(FCustomComputation, FExternComputation)
-public:
-    explicit FCustomComputation(std::string name = std::string())
-        : FExternComputation(std::move(name))
-    {
-    }
-    const FExpr<FConfigurationCustom> &getConfiguration() const { return mConfiguration; }
-    void setConfiguration(const FExpr<FConfigurationCustom> &configuration);
-    virtual FExpr<FComputationResults> getResultsImpl() const { return currentResults(); }
-    FExpr<FComputationResults> getResults() const { return getResultsImpl(); }
-
-    void constructFObject() override;
-    void prepareFileValues() const override;
-    std::vector<FExpr<FResultsFileName, true>> resultsFileNames() const override;
-    void visitState(FStateVisitor &state) override;
-
-    static void initCmds();
-
-private:
-    void setCmdFile(const std::string &) {}
-    std::string getCmdFile() const { return std::string(); }
-    FExpr<FConfigurationCustom> mConfiguration;
 };
 #endif

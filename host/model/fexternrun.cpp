@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fexternrun.h"
 
+#include "fdesign.h"
 #include "flogmsg.h"
 #include "fpathmanager.h"
 #include "frunnerlink.h"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #ifndef FEXTERNRUN_H
 #define FEXTERNRUN_H
+#include "fdesign.h"
 #include "fexterncomputation.h"
 
 #include <QSocketNotifier>

@@ -5,10 +5,6 @@
 #include "fcmd.h"
 #include "fmanaged.h"
 
-#include <unordered_map>
-
-class FDesign;
-
 /// Base of definitions, configurations, parameters and designs.
 class FEntity : public FManaged
 {
@@ -56,49 +52,5 @@ private:
     static unsigned mClassEpoch; // counts changes of values
     mutable const FClassInfo *mKnownClass = nullptr;
     mutable unsigned mKnownEpoch = 0;
-};
-
-/// A design: values of parameters that differ from the baseline. Exactly one design is current.
-class FDesign : public FEntity
-{
-    F_CLASS(FDesign, FEntity)
-public:
-    explicit FDesign(std::string name = std::string())
-        : FEntity(std::move(name))
-    {
-    }
-    static std::shared_ptr<FDesign> create(const std::string &name);
-    /// The design of the parameters' own values, in every project.
-    static std::shared_ptr<FDesign> baseline();
-    static std::shared_ptr<FDesign> current();
-    /// Makes \p design current; what differs goes stale, runs keep their state per design.
-    static void setCurrent(const std::shared_ptr<FDesign> &design);
-    /// True while the current design changes: staleness is then no news for a run.
-    static bool isSwitching();
-    static std::vector<std::shared_ptr<FDesign>> all();
-
-    FStatus setValue(const std::string &parameter, const FExprBase &value);
-    /// Null if the design leaves the parameter at its own value.
-    const FExprBase *valueOf(const FParameter *parameter) const;
-
-    bool isSaved() const override;
-    void collectNamed(std::vector<const FObject *> *objects) const override;
-    void saveMembers(QTextStream &stream, unsigned level) const override;
-    void visitState(FStateVisitor &state) override;
-    void stateRestored() override;
-    void destructFObject() override;
-
-    static void initCmds();
-
-private:
-    struct Override
-    {
-        FExpr<FParameter, true> parameter;
-        FExprBase value;
-    };
-    static void connect(Override *own);
-    void touch() const;
-    std::vector<Override> mValues;
-    std::unordered_map<const FObject *, size_t> mPlaces; // in mValues, by parameter
 };
 #endif

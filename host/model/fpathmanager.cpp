@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fpathmanager.h"
 
+#include "fdesign.h"
 #include "fexterncomputation.h"
 #include "fproject.h"
 

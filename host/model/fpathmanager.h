@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #ifndef FPATHMANAGER_H
 #define FPATHMANAGER_H
+#include "fdesign.h"
 #include "fparameter.h"
 
 class FExternComputation;

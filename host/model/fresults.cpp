@@ -2,7 +2,9 @@
 #include "fresults.h"
 
 #include "fcmdbinder.h"
+#include "fdesign.h"
 #include "fexterncomputation.h"
+#include "fobjectmanager.h"
 #include "fpathmanager.h"
 #include "fsafefile.h"
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #ifndef FRESULTS_H
 #define FRESULTS_H
+#include "fdesign.h"
 #include "ffilevalues.h"
 #include "fparameter.h"
 #include "ftabledata.h"

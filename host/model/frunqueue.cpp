@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "frunqueue.h"
 
+#include "fdesign.h"
 #include "fexternrun.h"
 #include "frunsync.h"
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #ifndef FRUNQUEUE_H
 #define FRUNQUEUE_H
+#include "fdesign.h"
 #include "fexterncomputation.h"
 
 #include <QObject>

@@ -376,4 +376,5 @@ void tst_Computation::renamed()
 }
 
 QTEST_GUILESS_MAIN(tst_Computation)
+#include "fobjectmanager.h"
 #include "tst_computation.moc"

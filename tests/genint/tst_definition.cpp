@@ -594,4 +594,5 @@ void tst_Definition::staleness()
 }
 
 QTEST_GUILESS_MAIN(tst_Definition)
+#include "fobjectmanager.h"
 #include "tst_definition.moc"

@@ -190,4 +190,5 @@ void TestHistory::refusedStatementsLeaveNoStep()
 }
 
 QTEST_GUILESS_MAIN(TestHistory)
+#include "fobjectmanager.h"
 #include "tst_history.moc"

@@ -106,4 +106,5 @@ void TestRegistry::registryIsAsAgreed()
 }
 
 QTEST_GUILESS_MAIN(TestRegistry)
+#include "fcmdmanager.h"
 #include "tst_registry.moc"

@@ -260,4 +260,5 @@ void tst_Results::cloneAndInit()
 }
 
 QTEST_GUILESS_MAIN(tst_Results)
+#include "fdesign.h"
 #include "tst_results.moc"

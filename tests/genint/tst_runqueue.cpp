@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fgenintcomputation.h"
 #include "flogmsg.h"
+#include "fobjectmanager.h"
 #include "fproject.h"
 #include "frunnerlink.h"
 #include "frunqueue.h"
@@ -428,4 +429,5 @@ private Q_SLOTS:
 };
 
 QTEST_GUILESS_MAIN(TestRunQueue)
+#include "fdesign.h"
 #include "tst_runqueue.moc"

@@ -4,6 +4,7 @@
 #include "fgenintcommandfile.h"
 #include "fgenintwriter.h"
 #include "flogmsg.h"
+#include "fobjectmanager.h"
 #include "fproject.h"
 #include "fsafefile.h"
 #include "fscript.h"

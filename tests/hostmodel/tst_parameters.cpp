@@ -225,4 +225,5 @@ void tst_Parameters::fileKinds()
 }
 
 QTEST_GUILESS_MAIN(tst_Parameters)
+#include "fdesign.h"
 #include "tst_parameters.moc"

@@ -3,6 +3,7 @@
 #define MODELTEST_H
 #include "flogmsg.h"
 #include "fmanaged.h"
+#include "fobjectmanager.h"
 #include "fproject.h"
 #include "fscript.h"
 

@@ -2,6 +2,7 @@
 #include "fdocumentation.h"
 
 #include "fcmd.h"
+#include "fcmdmanager.h"
 #include "foperators.h"
 
 #include <QDir>

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fgenintcells.h"
 
-#include "fgenintreadercore.h"
-
 #include <algorithm>
 #include <charconv>
 
@@ -81,12 +79,24 @@ bool FGenIntSeparator::Alternative::holds(uint unit) const
     return unit < 0x80 ? ascii[unit] : unicodeSpace && isSpaceUnit(unit);
 }
 
+QString FGenIntSeparator::pattern(const FGenIntColumns &columns)
+{
+    if (columns.numbers) {
+        return QStringLiteral("[-+]?(\\.\\d+|\\d+(\\.\\d+)?)([Ee][-+]?\\d+)?");
+    }
+    QString pattern = columns.spacesAndTabs ? QStringLiteral("\\s+") : QString();
+    if (!columns.regExp.isEmpty()) {
+        pattern += pattern.isEmpty() ? columns.regExp : QLatin1Char('|') + columns.regExp;
+    }
+    return pattern;
+}
+
 FGenIntSeparator::FGenIntSeparator(const FGenIntColumns &columns)
 {
     if (columns.numbers) {
         return;
     }
-    const QString pattern = FGenIntReaderCore::separatorPattern(columns);
+    const QString pattern = FGenIntSeparator::pattern(columns);
     if (pattern.isEmpty()) {
         mKind = Empty;
     } else if (parseSimple(pattern)) {

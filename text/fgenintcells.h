@@ -2,13 +2,13 @@
 #ifndef FGENINTCELLS_H
 #define FGENINTCELLS_H
 
+#include "fgenintrules.h"
+
 #include <QElapsedTimer>
 #include <QRegExp>
 #include <QString>
 #include <array>
 #include <vector>
-
-struct FGenIntColumns;
 
 /// What stands between columns, or, in number mode, what a column is.
 ///
@@ -21,6 +21,8 @@ public:
         qint64 position = -1, length = 0;
     };
 
+    /// The expression that separates columns, for number mode the one that finds numbers.
+    static QString pattern(const FGenIntColumns &columns);
     explicit FGenIntSeparator(const FGenIntColumns &columns);
 
     bool isNumber() const { return mKind == Number; }

@@ -3,8 +3,10 @@
 
 #include "fchangeset.h"
 #include "fcmd.h"
+#include "fcmdmanager.h"
 #include "fmanaged.h"
 #include "fmarloctrl.h"
+#include "fobjectmanager.h"
 
 #include <algorithm>
 

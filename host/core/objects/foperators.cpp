@@ -2,6 +2,7 @@
 #include "foperators.h"
 
 #include "fbasictype.h"
+#include "fcmdmanager.h"
 #include "fscripttype.h"
 
 #include <cmath>

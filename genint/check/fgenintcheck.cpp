@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fgenintcheck.h"
 
+#include "fdesign.h"
 #include "fgenintcheckparts.h"
 #include "fgenintcomputation.h"
 #include "flogmsg.h"
+#include "fobjectmanager.h"
 #include "fproject.h"
 #include "fscript.h"
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The reader against the literal one, on random texts and at its limits.
+#include "fgenintcells.h"
 #include "readercases.h"
 #include "testseed.h"
 
@@ -326,7 +327,7 @@ void TestReaderCore::buildingBlocksAgreeWithLiteralOnes()
         const FGenIntColumns columns = random.columns();
         const QString line = text.section('\n', 0, 0);
         const QString anchor = QString::fromStdString(rule.anchor);
-        QRegExp ours(FGenIntReaderCore::separatorPattern(columns));
+        QRegExp ours(FGenIntSeparator::pattern(columns));
         QRegExp theirs(ours);
         int position[2];
         int length[2];

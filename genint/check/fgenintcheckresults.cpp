@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fgenintcheckparts.h"
+#include "fgenintcells.h"
 #include "fgenintcomputation.h"
 #include "fgenintreader.h"
+#include "fobjectmanager.h"
 
 #include <map>
 
@@ -34,7 +36,7 @@ bool checkSeparator(const FGenIntResultsFile &file, FGenIntFindings *findings)
     const auto error = [&](const std::string &message) -> FGenIntFinding & {
         return findings->error(file, message).in(file.getFileName());
     };
-    const QString pattern = FGenIntReaderCore::separatorPattern(columns);
+    const QString pattern = FGenIntSeparator::pattern(columns);
     const QRegExp own(columns.regExp), whole(pattern);
     if (pattern.isEmpty())
         error("lines aren't split into columns: the separator expression is empty")

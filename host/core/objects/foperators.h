@@ -2,6 +2,7 @@
 #ifndef FOPERATORS_H
 #define FOPERATORS_H
 #include "fcmd.h"
+#include "fcmdmanager.h"
 
 /// Operators and functions of expressions. They are commands without a receiver that are
 /// calculated anew when an operand changes.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fgenintreadercore.h"
 
+#include "fgenintcells.h"
 #include "fgenintreadpass.h"
 
 #include <QDataStream>
@@ -14,7 +15,6 @@
 #include <unistd.h>
 
 namespace {
-QString numberPattern() { return QStringLiteral("[-+]?(\\.\\d+|\\d+(\\.\\d+)?)([Ee][-+]?\\d+)?"); }
 
 FGenIntReading givenUp(int rule)
 {
@@ -184,7 +184,7 @@ void FGenIntReaderCore::parseLine(int &position, int &length, QRegExp &separator
     position = 0;
     length = 0;
     if (numberMode) {
-        separator.setPattern(numberPattern());
+        separator.setPattern(FGenIntSeparator::pattern(FGenIntColumns()));
     }
     if (line == 0 && !anchor.isEmpty()) {
         position = text.indexOf(anchor, 0, Qt::CaseInsensitive) + anchor.size();
@@ -222,16 +222,4 @@ void FGenIntReaderCore::sortRules(QVector<FGenIntRule> &rules, const QString &te
         sorted.append(rules[index]);
     }
     rules = sorted;
-}
-
-QString FGenIntReaderCore::separatorPattern(const FGenIntColumns &columns)
-{
-    if (columns.numbers) {
-        return numberPattern();
-    }
-    QString pattern = columns.spacesAndTabs ? QStringLiteral("\\s+") : QString();
-    if (!columns.regExp.isEmpty()) {
-        pattern += pattern.isEmpty() ? columns.regExp : QLatin1Char('|') + columns.regExp;
-    }
-    return pattern;
 }

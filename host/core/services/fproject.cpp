@@ -5,6 +5,7 @@
 #include "flogmsg.h"
 #include "fmanaged.h"
 #include "fmarloctrl.h"
+#include "fobjectmanager.h"
 #include "fsafefile.h"
 #include "fscript.h"
 

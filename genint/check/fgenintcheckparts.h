@@ -2,6 +2,7 @@
 #ifndef FGENINTCHECKPARTS_H
 #define FGENINTCHECKPARTS_H
 #include "fdefinitiongenint.h"
+#include "fdesign.h"
 #include "fgenintcheck.h"
 #include "fgenintcommandfile.h"
 #include "fgenintresultsfile.h"

@@ -2,6 +2,7 @@
 #ifndef FCMDBINDER_H
 #define FCMDBINDER_H
 #include "fcmd.h"
+#include "fcmdmanager.h"
 #include "fscripttype.h"
 
 #include <tuple>

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "fdesign.h"
 #include "fgenintcheckparts.h"
 #include "fgenintcomputation.h"
+#include "fobjectmanager.h"
 
 #include <cmath>
 

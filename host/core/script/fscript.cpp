@@ -2,9 +2,11 @@
 #include "fscript.h"
 
 #include "fbasictype.h"
+#include "fcmdmanager.h"
 #include "flogmsg.h"
 #include "fmanaged.h"
 #include "fmarloctrl.h"
+#include "fobjectmanager.h"
 #include "foperators.h"
 #include "fscripttype.h"
 #include "fupdates.h"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fexterncomputation.h"
 #include "fgenintcheckparts.h"
+#include "fobjectmanager.h"
 
 #include <algorithm>
 
