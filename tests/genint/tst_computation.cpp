@@ -7,6 +7,7 @@
 #include "fgenintresultsfile.h"
 #include "fhistory.h"
 #include "fmarloctrl.h"
+#include "fobjectmanager.h"
 #include "modeltest.h"
 
 #include <QDir>
@@ -376,5 +377,4 @@ void tst_Computation::renamed()
 }
 
 QTEST_GUILESS_MAIN(tst_Computation)
-#include "fobjectmanager.h"
 #include "tst_computation.moc"

@@ -9,6 +9,7 @@
 #include "fini.h"
 #include "fio.h"
 #include "fmarloctrl.h"
+#include "fobjectmanager.h"
 #include "fovdldefinitionparser.h"
 #include "modeltest.h"
 
@@ -594,5 +595,4 @@ void tst_Definition::staleness()
 }
 
 QTEST_GUILESS_MAIN(tst_Definition)
-#include "fobjectmanager.h"
 #include "tst_definition.moc"

@@ -2,6 +2,7 @@
 // Undo and redo of whatever scripts can do: the saved bytes tell whether anything was lost.
 #include "fhistory.h"
 #include "fmarloctrl.h"
+#include "fobjectmanager.h"
 #include "modeltest.h"
 #include "testseed.h"
 
@@ -190,5 +191,4 @@ void TestHistory::refusedStatementsLeaveNoStep()
 }
 
 QTEST_GUILESS_MAIN(TestHistory)
-#include "fobjectmanager.h"
 #include "tst_history.moc"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The registry of script commands and the texts behind it.
 #include "fcmd.h"
+#include "fcmdmanager.h"
 #include "fdocumentation.h"
 #include "foperators.h"
 
@@ -106,5 +107,4 @@ void TestRegistry::registryIsAsAgreed()
 }
 
 QTEST_GUILESS_MAIN(TestRegistry)
-#include "fcmdmanager.h"
 #include "tst_registry.moc"

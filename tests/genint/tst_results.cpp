@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "fdesign.h"
 #include "fgenintcomputation.h"
 #include "fgenintresultsfile.h"
 #include "fresultsgenint.h"
@@ -260,5 +261,4 @@ void tst_Results::cloneAndInit()
 }
 
 QTEST_GUILESS_MAIN(tst_Results)
-#include "fdesign.h"
 #include "tst_results.moc"

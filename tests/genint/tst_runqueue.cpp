@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "fdesign.h"
 #include "fgenintcomputation.h"
 #include "flogmsg.h"
 #include "fobjectmanager.h"
@@ -429,5 +430,4 @@ private Q_SLOTS:
 };
 
 QTEST_GUILESS_MAIN(TestRunQueue)
-#include "fdesign.h"
 #include "tst_runqueue.moc"

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "fdesign.h"
 #include "ffilevalues.h"
 #include "fhistory.h"
 #include "fparameter.h"
@@ -225,5 +226,4 @@ void tst_Parameters::fileKinds()
 }
 
 QTEST_GUILESS_MAIN(tst_Parameters)
-#include "fdesign.h"
 #include "tst_parameters.moc"
