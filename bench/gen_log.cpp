@@ -73,18 +73,15 @@ bool writeLog(FILE *file, double megabytes)
     std::string part;
     for (long number = 1; written < total; ++number) {
         part.clear();
-        if (number % 50 == 1) {
+        if (number % 50 == 1)
             heading(random, number, &part);
-        }
         iteration(random, number, &part);
         // The markers stand around the middle, 0.3 % of the file apart.
-        while (markers < 100 && written > total * (0.35 + 0.003 * markers)) {
+        while (markers < 100 && written > total * (0.35 + 0.003 * markers))
             marker(random, markers++, &part);
-        }
         written += static_cast<double>(part.size());
-        if (fwrite(part.data(), 1, part.size(), file) != part.size()) {
+        if (fwrite(part.data(), 1, part.size(), file) != part.size())
             return false;
-        }
     }
     return true;
 }

@@ -148,8 +148,9 @@ void FDefinitionGenInt::clearFileStorages()
 
 bool FDefinitionGenInt::ownsFile(const FObject *file) const
 {
-    return std::any_of(mFiles.begin(), mFiles.end(),
-                       [&](const auto &handle) { return handle.getExpr().get() == file; });
+    return std::any_of(
+        mFiles.begin(), mFiles.end(),
+        [&](const auto &handle) { return handle.getExpr().get() == file; });
 }
 
 bool FDefinitionGenInt::isCurCommandFile() const

@@ -88,11 +88,10 @@ void FRunRequests::unpack(size_t words)
     mWords.clear();
     mText.push_back(0);
     char *const end = mText.data() + mText.size() - 1;
-    for (char *text = mText.data(); text < end; text += std::strlen(text) + 1) {
+    for (char *text = mText.data(); text < end; text += std::strlen(text) + 1)
         if (mWords.size() < words)
             mWords.push_back(text);
         else
             ::putenv(text);
-    }
     mWords.push_back(nullptr);
 }

@@ -59,23 +59,20 @@ private:
     {
         const qint64 end = std::min(mTo, to + mLongest - 1);
         mText.examine(from, end);
-        if (mIndices.empty() || !mText.isPlain()) {
+        if (mIndices.empty() || !mText.isPlain())
             return;
-        }
         if (mFilter) {
             mWork = std::max<qint64>(end - from, 4096);
             const auto found = [this](size_t pattern, qint64 at) {
                 note(mAnchors[mIndices[pattern]], at);
             };
-            if (mFilter->scan(mText.bytes(), from, end, &mWork, found)) {
+            if (mFilter->scan(mText.bytes(), from, end, &mWork, found))
                 return;
-            }
             mFilter.reset();
             mUseFilter = false;
         }
-        if (!mAutomaton) {
+        if (!mAutomaton)
             prepare();
-        }
         const auto &hits = mText.isWide() ? mAutomaton->scan(mText.wide(), from, end)
                                           : mAutomaton->scan(mText.bytes(), from, end);
         for (size_t i = 0; i < hits.size(); ++i) {
@@ -102,21 +99,18 @@ private:
                 changed = true;
             }
         }
-        if (!changed) {
+        if (!changed)
             return;
-        }
         mOpenFirsts = std::count(mOpenFirst.begin(), mOpenFirst.end(), true);
         mOpenLasts = std::count(mOpenLast.begin(), mOpenLast.end(), true);
         // An automaton is as fast with anchors that are closed; a filter is not.
         size_t left = 0;
-        for (size_t i : mIndices) {
+        for (size_t i : mIndices)
             left += mOpenFirst[i] || mOpenLast[i];
-        }
-        if (left == 0) {
+        if (left == 0)
             mIndices.clear(); // what is left open cannot stand in a plain text
-        } else if (mFilter && (left * 4 <= mIndices.size() * 3 || mWork > mBlock / 64)) {
+        else if (mFilter && (left * 4 <= mIndices.size() * 3 || mWork > mBlock / 64))
             prepare();
-        }
     }
 
     /// Gets the means to look for all anchors that are open.
@@ -136,9 +130,8 @@ private:
             }
         }
         if (mUseFilter) {
-            if (!mSample) {
+            if (!mSample)
                 mSample = std::make_unique<FGenIntFilter::Sample>(mText.bytes(), mFrom, mTo);
-            }
             mFilter = std::make_unique<FGenIntFilter>(bytes, *mSample);
         } else {
             mAutomaton = std::make_unique<FGenIntAutomaton>(units);
@@ -165,20 +158,17 @@ std::u16string foldAnchor(const QString &anchor)
 {
     const auto *units = reinterpret_cast<const char16_t *>(anchor.utf16());
     std::u16string folded(static_cast<size_t>(anchor.size()), u'\0');
-    for (int i = 0; i < anchor.size(); ++i) {
+    for (int i = 0; i < anchor.size(); ++i)
         folded[static_cast<size_t>(i)] = FGenIntAutomaton::fold(units, i);
-    }
     return folded;
 }
 
 void findAnchors(const FGenIntText &text, qint64 from, qint64 to,
                  std::vector<FGenIntAnchor> *anchors)
 {
-    if (from < to && !anchors->empty()) {
+    if (from < to && !anchors->empty())
         FSearch(text, from, to, anchors).run();
-    } else {
-        for (FGenIntAnchor &anchor : *anchors) {
+    else
+        for (FGenIntAnchor &anchor : *anchors)
             anchor.first = anchor.last = -1;
-        }
-    }
 }

@@ -15,9 +15,8 @@ const std::vector<char16_t> &foldTable()
 {
     static const std::vector<char16_t> table = [] {
         std::vector<char16_t> t(0x10000);
-        for (uint u = 0; u < 0x10000; ++u) {
+        for (uint u = 0; u < 0x10000; ++u)
             t[u] = static_cast<char16_t>(QChar::toCaseFolded(u));
-        }
         return t;
     }();
     return table;
@@ -37,18 +36,15 @@ FGenIntAutomaton::FGenIntAutomaton(const std::vector<std::u16string> &patterns)
     : mHits(patterns.size())
 {
     char16_t largest = 0;
-    for (const std::u16string &pattern : patterns) {
+    for (const std::u16string &pattern : patterns)
         largest = std::max(largest, *std::max_element(pattern.begin(), pattern.end()));
-    }
     mClasses.assign(largest + size_t(1), 0);
     size_t states = 1;
     for (const std::u16string &pattern : patterns) {
         states += pattern.size();
-        for (char16_t unit : pattern) {
-            if (mClasses[unit] == 0 && mClassCount < 0xFFFF) {
+        for (char16_t unit : pattern)
+            if (mClasses[unit] == 0 && mClassCount < 0xFFFF)
                 mClasses[unit] = static_cast<quint16>(mClassCount++);
-            }
-        }
     }
     mNext.reserve(states * mClassCount);
     mNext.assign(mClassCount, 0);
@@ -98,9 +94,8 @@ void FGenIntAutomaton::run(qint64 from, qint64 to, Classify classify)
     for (qint64 i = from; i < to; ++i) {
         state = mNext[state * size_t(mClassCount) + classify(i)];
         mLast[state] = i;
-        if (mFirst[state] < 0) {
+        if (mFirst[state] < 0)
             mFirst[state] = i;
-        }
     }
 }
 
@@ -109,14 +104,12 @@ const std::vector<FGenIntAutomaton::Hit> &FGenIntAutomaton::collect()
     // Where a state was reached, its suffix was reached too.
     for (size_t i = mOrder.size(); i-- > 1;) {
         const quint32 state = mOrder[i];
-        if (mLast[state] < 0) {
+        if (mLast[state] < 0)
             continue;
-        }
         const quint32 suffix = mFail[state];
         mLast[suffix] = std::max(mLast[suffix], mLast[state]);
-        if (mFirst[suffix] < 0 || mFirst[suffix] > mFirst[state]) {
+        if (mFirst[suffix] < 0 || mFirst[suffix] > mFirst[state])
             mFirst[suffix] = mFirst[state];
-        }
     }
     for (size_t i = 0; i < mEnds.size(); ++i) {
         const bool hit = mLast[mEnds[i]] >= 0;
@@ -130,9 +123,8 @@ const std::vector<FGenIntAutomaton::Hit> &FGenIntAutomaton::scan(const uchar *te
                                                                  qint64 to)
 {
     quint16 classes[256];
-    for (uint u = 0; u < 256; ++u) {
+    for (uint u = 0; u < 256; ++u)
         classes[u] = u < 0x80 ? classOf(foldAscii(static_cast<char16_t>(u))) : quint16(0);
-    }
     run(from, to, [&](qint64 i) { return classes[text[i]]; });
     return collect();
 }

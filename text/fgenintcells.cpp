@@ -10,9 +10,8 @@ template <class U>
 qint64 digits(const U *p, qint64 i, qint64 n)
 {
     const qint64 from = i;
-    while (i < n && isDigitUnit(p[i])) {
+    while (i < n && isDigitUnit(p[i]))
         ++i;
-    }
     return i - from;
 }
 
@@ -22,9 +21,8 @@ bool isSign(uint unit) { return unit == '+' || unit == '-'; }
 template <class U>
 qint64 exponent(const U *p, qint64 i, qint64 n)
 {
-    if (i >= n || (p[i] != 'e' && p[i] != 'E')) {
+    if (i >= n || (p[i] != 'e' && p[i] != 'E'))
         return 0;
-    }
     const qint64 sign = i + 1 < n && isSign(p[i + 1]) ? 1 : 0;
     const qint64 count = digits(p, i + 1 + sign, n);
     return count ? 1 + sign + count : 0;
@@ -34,12 +32,10 @@ template <class U>
 FGenIntSeparator::Match nextNumber(const U *p, qint64 n, qint64 from)
 {
     qint64 i = from;
-    while (i < n && !isDigitUnit(p[i])) {
+    while (i < n && !isDigitUnit(p[i]))
         ++i;
-    }
-    if (i >= n) {
+    if (i >= n)
         return {};
-    }
     // Everything ahead of its first digit that can belong to a number is a point and a sign.
     qint64 begin = i;
     const bool point = begin > from && p[begin - 1] == '.';
@@ -63,9 +59,8 @@ bool isCommonSpelling(const char *p, qint64 n)
     i += whole;
     if (i < n && p[i] == '.') {
         const qint64 fraction = digits(p, i + 1, n);
-        if (whole == 0 || fraction == 0) {
+        if (whole == 0 || fraction == 0)
             return false;
-        }
         i += 1 + fraction;
     } else if (whole == 0) {
         return false;
@@ -81,21 +76,18 @@ bool FGenIntSeparator::Alternative::holds(uint unit) const
 
 QString FGenIntSeparator::pattern(const FGenIntColumns &columns)
 {
-    if (columns.numbers) {
+    if (columns.numbers)
         return QStringLiteral("[-+]?(\\.\\d+|\\d+(\\.\\d+)?)([Ee][-+]?\\d+)?");
-    }
     QString pattern = columns.spacesAndTabs ? QStringLiteral("\\s+") : QString();
-    if (!columns.regExp.isEmpty()) {
+    if (!columns.regExp.isEmpty())
         pattern += pattern.isEmpty() ? columns.regExp : QLatin1Char('|') + columns.regExp;
-    }
     return pattern;
 }
 
 FGenIntSeparator::FGenIntSeparator(const FGenIntColumns &columns)
 {
-    if (columns.numbers) {
+    if (columns.numbers)
         return;
-    }
     const QString pattern = FGenIntSeparator::pattern(columns);
     if (pattern.isEmpty()) {
         mKind = Empty;
@@ -118,38 +110,33 @@ bool FGenIntSeparator::parseSimple(const QString &pattern)
         if (c == QLatin1Char('\\') && i < n) {
             c = pattern[i++];
             if (c == QLatin1Char('s')) {
-                for (uint u = 0; u < 0x80; ++u) {
+                for (uint u = 0; u < 0x80; ++u)
                     to->ascii[u] = to->ascii[u] || isSpaceUnit(u);
-                }
                 to->unicodeSpace = true;
                 return true;
             }
-            if (c == QLatin1Char('t')) {
+            if (c == QLatin1Char('t'))
                 c = QLatin1Char('\t');
-            } else if (c.unicode() >= 0x80 || c.isLetterOrNumber()) {
+            else if (c.unicode() >= 0x80 || c.isLetterOrNumber())
                 return false;
-            }
         } else if (inSet ? c == QLatin1Char('^') || c == QLatin1Char('-') || c == QLatin1Char('[')
                          : special.contains(c)) {
             return false;
         }
-        if (c.unicode() >= 0x80 || c.unicode() == 0) {
+        if (c.unicode() >= 0x80 || c.unicode() == 0)
             return false;
-        }
         to->ascii[c.unicode()] = true;
         return true;
     };
     for (;;) {
         Alternative one;
-        if (i >= n) {
+        if (i >= n)
             return false;
-        }
         if (pattern[i] == QLatin1Char('[')) {
             ++i;
             do {
-                if (i >= n || pattern[i] == QLatin1Char(']') || !takeOne(&one, true)) {
+                if (i >= n || pattern[i] == QLatin1Char(']') || !takeOne(&one, true))
                     return false;
-                }
             } while (i >= n || pattern[i] != QLatin1Char(']'));
             ++i;
         } else if (!takeOne(&one, false)) {
@@ -159,17 +146,14 @@ bool FGenIntSeparator::parseSimple(const QString &pattern)
             one.run = true;
             ++i;
         }
-        for (size_t u = 0; u < mAny.size(); ++u) {
+        for (size_t u = 0; u < mAny.size(); ++u)
             mAny[u] = mAny[u] || one.ascii[u];
-        }
         mAnyUnicodeSpace = mAnyUnicodeSpace || one.unicodeSpace;
         mAlternatives.push_back(one);
-        if (i == n) {
+        if (i == n)
             return true;
-        }
-        if (pattern[i++] != QLatin1Char('|')) {
+        if (pattern[i++] != QLatin1Char('|'))
             return false;
-        }
     }
 }
 
@@ -177,28 +161,24 @@ template <class U>
 FGenIntSeparator::Match FGenIntSeparator::next(const U *line, qint64 size, qint64 from,
                                                const QString &text) const
 {
-    if (mKind == Number) {
+    if (mKind == Number)
         return nextNumber(line, size, from);
-    }
-    if (mKind == Empty) {
+    if (mKind == Empty)
         return {from, 0};
-    }
     if (mKind == Expression) {
         const int at = mExpression.indexIn(text, static_cast<int>(from));
         return {at, at < 0 ? 0 : mExpression.matchedLength()};
     }
     for (qint64 i = from; i < size; ++i) {
         const uint unit = line[i];
-        if (unit < 0x80 ? !mAny[unit] : !(mAnyUnicodeSpace && isSpaceUnit(unit))) {
+        if (unit < 0x80 ? !mAny[unit] : !(mAnyUnicodeSpace && isSpaceUnit(unit)))
             continue;
-        }
         qint64 longest = 1;
         for (const Alternative &one : mAlternatives) {
             if (one.run && one.holds(unit)) {
                 qint64 end = i + 1;
-                while (end < size && one.holds(line[end])) {
+                while (end < size && one.holds(line[end]))
                     ++end;
-                }
                 longest = std::max(longest, end - i);
             }
         }
@@ -210,20 +190,18 @@ FGenIntSeparator::Match FGenIntSeparator::next(const U *line, qint64 size, qint6
 template <class U>
 void FGenIntCellFinder<U>::setLine(const U *line, qint64 size)
 {
-    if (line == mLine && size == mSize) {
+    if (line == mLine && size == mSize)
         return;
-    }
     mLine = line;
     mSize = size;
     mColumn = mCursor = 0;
     mExhausted = mStuck = false;
     if (mSeparator.isExpression()) {
         const int n = static_cast<int>(std::min<qint64>(size, (1 << 30) - 64));
-        if constexpr (sizeof(U) == 1) {
+        if constexpr (sizeof(U) == 1)
             mText = QString::fromLatin1(reinterpret_cast<const char *>(line), n);
-        } else {
+        else
             mText = QString(reinterpret_cast<const QChar *>(line), n);
-        }
     }
 }
 
@@ -259,9 +237,8 @@ double toNumber(const U *text, qint64 size, bool *ok)
 {
     const U *const whole = text;
     const qint64 wholeSize = size;
-    while (size > 0 && isSpaceUnit(text[size - 1])) {
+    while (size > 0 && isSpaceUnit(text[size - 1]))
         --size;
-    }
     while (size > 0 && isSpaceUnit(*text)) {
         ++text;
         --size;
@@ -284,11 +261,10 @@ double toNumber(const U *text, qint64 size, bool *ok)
         }
     }
     const int n = static_cast<int>(std::min<qint64>(wholeSize, (1 << 30) - 64));
-    if constexpr (sizeof(U) == 1) {
+    if constexpr (sizeof(U) == 1)
         return QString::fromLatin1(reinterpret_cast<const char *>(whole), n).toDouble(ok);
-    } else {
+    else
         return QString(reinterpret_cast<const QChar *>(whole), n).toDouble(ok);
-    }
 }
 
 template class FGenIntCellFinder<uchar>;

@@ -18,18 +18,16 @@ struct FLine
 
 bool isWord(uint u)
 {
-    if (u < 0x80) {
+    if (u < 0x80)
         return (u | 0x20) - 'a' < 26U || u == '_';
-    }
     return QChar(static_cast<ushort>(u)).isLetter();
 }
 
 /// Characters that make something else of a number they touch, whatever follows.
 bool isForeign(uint u)
 {
-    if (u < 0x80) {
+    if (u < 0x80)
         return u == '*' || u == '^' || u == 0;
-    }
     switch (u) {
     case 0x00B7: // middle dot
     case 0x00D7: // multiplication sign
@@ -79,26 +77,21 @@ bool commaInNumber(const FLine<U> &line, qint64 comma)
     };
     qint64 begin = comma;
     qint64 end = comma;
-    while (belongs(begin - 1) && comma - begin < far) {
+    while (belongs(begin - 1) && comma - begin < far)
         --begin;
-    }
-    while (belongs(end + 1) && end - comma < far) {
+    while (belongs(end + 1) && end - comma < far)
         ++end;
-    }
     ++end;
-    while (end > comma && !line.digit(end - 1)) {
+    while (end > comma && !line.digit(end - 1))
         --end; // "1,2," and "1,2."
-    }
-    if (comma - begin >= far || end - comma >= far) {
+    if (comma - begin >= far || end - comma >= far)
         return false;
-    }
     const auto isExponent = [&](qint64 i) {
         const qint64 e = i - isSignAt(line, i);
         return (line[e] | 0x20) == 'e' && line.digit(e - 1);
     };
-    if (isExponent(begin - 1)) {
+    if (isExponent(begin - 1))
         return false;
-    }
     qint64 parts = 1;
     bool groups = true; // all parts behind the first have three digits
     bool whole = true;  // no part has a point
@@ -115,21 +108,17 @@ bool commaInNumber(const FLine<U> &line, qint64 comma)
             point = -1;
         }
     }
-    if (groups || parts > 2) {
+    if (groups || parts > 2)
         return groups;
-    }
-    if (whole) {
+    if (whole)
         return true; // 3,14
-    }
     // 1.234,56
     const qint64 lastPoint = comma - 4;
     bool points = lastPoint > begin && line[lastPoint] == '.' && line[begin] != '0';
-    for (qint64 i = lastPoint; points && i > begin; i -= 4) {
+    for (qint64 i = lastPoint; points && i > begin; i -= 4)
         points = line[i] == '.' && (i - begin <= 3 || line[i - 4] == '.');
-    }
-    for (qint64 i = comma + 1; points && i < end; ++i) {
+    for (qint64 i = comma + 1; points && i < end; ++i)
         points = line.digit(i);
-    }
     return points;
 }
 
@@ -144,26 +133,20 @@ bool isJoined(const FLine<U> &line, qint64 sign)
         return (line[i] | 0x20) == 'e' && (line.digit(i - 1) || line[i - 1] == '.');
     };
     qint64 i = sign + 1;
-    while (line.digit(i)) {
+    while (line.digit(i))
         ++i;
-    }
-    if (line[i] != '.' || !line.digit(i + 1)) {
+    if (line[i] != '.' || !line.digit(i + 1))
         return false;
-    }
     const qint64 fraction = i + 1;
-    for (++i; line.digit(i);) {
+    for (++i; line.digit(i);)
         ++i;
-    }
-    if (isExponent(i) && line.digit(i + 1 + isSignAt(line, i + 1))) {
+    if (isExponent(i) && line.digit(i + 1 + isSignAt(line, i + 1)))
         return true;
-    }
     qint64 begin = sign;
-    while (line.digit(begin - 1)) {
+    while (line.digit(begin - 1))
         --begin;
-    }
-    if (isExponent(begin - 1 - isSignAt(line, begin - 1))) {
+    if (isExponent(begin - 1 - isSignAt(line, begin - 1)))
         return true;
-    }
     return line[begin - 1] == '.' && i - fraction == sign - begin && sign - begin >= 3;
 }
 
@@ -173,9 +156,8 @@ template <class U>
 bool isTime(const FLine<U> &line, qint64 end)
 {
     qint64 i = end - 1;
-    while (line.digit(i)) {
+    while (line.digit(i))
         --i;
-    }
     const uint after = line[end];
     const qint64 unit = after == 'm' || after == 'u' || after == 'n' ? end + 1 : end;
     return line[i] == '.' && line[unit] == 's' && !isWord(line[unit + 1]) && !line.digit(unit + 1);
@@ -200,24 +182,18 @@ bool touchesBefore(const FLine<U> &line, qint64 begin, qint64 end, bool anchored
         return !isSigned && (line.digit(begin - 1) ||
                              ((before == '.' || before == ',') && line.digit(begin - 2)));
     }
-    if (isSigned && line.digit(begin - 1)) {
+    if (isSigned && line.digit(begin - 1))
         return !isJoined(line, begin);
-    }
-    if (line.digit(begin - 1) || isWord(before) || isForeign(before) || isDash(before)) {
+    if (line.digit(begin - 1) || isWord(before) || isForeign(before) || isDash(before))
         return true;
-    }
-    if (isSigned) {
+    if (isSigned)
         return isSignAt(line, begin - 1) && line.digit(begin - 2);
-    }
-    if (isClock(line, begin - 1)) {
+    if (isClock(line, begin - 1))
         return true;
-    }
-    if (before == '.') {
+    if (before == '.')
         return true; // dots that lead to a number take its first digits for a fraction
-    }
-    if (before == ',' && line.digit(begin - 2)) {
+    if (before == ',' && line.digit(begin - 2))
         return line.digit(begin) && commaInNumber(line, begin - 1);
-    }
     return isGroupMark(before) && line.digit(begin - 2) && end - begin >= 3 &&
            line.digit(begin + 1) && line.digit(begin + 2);
 }
@@ -227,25 +203,20 @@ bool touchesAfter(const FLine<U> &line, qint64 end)
 {
     const uint after = line[end];
     const uint next = line[end + 1];
-    if (isWord(after)) {
+    if (isWord(after))
         return !isTime(line, end);
-    }
-    if (line.digit(end) || isForeign(after) || isClock(line, end)) {
+    if (line.digit(end) || isForeign(after) || isClock(line, end))
         return true;
-    }
     if (after == '.') {
         qint64 i = end;
-        while (line[i] == '.') {
+        while (line[i] == '.')
             ++i;
-        }
         return line.digit(i) || (i == end + 1 && isWord(next));
     }
-    if (after == ',') {
+    if (after == ',')
         return line.digit(end + 1) && commaInNumber(line, end);
-    }
-    if (after == '+' || after == '-') {
+    if (after == '+' || after == '-')
         return isWord(next) || (numberAt(line, end + 1) && !isJoined(line, end));
-    }
     return isGroupMark(after) && line.digit(end - 1) && line.digit(end + 1) &&
            line.digit(end + 2) && line.digit(end + 3) && !line.digit(end + 4);
 }
@@ -254,11 +225,9 @@ bool touchesAfter(const FLine<U> &line, qint64 end)
 template <class U>
 qint64 behindWord(const FLine<U> &line, qint64 at, const char *word)
 {
-    for (; *word; ++word, ++at) {
-        if ((line[at] | 0x20) != static_cast<uint>(*word)) {
+    for (; *word; ++word, ++at)
+        if ((line[at] | 0x20) != static_cast<uint>(*word))
             return -1;
-        }
-    }
     return at;
 }
 
@@ -266,9 +235,8 @@ qint64 behindWord(const FLine<U> &line, qint64 at, const char *word)
 template <class U>
 bool isLabel(const FLine<U> &line, qint64 end)
 {
-    while (end < line.size && isSpaceUnit(line[end])) {
+    while (end < line.size && isSpaceUnit(line[end]))
         ++end;
-    }
     return line[end] == '=' || line[end] == ':';
 }
 
@@ -277,17 +245,14 @@ template <class U>
 qint64 headingStars(const FLine<U> &line)
 {
     qint64 begin = 0;
-    while (begin < line.size && isSpaceUnit(line[begin])) {
+    while (begin < line.size && isSpaceUnit(line[begin]))
         ++begin;
-    }
     qint64 end = begin;
-    while (line[end] == '*') {
+    while (line[end] == '*')
         ++end;
-    }
     qint64 text = end;
-    while (text < line.size && isSpaceUnit(line[text])) {
+    while (text < line.size && isSpaceUnit(line[text]))
         ++text;
-    }
     return isWord(line[text]) ? end - begin : 0;
 }
 
@@ -295,19 +260,16 @@ qint64 headingStars(const FLine<U> &line)
 template <class U>
 bool amongNumbers(const FLine<U> &line, qint64 from, qint64 begin, qint64 end)
 {
-    while (begin > from && (isSpaceUnit(line[begin - 1]) || isSignAt(line, begin - 1))) {
+    while (begin > from && (isSpaceUnit(line[begin - 1]) || isSignAt(line, begin - 1)))
         --begin;
-    }
     if (begin > from) {
         const uint before = line[begin - 1];
         if (line.digit(begin - 1) || before == '=' || before == ':' || before == ',' ||
-            before == '*' || (before == '.' && line.digit(begin - 2))) {
+            before == '*' || (before == '.' && line.digit(begin - 2)))
             return true;
-        }
     }
-    while (end < line.size && isSpaceUnit(line[end])) {
+    while (end < line.size && isSpaceUnit(line[end]))
         ++end;
-    }
     return numberAt(line, end);
 }
 } // namespace
@@ -328,38 +290,31 @@ bool lacksNumber(const U *units, qint64 size, qint64 from, qint64 to)
         const uint u = units[i];
         if (u == '*') {
             qint64 end = i;
-            while (line[end] == '*') {
+            while (line[end] == '*')
                 ++end;
-            }
             // Few stars that begin a line are a mark of a heading rather than a field.
             const bool begins = std::all_of(units + from, units + i, isSpaceUnit);
             if (end - i >= (begins ? 4 : 2) && end - i != headingStars(line) &&
-                amongNumbers(line, from, i, end)) {
+                amongNumbers(line, from, i, end))
                 return true;
-            }
             i = end - 1;
         } else if (u == '#') {
             if (behindWord(line, i + 1, "ind") > 0 || behindWord(line, i + 1, "inf") > 0 ||
-                behindWord(line, i + 1, "qnan") > 0 || behindWord(line, i + 1, "snan") > 0) {
+                behindWord(line, i + 1, "qnan") > 0 || behindWord(line, i + 1, "snan") > 0)
                 return true;
-            }
         } else if (((u | 0x20) == 'n' || (u | 0x20) == 'i') && !isWord(line[i - 1]) &&
                    !line.digit(i - 1)) {
             qint64 end = behindWord(line, i, "nan");
-            if (end > 0 && ((line[end] | 0x20) == 'q' || (line[end] | 0x20) == 's')) {
+            if (end > 0 && ((line[end] | 0x20) == 'q' || (line[end] | 0x20) == 's'))
                 ++end;
-            }
-            if (end > 0 && !isWord(line[end]) && !line.digit(end) && !isLabel(line, end)) {
+            if (end > 0 && !isWord(line[end]) && !line.digit(end) && !isLabel(line, end))
                 return true;
-            }
             end = behindWord(line, i, "inf");
-            if (end > 0) {
+            if (end > 0)
                 end = std::max(end, behindWord(line, i, "infinity"));
-            }
             if (end > 0 && !isWord(line[end]) && !line.digit(end) && line[end] != '-' &&
-                !isLabel(line, end) && amongNumbers(line, from, i, end)) {
+                !isLabel(line, end) && amongNumbers(line, from, i, end))
                 return true;
-            }
         }
     }
     return false;

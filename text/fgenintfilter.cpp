@@ -117,9 +117,8 @@ __attribute__((target("avx2"))) int siftOne(const uchar *p, qint64 n, const ucha
 #else
 int sift(const uchar *, qint64 n, const uchar *, quint16 *places)
 {
-    for (qint64 i = 0; i < n; ++i) {
+    for (qint64 i = 0; i < n; ++i)
         places[i] = static_cast<quint16>(i);
-    }
     return static_cast<int>(n);
 }
 int siftOne(const uchar *p, qint64 n, const uchar *masks, quint16 *places)
@@ -164,9 +163,8 @@ FGenIntFilter::Sample::Sample(const uchar *text, qint64 from, qint64 to)
 FGenIntFilter::Sample::Cost FGenIntFilter::Sample::cost(const char *window, int length) const
 {
     // A shorter window is taken for frequent: it is only chosen where there is no other.
-    if (length < kWindow) {
+    if (length < kWindow)
         return {kCounters, kCounters};
-    }
     const quint32 key = loadKey(window, length);
     return {mCounts[hashOf(key)], mBlurred[hashOf(blurFour(key))]};
 }
@@ -246,9 +244,8 @@ void FGenIntFilter::fillMasks()
 {
     // Windows that begin alike share a group, so that a group's sets stay small.
     std::vector<size_t> order(mWindows.size());
-    for (size_t i = 0; i < order.size(); ++i) {
+    for (size_t i = 0; i < order.size(); ++i)
         order[i] = i;
-    }
     std::sort(order.begin(), order.end(), [this](size_t a, size_t b) {
         return memcmp(&mWindows[a].key, &mWindows[b].key, sizeof mWindows[a].key) < 0;
     });
@@ -265,31 +262,26 @@ void FGenIntFilter::fillMasks()
                 high[c >> 4] |= group;
             };
             if (static_cast<int>(k) >= window.length) {
-                for (uint half = 0; half < 16; ++half) {
+                for (uint half = 0; half < 16; ++half)
                     admit(half * 17);
-                }
                 continue;
             }
             const uint c = static_cast<uchar>(text[k]);
             admit(c);
-            if (c - 'a' < 26U) {
+            if (c - 'a' < 26U)
                 admit(c & ~0x20U);
-            }
         }
     }
-    for (auto &masks : mMasks) {
-        for (auto &set : masks) {
+    for (auto &masks : mMasks)
+        for (auto &set : masks)
             std::copy_n(set.begin(), 16, set.begin() + 16); // once for each half of the register
-        }
-    }
 }
 
 void FGenIntFilter::fillTable()
 {
     size_t size = 64;
-    while (size < mWindows.size() * 4) {
+    while (size < mWindows.size() * 4)
         size *= 2;
-    }
     mTable.resize(size);
     for (size_t i = 0; i < mWindows.size(); ++i) {
         if (mWindows[i].length < kWindow) {
@@ -297,9 +289,8 @@ void FGenIntFilter::fillTable()
             continue;
         }
         size_t at = hashOf(mWindows[i].key) & (size - 1);
-        while (mTable[at].window >= 0) {
+        while (mTable[at].window >= 0)
             at = (at + 1) & (size - 1);
-        }
         mTable[at].key = mWindows[i].key;
         mTable[at].window = static_cast<int>(i);
     }
@@ -314,24 +305,20 @@ qint64 FGenIntFilter::compare(const Window &window, const uchar *text, qint64 at
         const qint64 begin = at - use.windowAt;
         const auto size = static_cast<qint64>(pattern.size());
         ++work;
-        if (begin < from || begin + size > to) {
+        if (begin < from || begin + size > to)
             continue;
-        }
         if (window.length == kWindow) {
             quint32 key;
             memcpy(&key, text + begin + use.checkAt, sizeof key);
-            if (foldFour(key) != use.checkKey) {
+            if (foldFour(key) != use.checkKey)
                 continue;
-            }
         }
         qint64 i = 0;
-        while (i < size && foldByte(text[begin + i]) == static_cast<uchar>(pattern[size_t(i)])) {
+        while (i < size && foldByte(text[begin + i]) == static_cast<uchar>(pattern[size_t(i)]))
             ++i;
-        }
         work += i / 8;
-        if (i == size) {
+        if (i == size)
             hit(use.pattern, begin);
-        }
     }
     return work;
 }
@@ -354,9 +341,8 @@ qint64 FGenIntFilter::verify(const uchar *text, qint64 at, qint64 from, qint64 t
     for (int index : mShort) {
         const Window &window = mWindows[static_cast<size_t>(index)];
         ++work;
-        if ((key & window.care) == window.key) {
+        if ((key & window.care) == window.key)
             work += compare(window, text, at, from, to, hit);
-        }
     }
     return work;
 }
@@ -392,14 +378,11 @@ bool FGenIntFilter::scan(const uchar *text, qint64 from, qint64 to, qint64 *work
             memset(rest + n + more, 0, sizeof rest - static_cast<size_t>(n + more));
             count = find(rest, n, masks, places);
         }
-        for (int i = 0; i < count; ++i) {
-            if (places[i] < n) {
+        for (int i = 0; i < count; ++i)
+            if (places[i] < n)
                 *work += verify(text, begin + places[i], from, to, hit);
-            }
-        }
-        if (*work > most) {
+        if (*work > most)
             return false;
-        }
     }
     return true;
 }

@@ -30,9 +30,8 @@ bool writeAll(int fd, const QByteArray &data)
     for (int done = 0; done < data.size();) {
         const ssize_t n =
             ::write(fd, data.constData() + done, static_cast<size_t>(data.size() - done));
-        if (n < 0 && errno != EINTR) {
+        if (n < 0 && errno != EINTR)
             return false;
-        }
         done += n > 0 ? static_cast<int>(n) : 0;
     }
     return true;
@@ -64,13 +63,11 @@ QByteArray receive(int fd, int timeLimitMs)
         const qint64 left = timeLimitMs - clock.elapsed();
         pollfd waiting = {fd, POLLIN, 0};
         const int ready = left > 0 ? ::poll(&waiting, 1, static_cast<int>(left)) : 0;
-        if (ready < 0 && errno == EINTR) {
+        if (ready < 0 && errno == EINTR)
             continue;
-        }
         const ssize_t n = ready > 0 ? ::read(fd, buffer, sizeof buffer) : 0;
-        if (n <= 0) {
+        if (n <= 0)
             return data;
-        }
         data.append(buffer, static_cast<int>(n));
     }
 }
@@ -81,20 +78,17 @@ template <class U>
 void readGuarded(FGenIntReadPass<U> &pass, int timeLimitMs, QVector<FGenIntReading> *readings)
 {
     int ends[2];
-    if (::pipe2(ends, O_CLOEXEC) != 0) {
+    if (::pipe2(ends, O_CLOEXEC) != 0)
         return;
-    }
     const pid_t child = ::fork();
     if (child == 0) {
         ::close(ends[0]);
         pass.allowLongSearches();
         FGenIntReading reading;
-        for (size_t i = static_cast<size_t>(readings->size()); i < pass.order().size(); ++i) {
+        for (size_t i = static_cast<size_t>(readings->size()); i < pass.order().size(); ++i)
             if (pass.evaluate(pass.order()[i], &reading) != FGenIntReadPass<U>::Done ||
-                !writeAll(ends[1], pack(reading))) {
+                !writeAll(ends[1], pack(reading)))
                 break;
-            }
-        }
         ::_exit(0);
     }
     ::close(ends[1]);
@@ -105,9 +99,8 @@ void readGuarded(FGenIntReadPass<U> &pass, int timeLimitMs, QVector<FGenIntReadi
         }
         QDataStream in(data);
         FGenIntReading reading;
-        while (unpack(in, &reading)) {
+        while (unpack(in, &reading))
             readings->append(reading);
-        }
     }
     ::close(ends[0]);
 }
@@ -134,14 +127,12 @@ QVector<FGenIntReading> readAs(const FGenIntText &text, const QVector<FGenIntRul
                 readGuarded(pass, static_cast<int>(left), &readings);
             }
         }
-        if (outcome != FGenIntReadPass<U>::Done) {
+        if (outcome != FGenIntReadPass<U>::Done)
             break;
-        }
         readings.append(reading);
     }
-    while (readings.size() < rules.size()) {
+    while (readings.size() < rules.size())
         readings.append(givenUp(pass.order()[static_cast<size_t>(readings.size())]));
-    }
     return readings;
 }
 } // namespace
@@ -154,14 +145,12 @@ FGenIntReaderCore::FGenIntReaderCore(const FGenIntText &text)
 QVector<FGenIntReading> FGenIntReaderCore::read(const QVector<FGenIntRule> &rules,
                                                 const FGenIntColumns &columns) const
 {
-    if (mText.isEmpty() || rules.isEmpty()) {
+    if (mText.isEmpty() || rules.isEmpty())
         return {};
-    }
     if (!mText.isWide()) {
         const auto readings = readAs<uchar>(mText, rules, columns, mTimeLimitMs, mCountLines);
-        if (mText.isPlain()) {
+        if (mText.isPlain())
             return readings;
-        }
         mText.widen();
     }
     return readAs<char16_t>(mText, rules, columns, mTimeLimitMs, mCountLines);
@@ -170,9 +159,8 @@ QVector<FGenIntReading> FGenIntReaderCore::read(const QVector<FGenIntRule> &rule
 int FGenIntReaderCore::getAnchorPos(const FGenIntRule &rule, const QString &text)
 {
     const QString anchor = QString::fromStdString(rule.anchor);
-    if (anchor.isEmpty()) {
+    if (anchor.isEmpty())
         return -1;
-    }
     return rule.first ? text.indexOf(anchor, 0, Qt::CaseInsensitive)
                       : text.lastIndexOf(anchor, -1, Qt::CaseInsensitive);
 }
@@ -183,23 +171,19 @@ void FGenIntReaderCore::parseLine(int &position, int &length, QRegExp &separator
 {
     position = 0;
     length = 0;
-    if (numberMode) {
+    if (numberMode)
         separator.setPattern(FGenIntSeparator::pattern(FGenIntColumns()));
-    }
-    if (line == 0 && !anchor.isEmpty()) {
+    if (line == 0 && !anchor.isEmpty())
         position = text.indexOf(anchor, 0, Qt::CaseInsensitive) + anchor.size();
-    }
     int cursor = position;
     for (int i = 0; i < column; ++i) {
         position = text.indexOf(separator, cursor);
-        if (position < 0) {
+        if (position < 0)
             return;
-        }
         const int matched = separator.matchedLength();
         cursor = position = position + matched;
-        if (matched == 0) {
+        if (matched == 0)
             break; // it matches the same nothing again and again
-        }
     }
     const int found = text.indexOf(separator, cursor);
     if (numberMode) {
@@ -212,14 +196,12 @@ void FGenIntReaderCore::parseLine(int &position, int &length, QRegExp &separator
 
 void FGenIntReaderCore::sortRules(QVector<FGenIntRule> &rules, const QString &text)
 {
-    if (text.isEmpty()) {
+    if (text.isEmpty())
         return;
-    }
     const auto held = FGenIntText::fromString(text);
     const FGenIntReadPass<char16_t> pass(*held, rules, FGenIntColumns());
     QVector<FGenIntRule> sorted;
-    for (int index : pass.order()) {
+    for (int index : pass.order())
         sorted.append(rules[index]);
-    }
     rules = sorted;
 }

@@ -41,12 +41,10 @@ FGenIntReadPass<U>::FGenIntReadPass(const FGenIntText &text, const QVector<FGenI
 {
     mTrimmed = mText.size();
     while (mTrimmed > 0) {
-        if (mTrimmed % FGenIntText::kBlock == 0 || mTrimmed == mText.size()) {
+        if (mTrimmed % FGenIntText::kBlock == 0 || mTrimmed == mText.size())
             mText.examine(mTrimmed - 1, mTrimmed);
-        }
-        if (!isSpaceUnit(mUnits[mTrimmed - 1])) {
+        if (!isSpaceUnit(mUnits[mTrimmed - 1]))
             break;
-        }
         --mTrimmed;
     }
     findRules();
@@ -67,9 +65,8 @@ void FGenIntReadPass<U>::findRules()
         const FGenIntRule &rule = mRules[static_cast<int>(i)];
         const std::u16string folded = foldAnchor(QString::fromStdString(rule.anchor));
         mAnchorSize[i] = static_cast<int>(folded.size());
-        if (folded.empty()) {
+        if (folded.empty())
             continue;
-        }
         const auto entry = known.emplace(folded, anchors.size());
         if (entry.second) {
             anchors.emplace_back();
@@ -78,28 +75,23 @@ void FGenIntReadPass<U>::findRules()
         anchorOf[i] = entry.first->second;
         (rule.first ? anchors[anchorOf[i]].wantFirst : anchors[anchorOf[i]].wantLast) = true;
     }
-    if (anchors.empty()) {
+    if (anchors.empty())
         return;
-    }
     findAnchors(mText, 0, mTrimmed, &anchors);
     // Rules are read from the trimmed text but sorted by the whole one. The two differ only for
     // anchors that end in white space.
     std::vector<FGenIntAnchor> tails(anchors);
     qint64 longest = 0;
-    for (const FGenIntAnchor &anchor : anchors) {
-        if (isSpaceUnit(anchor.folded.back())) {
+    for (const FGenIntAnchor &anchor : anchors)
+        if (isSpaceUnit(anchor.folded.back()))
             longest = std::max(longest, static_cast<qint64>(anchor.folded.size()));
-        }
-    }
-    if (longest > 0 && mTrimmed < mText.size()) {
+    if (longest > 0 && mTrimmed < mText.size())
         findAnchors(mText, std::max<qint64>(0, mTrimmed - longest + 1), mText.size(), &tails);
-    } else {
+    else
         tails.clear();
-    }
     for (size_t i = 0; i < count; ++i) {
-        if (mAnchorSize[i] == 0) {
+        if (mAnchorSize[i] == 0)
             continue;
-        }
         const bool first = mRules[static_cast<int>(i)].first;
         const FGenIntAnchor &anchor = anchors[anchorOf[i]];
         mAnchorAt[i] = first ? anchor.first : anchor.last;
@@ -116,15 +108,13 @@ template <class U>
 void FGenIntReadPass<U>::sortIndices()
 {
     std::map<qint64, QVector<int>> groups;
-    for (int i = 0; i < mRules.size(); ++i) {
+    for (int i = 0; i < mRules.size(); ++i)
         groups[mSortKey[static_cast<size_t>(i)]].append(i);
-    }
     const auto before = [this](int a, int b) {
         const FGenIntRule &left = mRules[a];
         const FGenIntRule &right = mRules[b];
-        if (left.line != right.line) {
+        if (left.line != right.line)
             return left.line < right.line;
-        }
         return left.column != right.column ? left.column < right.column : left.name < right.name;
     };
     for (auto &group : groups) {
@@ -150,14 +140,12 @@ typename FGenIntReadPass<U>::Outcome FGenIntReadPass<U>::evaluate(int rule, FGen
     *reading = FGenIntReading();
     reading->rule = rule;
     reading->value = std::numeric_limits<double>::quiet_NaN();
-    if (!mRules[rule].average) {
+    if (!mRules[rule].average)
         return readSingle(rule, reading);
-    }
     if (!mAveragesRead) {
         const Outcome outcome = readAverages();
-        if (outcome != Done) {
+        if (outcome != Done)
             return outcome;
-        }
         mAveragesRead = true;
     }
     report(mAverages[mAverageOf[rule]], reading);
@@ -175,9 +163,8 @@ typename FGenIntReadPass<U>::Outcome FGenIntReadPass<U>::readSingle(int index,
     const qint64 from = line.begin;
     trim(&line);
     const Outcome outcome = prepare(line);
-    if (outcome != Done) {
+    if (outcome != Done)
         return outcome;
-    }
     const auto cell = mFinder.find(rule.column);
     bool ok = false;
     if (cell.position >= 0) {
@@ -185,34 +172,26 @@ typename FGenIntReadPass<U>::Outcome FGenIntReadPass<U>::readSingle(int index,
         reading->cell = mText.mid(line.begin + cell.position, cell.length);
         reading->value = ok ? number : reading->value;
     }
-    if (line.there) {
+    if (line.there)
         place(line.physical, line.begin + cell.position, cell.length, reading);
-    }
     QStringList &notes = reading->notes;
-    if (anchorSize > 0 && anchor < 0) {
+    if (anchorSize > 0 && anchor < 0)
         notes << QStringLiteral("anchor not found");
-    }
-    if (!line.there || line.displaced) {
+    if (!line.there || line.displaced)
         notes << QStringLiteral("line not there");
-    }
-    if (line.there && (!cell.found || rule.column < 0)) {
+    if (line.there && (!cell.found || rule.column < 0))
         notes << QStringLiteral("column not there");
-    }
-    if (cell.found && qIsNaN(reading->value) && (line.there || cell.length > 0)) {
+    if (cell.found && qIsNaN(reading->value) && (line.there || cell.length > 0))
         notes << QStringLiteral("not a number");
-    }
     if (cell.length > 0) {
-        if (isUnfinished(line.end)) {
+        if (isUnfinished(line.end))
             notes << QStringLiteral("last line has no line end");
-        }
         const bool anchored = anchor >= 0 && rule.line == 0;
         const int doubts = doubtsOf(line, from, anchored, line.begin + cell.position, cell.length);
-        if (doubts & Touches) {
+        if (doubts & Touches)
             notes << QStringLiteral("number touches other characters");
-        }
-        if (doubts & Lacks) {
+        if (doubts & Lacks)
             notes << QStringLiteral("NaN or **** stands before it in the line");
-        }
     }
     if (anchor >= 0 && rule.line >= 0) {
         // Reading goes on behind as many units as the anchor has bytes.
@@ -220,9 +199,8 @@ typename FGenIntReadPass<U>::Outcome FGenIntReadPass<U>::readSingle(int index,
         const qint64 shifted =
             std::min(anchor + static_cast<qint64>(rule.anchor.size()), mText.size());
         if (static_cast<size_t>(anchorSize) != rule.anchor.size() &&
-            (rule.line == 0 || mText.lineFeedFrom(right, 1, shifted) >= 0)) {
+            (rule.line == 0 || mText.lineFeedFrom(right, 1, shifted) >= 0))
             notes << QStringLiteral("non-ASCII anchor shifts the reading");
-        }
     }
     return Done;
 }
@@ -241,9 +219,8 @@ typename FGenIntReadPass<U>::Line FGenIntReadPass<U>::pickLine(const FGenIntRule
     }
     // A line feed that the anchor itself begins with counts as well.
     const qint64 feed = mText.lineFeedBefore(anchor + 1, 1);
-    if (feed >= 0) {
+    if (feed >= 0)
         return lineFromEnd(feed, rule.line);
-    }
     Line line = lineFromEnd(mText.size(), rule.line);
     line.displaced = true; // nothing stands above the first line: this is read from the end
     return line;
@@ -273,17 +250,15 @@ typename FGenIntReadPass<U>::Line FGenIntReadPass<U>::lineFromEnd(qint64 limit, 
 {
     Line line;
     line.there = false;
-    if (limit == 0) {
+    if (limit == 0)
         return line;
-    }
     mText.examine(limit - 1, limit);
     const qint64 end = mUnits[limit - 1] == '\n' ? limit - 1 : limit;
     qint64 count = 0;
     qint64 feed = mText.lineFeedBefore(end, -number, &count);
     if (feed < 0) {
-        if (count == 0) {
+        if (count == 0)
             return line; // one line only, and the first one is never taken
-        }
         feed = mText.lineFeedFrom(0, 1, end);
         line.displaced = true;
     }
@@ -298,12 +273,10 @@ template <class U>
 void FGenIntReadPass<U>::trim(Line *line) const
 {
     mText.examine(line->begin, line->end);
-    if (line->end > line->begin && mUnits[line->end - 1] == '\r') {
+    if (line->end > line->begin && mUnits[line->end - 1] == '\r')
         --line->end;
-    }
-    while (line->begin < line->end && isSpaceUnit(mUnits[line->begin])) {
+    while (line->begin < line->end && isSpaceUnit(mUnits[line->begin]))
         ++line->begin;
-    }
 }
 
 template <class U>
@@ -311,12 +284,10 @@ typename FGenIntReadPass<U>::Outcome FGenIntReadPass<U>::prepare(const Line &lin
 {
     const qint64 size = line.end - line.begin;
     if (mSeparator.isExpression()) {
-        if (!mLongSearches && size > kLongSearch / (1 + mSeparator.patternLength() / 8)) {
+        if (!mLongSearches && size > kLongSearch / (1 + mSeparator.patternLength() / 8))
             return NeedsLongSearch;
-        }
-        if (mClock.hasExpired(mTimeLimitMs)) {
+        if (mClock.hasExpired(mTimeLimitMs))
             return TooLate;
-        }
     }
     mFinder.setLine(mUnits + line.begin, size);
     return Done;
@@ -326,9 +297,8 @@ template <class U>
 int FGenIntReadPass<U>::doubtsOf(const Line &line, qint64 from, bool anchored, qint64 cell,
                                  qint64 length) const
 {
-    if (!mSeparator.isNumber()) {
+    if (!mSeparator.isNumber())
         return NoDoubt; // a cell is all there is between two separators, whatever it holds
-    }
     // The characters around are those of the physical line, not of the part that is read.
     const U *units = mUnits + line.physical;
     const qint64 size = line.end - line.physical;
@@ -349,9 +319,8 @@ template <class U>
 void FGenIntReadPass<U>::place(qint64 physical, qint64 cell, qint64 length,
                                FGenIntReading *reading) const
 {
-    if (mCountLines) {
+    if (mCountLines)
         reading->line = mText.lineFeedsUpTo(physical) + 1;
-    }
     if (length > 0) {
         reading->columnFirst = toColumn(cell - physical + 1);
         reading->columnLast = toColumn(cell - physical + length);
@@ -363,14 +332,12 @@ void FGenIntReadPass<U>::openAverage(Average *average) const
 {
     const qint64 rows = average->rows;
     average->start = mTrimmed;
-    if (rows <= 0) {
+    if (rows <= 0)
         return;
-    }
     qint64 count = 0;
     average->start = mText.lineFeedBefore(mTrimmed, rows, &count);
-    if (average->start >= 0) {
+    if (average->start >= 0)
         return;
-    }
     average->start = 0;
     average->reachesTop = count + 1 < rows;
     if (count > 0 && mUnits[0] == '\n') {
@@ -401,9 +368,8 @@ typename FGenIntReadPass<U>::Outcome FGenIntReadPass<U>::readAverages()
     std::stable_sort(mAverages.begin(), mAverages.end(), [this](const auto &a, const auto &b) {
         return mRules[a.rule].column < mRules[b.rule].column;
     });
-    for (size_t i = 0; i < mAverages.size(); ++i) {
+    for (size_t i = 0; i < mAverages.size(); ++i)
         mAverageOf[mAverages[i].rule] = i;
-    }
     Line row;
     row.begin = start;
     while (row.begin < mTrimmed) {
@@ -412,9 +378,8 @@ typename FGenIntReadPass<U>::Outcome FGenIntReadPass<U>::readAverages()
         row.end = feed < 0 ? mTrimmed : feed;
         row.physical = row.begin;
         const Outcome outcome = readRow(row);
-        if (outcome != Done) {
+        if (outcome != Done)
             return outcome;
-        }
         row.begin = next;
     }
     return Done;
@@ -426,18 +391,15 @@ typename FGenIntReadPass<U>::Outcome FGenIntReadPass<U>::readRow(const Line &row
     Line line = row;
     mText.examine(row.begin, row.end);
     const qint64 size = row.end - row.begin;
-    if (size == 0 || (size == 1 && mUnits[row.begin] == '\r')) {
+    if (size == 0 || (size == 1 && mUnits[row.begin] == '\r'))
         return Done;
-    }
     trim(&line);
     const Outcome outcome = prepare(line);
-    if (outcome != Done) {
+    if (outcome != Done)
         return outcome;
-    }
     for (Average &average : mAverages) {
-        if (average.start > row.begin || average.full) {
+        if (average.start > row.begin || average.full)
             continue;
-        }
         const auto cell = mFinder.find(mRules[average.rule].column);
         const bool own = cell.position >= 0;
         if (own) {
@@ -463,37 +425,30 @@ typename FGenIntReadPass<U>::Outcome FGenIntReadPass<U>::readRow(const Line &row
 template <class U>
 void FGenIntReadPass<U>::report(const Average &average, FGenIntReading *reading)
 {
-    if (average.count > 0) {
+    if (average.count > 0)
         reading->value = average.sum / static_cast<double>(average.count);
-    }
     if (average.length > 0) {
         reading->cell = mText.mid(average.cell, average.length);
         place(average.row, average.cell, average.length, reading);
     }
     QStringList &notes = reading->notes;
-    if (mRules[average.rule].column < 0) {
+    if (mRules[average.rule].column < 0)
         notes << QStringLiteral("column not there");
-    }
-    if (average.count > 0 && qIsNaN(reading->value)) {
+    if (average.count > 0 && qIsNaN(reading->value))
         notes << QStringLiteral("not a number");
-    }
-    if (average.length > 0 && isUnfinished(average.cell)) {
+    if (average.length > 0 && isUnfinished(average.cell))
         notes << QStringLiteral("last line has no line end");
-    }
-    if (average.doubts & Touches) {
+    if (average.doubts & Touches)
         notes << QStringLiteral("number touches other characters");
-    }
-    if (average.doubts & Lacks) {
+    if (average.doubts & Lacks)
         notes << QStringLiteral("NaN or **** stands before it in the line");
-    }
     if (average.rows <= 0 || average.numeric < average.rows) {
         notes << QStringLiteral("average: %1 of %2 rows used")
                      .arg(average.numeric)
                      .arg(mRules[average.rule].averageRows);
     }
-    if (average.reachesTop) {
+    if (average.reachesTop)
         notes << QStringLiteral("average window reaches the top of the file");
-    }
 }
 
 template class FGenIntReadPass<uchar>;

@@ -90,25 +90,20 @@ qint64 nextFeed(const char16_t *p, qint64 from, qint64 to)
 template <class U>
 qint64 lastFeed(const U *p, qint64 from, qint64 to)
 {
-    while (to > from) {
-        if (p[--to] == '\n') {
+    while (to > from)
+        if (p[--to] == '\n')
             return to;
-        }
-    }
     return -1;
 }
 
 QString kindOf(const struct stat &info)
 {
-    if (S_ISDIR(info.st_mode)) {
+    if (S_ISDIR(info.st_mode))
         return QStringLiteral("is a directory");
-    }
-    if (S_ISFIFO(info.st_mode)) {
+    if (S_ISFIFO(info.st_mode))
         return QStringLiteral("is a FIFO");
-    }
-    if (S_ISSOCK(info.st_mode)) {
+    if (S_ISSOCK(info.st_mode))
         return QStringLiteral("is a socket");
-    }
     return S_ISREG(info.st_mode) ? QString() : QStringLiteral("is a device");
 }
 
@@ -123,9 +118,8 @@ public:
     FDescriptor &operator=(const FDescriptor &) = delete;
     ~FDescriptor()
     {
-        if (mFd >= 0) {
+        if (mFd >= 0)
             ::close(mFd);
-        }
     }
     int get() const { return mFd; }
 
@@ -141,22 +135,20 @@ bool readWhole(int fd, std::string *content)
     char buffer[1 << 16];
     for (;;) {
         const ssize_t n = ::read(fd, buffer, sizeof buffer);
-        if (n > 0) {
+        if (n > 0)
             content->append(buffer, static_cast<size_t>(n));
-        } else if (n == 0) {
+        else if (n == 0)
             return true;
-        } else if (errno != EINTR) {
+        else if (errno != EINTR)
             return false;
-        }
     }
 }
 } // namespace
 
 FGenIntText::~FGenIntText()
 {
-    if (mMap) {
+    if (mMap)
         ::munmap(mMap, mMapSize);
-    }
 }
 
 std::unique_ptr<FGenIntText> FGenIntText::fromFile(const QString &path, QString *why)
@@ -171,18 +163,16 @@ std::unique_ptr<FGenIntText> FGenIntText::fromFile(const QString &path, QString 
         return nullptr;
     }
     reason = kindOf(info);
-    if (!reason.isEmpty()) {
+    if (!reason.isEmpty())
         return nullptr;
-    }
     const FDescriptor file(::open(name.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (file.get() < 0 || ::fstat(file.get(), &info) != 0) {
         reason = qt_error_string(errno);
         return nullptr;
     }
     reason = kindOf(info);
-    if (!reason.isEmpty()) {
+    if (!reason.isEmpty())
         return nullptr;
-    }
     std::unique_ptr<FGenIntText> text(new FGenIntText);
     const auto size = static_cast<size_t>(info.st_size);
     void *map = size >= kMapFrom ? ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE, file.get(), 0)
@@ -293,9 +283,8 @@ quint32 FGenIntText::block(qint64 index) const
 
 void FGenIntText::examine(qint64 from, qint64 to) const
 {
-    for (qint64 i = from / kBlock; i * kBlock < to; ++i) {
+    for (qint64 i = from / kBlock; i * kBlock < to; ++i)
         block(i);
-    }
 }
 
 qint64 FGenIntText::lineFeedFrom(qint64 from, qint64 n, qint64 limit) const
@@ -311,13 +300,12 @@ qint64 FGenIntText::lineFeedFrom(qint64 from, qint64 n, qint64 limit) const
             continue;
         }
         const qint64 hit = mWide ? nextFeed(mWide, from, end) : nextFeed(mBytes, from, end);
-        if (hit < 0) {
+        if (hit < 0)
             from = end;
-        } else if (--n == 0) {
+        else if (--n == 0)
             return hit;
-        } else {
+        else
             from = hit + 1;
-        }
     }
     return -1;
 }
@@ -335,17 +323,15 @@ qint64 FGenIntText::lineFeedBefore(qint64 end, qint64 n, qint64 *found) const
             continue;
         }
         const qint64 hit = mWide ? lastFeed(mWide, from, end) : lastFeed(mBytes, from, end);
-        if (hit < 0) {
+        if (hit < 0)
             end = from;
-        } else if (--n == 0) {
+        else if (--n == 0)
             return hit;
-        } else {
+        else
             end = hit;
-        }
     }
-    if (found) {
+    if (found)
         *found = wanted - n;
-    }
     return -1;
 }
 
@@ -353,9 +339,8 @@ qint64 FGenIntText::lineFeedsUpTo(qint64 position) const
 {
     qint64 count = 0;
     const qint64 last = position / kBlock;
-    for (qint64 i = 0; i < last; ++i) {
+    for (qint64 i = 0; i < last; ++i)
         count += block(i);
-    }
     const qint64 from = last * kBlock;
     if (from < position) {
         examine(from, position);

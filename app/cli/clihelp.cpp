@@ -217,12 +217,11 @@ int FCli::commands(const FCliOptions &options)
         printMarkdown();
         return kDone;
     }
-    for (const auto &info : FCmdManager::instance()->all()) {
+    for (const auto &info : FCmdManager::instance()->all())
         if (options.json)
             list.append(commandJson(*info));
         else
             out(std::string(kindName(info->kind)) + "  " + signature(*info));
-    }
     if (options.json)
         print(list);
     return kDone;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "fgenintcheckparts.h"
 #include "fgenintcells.h"
+#include "fgenintcheckparts.h"
 #include "fgenintcomputation.h"
 #include "fgenintreader.h"
 #include "fobjectmanager.h"

@@ -262,10 +262,12 @@ void FConfiguration::saveMembers(QTextStream &stream, unsigned level) const
 
 void FConfiguration::connectEntries()
 {
-    forEachEntry(mRoots, [&](const std::shared_ptr<FEntry> &entry) {
-        if (!entry->clients().contains(this))
-            entry->addClient(this);
-    });
+    forEachEntry(
+        mRoots,
+        [&](const std::shared_ptr<FEntry> &entry) {
+            if (!entry->clients().contains(this))
+                entry->addClient(this);
+        });
 }
 
 void FConfiguration::collectNamed(std::vector<const FObject *> *objects) const

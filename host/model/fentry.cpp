@@ -75,13 +75,15 @@ std::string uniqueAmong(const std::string &name, Taken taken)
 std::string uniqueName(const std::string &wanted, const FDefinitionBase *definition,
                        const FEntryBase *parent, const FEntryBase *self = nullptr)
 {
-    return uniqueAmong(FEntryDef::correctName(wanted), [&](const std::string &name) {
-        if (!definition)
-            return parent && parent->child(name);
-        const auto &map = definition->getNameMap();
-        const auto at = map.find(parent ? parent->getFullName() + "|" + name : name);
-        return at != map.end() && at->second.getExpr().get() != self; // the own name is free
-    });
+    return uniqueAmong(
+        FEntryDef::correctName(wanted),
+        [&](const std::string &name) {
+            if (!definition)
+                return parent && parent->child(name);
+            const auto &map = definition->getNameMap();
+            const auto at = map.find(parent ? parent->getFullName() + "|" + name : name);
+            return at != map.end() && at->second.getExpr().get() != self; // the own name is free
+        });
 }
 } // namespace
 

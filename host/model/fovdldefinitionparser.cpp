@@ -18,9 +18,11 @@ const char kPrologue[] = "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>";
 /// False for texts with characters that no XML text can hold.
 bool fitsXml(const QString &text)
 {
-    return std::all_of(text.begin(), text.end(), [](QChar c) {
-        return c >= ' ' ? c.unicode() < 0xfffe : c == '\t' || c == '\n' || c == '\r';
-    });
+    return std::all_of(
+        text.begin(), text.end(),
+        [](QChar c) {
+            return c >= ' ' ? c.unicode() < 0xfffe : c == '\t' || c == '\n' || c == '\r';
+        });
 }
 
 void writeEntries(QXmlStreamWriter &xml, const std::vector<FExpr<FEntryBase, true>> &entries)

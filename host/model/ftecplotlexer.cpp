@@ -65,9 +65,9 @@ char FTecplot::upper(char c) { return c >= 'a' && c <= 'z' ? char(c - 'a' + 'A')
 
 bool FTecplot::same(std::string_view text, std::string_view capitals)
 {
-    return text.size() == capitals.size() &&
-           std::equal(text.begin(), text.end(), capitals.begin(),
-                      [](char a, char b) { return upper(a) == b; });
+    return text.size() == capitals.size() && std::equal(
+                                                 text.begin(), text.end(), capitals.begin(),
+                                                 [](char a, char b) { return upper(a) == b; });
 }
 
 bool FTecplot::startsWith(std::string_view text, std::string_view capitals)

@@ -93,10 +93,9 @@ private:
         if (mText.startsWith("#!TDV") || mText.startsWith("#!SZPLT"))
             return fail(1, QStringLiteral("a binary Tecplot file"),
                         QStringLiteral("Tecplot ASCII text"));
-        while (token().kind != Kind::End) {
+        while (token().kind != Kind::End)
             if (!readRecord())
                 return false;
-        }
         if (!mHasData)
             return unexpected(mData.variables.empty() ? QStringLiteral("VARIABLES and a ZONE")
                                                       : QStringLiteral("a ZONE"));

@@ -178,8 +178,9 @@ void tst_Computation::failures()
     sumModel(application, arguments);
     script(before);
     int started = 0, ended = 0;
-    QObject::connect(comp()->getSignalRapper(), &FGenIntCompSignalRapper::genIntRunStarted, this,
-                     [&] { ++started; });
+    QObject::connect(
+        comp()->getSignalRapper(), &FGenIntCompSignalRapper::genIntRunStarted, this,
+        [&] { ++started; });
     QObject::connect(comp()->getSignalRapper(), &FGenIntCompSignalRapper::genIntRunEnded, this,
                      [&](bool ok) { ended += ok ? 1 : 100; });
     const QStringList errors = ModelTest::run("comp.run();");
@@ -284,12 +285,14 @@ void tst_Computation::relay()
     QVERIFY(!FGenIntComputation::mpNull->getSignalRapper());
     connect(relay, &FGenIntCompSignalRapper::genIntRunStarted, this,
             [&] { order << (QFile::exists(folder() + "in.txt") ? "late" : "started"); });
-    connect(relay, &FGenIntCompSignalRapper::genIntRunEnded, this, [&](bool ok) {
-        const auto results = comp()->getResults().ptr<FResultsGenInt>();
-        order << QString("ended %1 %2")
-                     .arg(ok)
-                     .arg(results ? int(results->getOutputHandles().size()) : -1);
-    });
+    connect(
+        relay, &FGenIntCompSignalRapper::genIntRunEnded, this,
+        [&](bool ok) {
+            const auto results = comp()->getResults().ptr<FResultsGenInt>();
+            order << QString("ended %1 %2")
+                         .arg(ok)
+                         .arg(results ? int(results->getOutputHandles().size()) : -1);
+        });
     connect(relay, &FGenIntCompSignalRapper::genIntCompDestroyed, this,
             [&] { order << "destroyed"; });
     QVERIFY(comp()->run());

@@ -25,9 +25,8 @@ struct Row
 inline QString fileText(const QString &path)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
+    if (!file.open(QIODevice::ReadOnly))
         return QString();
-    }
     QTextStream stream(&file);
     stream.setCodec("UTF-8");
     return stream.readAll();
@@ -36,12 +35,10 @@ inline QString fileText(const QString &path)
 inline int anchorPos(const FGenIntRule &rule, const QString &text)
 {
     const QString anchor = QString::fromStdString(rule.anchor);
-    if (anchor.isEmpty()) {
+    if (anchor.isEmpty())
         return -1;
-    }
-    if (rule.first) {
+    if (rule.first)
         return text.indexOf(anchor, 0, Qt::CaseInsensitive);
-    }
     return text.lastIndexOf(anchor, -1, Qt::CaseInsensitive);
 }
 
@@ -50,12 +47,10 @@ inline void parseLine(int &position, int &length, QRegExp &separator, int line,
 {
     position = 0;
     length = 0;
-    if (numberMode) {
+    if (numberMode)
         separator.setPattern("[-+]?(\\.\\d+|\\d+(\\.\\d+)?)([Ee][-+]?\\d+)?");
-    }
-    if (line == 0 && !anchor.isEmpty()) {
+    if (line == 0 && !anchor.isEmpty())
         position = text.indexOf(anchor, 0, Qt::CaseInsensitive) + anchor.size();
-    }
     int cursor = position;
     for (int i = 0; i < column; ++i) {
         position = text.indexOf(separator, cursor);
@@ -65,9 +60,8 @@ inline void parseLine(int &position, int &length, QRegExp &separator, int line,
         }
         const int before = cursor;
         cursor = position = position + separator.matchedLength();
-        if (cursor == before && i > 1000) {
+        if (cursor == before && i > 1000)
             break; // nothing can change any more
-        }
     }
     if (numberMode) {
         const int p = text.indexOf(separator, cursor);
@@ -85,12 +79,10 @@ inline void parseLine(int &position, int &length, QRegExp &separator, int line,
 
 inline bool valueBefore(const FGenIntRule &a, const FGenIntRule &b)
 {
-    if (a.line != b.line) {
+    if (a.line != b.line)
         return a.line < b.line;
-    }
-    if (a.column != b.column) {
+    if (a.column != b.column)
         return a.column < b.column;
-    }
     return a.name < b.name;
 }
 
@@ -98,13 +90,11 @@ inline std::vector<int> sorted(const QVector<FGenIntRule> &rules, const QString 
 {
     std::vector<int> order;
     std::map<int, std::vector<int>> groups;
-    for (int i = 0; i < rules.size(); ++i) {
-        if (text.isEmpty()) {
+    for (int i = 0; i < rules.size(); ++i)
+        if (text.isEmpty())
             order.push_back(i);
-        } else {
+        else
             groups[std::max(0, anchorPos(rules[i], text))].push_back(i);
-        }
-    }
     for (auto &group : groups) {
         QT_WARNING_PUSH
         QT_WARNING_DISABLE_DEPRECATED
@@ -121,35 +111,31 @@ inline double single(const FGenIntRule &rule, const QString &text, QString work,
 {
     int line = rule.line;
     const int pos = anchorPos(rule, work);
-    if (pos >= 0 && line >= 0) {
+    if (pos >= 0 && line >= 0)
         work = text.mid(pos + static_cast<int>(rule.anchor.size()));
-    } else if (pos >= 0) {
+    else if (pos >= 0)
         work = text.mid(0, text.lastIndexOf(QRegExp("\\n"), pos));
-    }
     QTextStream stream(&work, QIODevice::ReadWrite);
     QString current = stream.readLine();
     if (line < 0) {
         std::map<int, QString> lines;
         int count = 0;
-        while (!stream.atEnd()) {
+        while (!stream.atEnd())
             lines[count++] = stream.readLine();
-        }
         current = lines[std::max(0, count + line)];
     } else {
         for (int i = 0; i < line; ++i) {
             current = stream.readLine();
-            if (current.isNull() && stream.atEnd()) {
+            if (current.isNull() && stream.atEnd())
                 break; // and so it stays
-            }
         }
     }
     current.replace(QRegExp("^\\s*"), "");
     int position = 0;
     int length = 0;
     parseLine(position, length, separator, line, QString(), current, rule.column, numberMode);
-    if (position >= 0) {
+    if (position >= 0)
         *cell = current.mid(position, length);
-    }
     bool ok = false;
     const double number = cell->toDouble(&ok);
     return ok ? number : std::numeric_limits<double>::quiet_NaN();
@@ -162,9 +148,8 @@ inline double average(const FGenIntRule &rule, QString work, QRegExp &separator,
     int start = work.size();
     if (n > 0) {
         int steps = n;
-        if (n > 5000 && work.startsWith('\n')) {
+        if (n > 5000 && work.startsWith('\n'))
             steps = (n - 1) % work.count('\n') + 1; // the search below goes round in a circle
-        }
         int from = work.size() - 1;
         for (int i = 0; i < steps; ++i) {
             const int p = work.lastIndexOf(QRegExp("\\n"), from);
@@ -182,23 +167,20 @@ inline double average(const FGenIntRule &rule, QString work, QRegExp &separator,
     int count = 0;
     while (!stream.atEnd()) {
         QString line = stream.readLine();
-        if (line.isEmpty()) {
+        if (line.isEmpty())
             continue;
-        }
         line.replace(QRegExp("^\\s*"), "");
         int position = 0;
         int length = 0;
         parseLine(position, length, separator, 0, QString(), line, rule.column, numberMode);
-        if (position >= 0) {
+        if (position >= 0)
             *cell = line.mid(position, length);
-        }
         bool ok = false;
         const double number = cell->toDouble(&ok);
         if (ok) {
             sum += number;
-            if (++count == n) {
+            if (++count == n)
                 break;
-            }
         }
     }
     return sum / count;
@@ -213,9 +195,8 @@ inline QString trimmed(const QString &text)
         work.replace(QRegExp("\\s*$"), "");
         return work;
     }
-    while (!work.isEmpty() && work.at(work.size() - 1).isSpace()) {
+    while (!work.isEmpty() && work.at(work.size() - 1).isSpace())
         work.chop(1);
-    }
     return work;
 }
 
@@ -223,19 +204,16 @@ inline std::vector<Row> read(const QString &text, const QVector<FGenIntRule> &ru
                              const FGenIntColumns &columns)
 {
     std::vector<Row> rows;
-    if (text.isEmpty()) {
+    if (text.isEmpty())
         return rows;
-    }
     QRegExp separator;
     if (!columns.numbers) {
         QString pattern;
-        if (columns.spacesAndTabs) {
+        if (columns.spacesAndTabs)
             pattern += "\\s+";
-        }
         if (!columns.regExp.isEmpty()) {
-            if (!pattern.isEmpty()) {
+            if (!pattern.isEmpty())
                 pattern += "|";
-            }
             pattern += columns.regExp;
         }
         separator.setPattern(pattern);

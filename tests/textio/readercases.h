@@ -76,9 +76,8 @@ public:
                                                  QString(QChar(0x17F))};
         static const std::vector<QString> ends = {"\n",   "\n", "\n",  "\n",    "\r\n",
                                                   "\n\n", "\r", " \n", "\r\r\n"};
-        if (chance(2)) {
+        if (chance(2))
             return chance(50) ? QString() : QString(" \n\r\n\t");
-        }
         QString result = chance(10) ? QString("\n") : QString();
         const int lines = below(chance(10) ? 40 : 9);
         const QString end = pick(ends);
@@ -86,47 +85,40 @@ public:
             const int words = below(9);
             for (int w = 0; w < words; ++w) {
                 result += wide && chance(25) ? pick(odd) : pick(plain);
-                if (chance(50)) {
+                if (chance(50))
                     result += chance(80) ? " " : "\t";
-                }
             }
             result += chance(85) ? end : pick(ends);
         }
-        if (chance(30)) {
+        if (chance(30))
             result += chance(50) ? QString(" \t\n \f\n") : QString("\n\n\r\n");
-        } else if (chance(40)) {
+        else if (chance(40))
             result += chance(50) ? "last 1.25" : "9";
-        }
         return result;
     }
 
     std::string anchor(const QString &text, bool wide)
     {
         QString anchor;
-        if (chance(25)) {
+        if (chance(25))
             return std::string();
-        }
         if (chance(15)) {
             anchor = pick(std::vector<QString>{"aba", "k", "K", "Iter", "s", " ", "\n", "missing",
                                                QString::fromUtf8("größe"), QString(QChar(0x212A)),
                                                "residual =", "\r\n"});
         } else if (!text.isEmpty()) {
             int from = below(text.size());
-            if (chance(10)) {
+            if (chance(10))
                 from = 0;
-            } else if (chance(20)) {
+            else if (chance(20))
                 from = std::max(0, text.size() - 1 - below(6));
-            }
             anchor = text.mid(from, 1 + below(chance(20) ? 40 : 6));
         }
-        if (chance(40)) {
-            for (QChar &c : anchor) {
+        if (chance(40))
+            for (QChar &c : anchor)
                 c = chance(50) ? c.toUpper() : c.toLower();
-            }
-        }
-        if (wide && chance(5)) {
+        if (wide && chance(5))
             anchor += QString(QChar(0xDF));
-        }
         return anchor.toStdString();
     }
 
@@ -138,19 +130,16 @@ public:
         rule.name = std::string(1, static_cast<char>('a' + below(4)));
         rule.line = chance(40) ? 0 : below(13) - 6;
         rule.column = below(chance(80) ? 4 : 12) - (chance(5) ? 3 : 0);
-        if (chance(5)) {
+        if (chance(5))
             rule.line = pick(std::vector<int>{least, least + 1, -100000, 100000, most});
-        }
-        if (chance(5)) {
+        if (chance(5))
             rule.column = pick(std::vector<int>{least, 1000, most});
-        }
         rule.anchor = anchor(text, wide);
         rule.first = chance(50);
         rule.average = chance(25);
         rule.averageRows = static_cast<unsigned>(below(12));
-        if (chance(8)) {
+        if (chance(8))
             rule.averageRows = pick(std::vector<unsigned>{0, 1000, 2147483647U, 2147483648U, ~0U});
-        }
         return rule;
     }
 
@@ -219,9 +208,8 @@ public:
             return text.toLatin1();
         case 5: {
             QByteArray broken = text.toUtf8();
-            for (char &c : broken) {
+            for (char &c : broken)
                 c = chance(3) ? static_cast<char>(below(256)) : c;
-            }
             return broken.left(below(broken.size() + 1));
         }
         default:
@@ -237,9 +225,8 @@ private:
 inline QString difference(const QVector<FGenIntReading> &found,
                           const std::vector<literal::Row> &expected)
 {
-    if (static_cast<size_t>(found.size()) != expected.size()) {
+    if (static_cast<size_t>(found.size()) != expected.size())
         return QString("%1 rows instead of %2").arg(found.size()).arg(expected.size());
-    }
     for (int i = 0; i < found.size(); ++i) {
         const literal::Row &row = expected[static_cast<size_t>(i)];
         const bool bothNaN = qIsNaN(found[i].value) && qIsNaN(row.value);
@@ -263,16 +250,14 @@ inline QString difference(const QVector<FGenIntReading> &found,
 inline QString misplaced(const QVector<FGenIntReading> &found, const QString &text)
 {
     for (const FGenIntReading &reading : found) {
-        if (reading.columnFirst == 0) {
+        if (reading.columnFirst == 0)
             continue;
-        }
         const QString line = text.section('\n', static_cast<int>(reading.line) - 1,
                                           static_cast<int>(reading.line) - 1);
         const QString cell =
             line.mid(reading.columnFirst - 1, reading.columnLast - reading.columnFirst + 1);
-        if (cell != reading.cell) {
+        if (cell != reading.cell)
             return QString("\"%1\" stands where \"%2\" was read").arg(cell, reading.cell);
-        }
     }
     return QString();
 }

@@ -41,9 +41,8 @@ void TestReaderCore::agreesWithLiteralReader()
             text = literal::fileText(path);
         }
         QVector<FGenIntRule> rules;
-        for (int r = random.below(6); r >= 0; --r) {
+        for (int r = random.below(6); r >= 0; --r)
             rules.append(random.rule(text, wide));
-        }
         const FGenIntColumns columns = random.columns();
         QString why;
         const auto held = file ? FGenIntText::fromFile(path, &why) : FGenIntText::fromString(text);
@@ -72,9 +71,8 @@ void TestReaderCore::agreesOnLongTexts()
         while (text.size() < size) {
             const int far = random.chance(50) ? 1300 + random.below(600) : random.below(300);
             text += line.repeated(random.chance(20) ? 0 : far) + random.text(wide);
-            if (random.chance(20)) {
+            if (random.chance(20))
                 text += QString(random.below(70000), random.chance(50) ? ' ' : 'b');
-            }
         }
         const int end = literal::trimmed(text).size();
         QVector<FGenIntRule> rules;
@@ -138,28 +136,23 @@ void TestReaderCore::findsAnchorsAtBorders()
             const int at = (random.chance(50) ? border : text.size() - border) - random.below(14) +
                            (random.chance(50) ? random.below(3000) : 0);
             const auto near = hits.lower_bound(at - 12);
-            if (at < 0 || at + 12 > size || (near != hits.end() && near->first < at + 12)) {
+            if (at < 0 || at + 12 > size || (near != hits.end() && near->first < at + 12))
                 continue;
-            }
             const int mark = 10 + static_cast<int>(hits.size());
             hits[at] = mark;
             text.replace(at, 11,
                          (random.chance(50) ? "anchor " : "ANCHOR ") + QByteArray::number(mark) +
                              ".5");
         }
-        if (hits.empty()) {
+        if (hits.empty())
             continue;
-        }
         QVector<FGenIntRule> rules;
-        if (random.chance(70)) {
+        if (random.chance(70))
             rules << first;
-        }
-        if (rules.isEmpty() || random.chance(70)) {
+        if (rules.isEmpty() || random.chance(70))
             rules << last;
-        }
-        if (random.chance(50)) {
+        if (random.chance(50))
             rules << missing;
-        }
         const auto held = FGenIntText::fromFile(mFile.write(text), nullptr);
         for (const FGenIntReading &reading :
              FGenIntReaderCore(*held).read(rules, FGenIntColumns())) {
@@ -198,15 +191,13 @@ void TestReaderCore::decodesAsStreamsDo()
         FCases random(seed + i);
         const int size = 16384 * (1 + random.below(2)) + random.below(9) - 4;
         QByteArray content(size - random.below(50), 'x');
-        while (content.size() < size) {
+        while (content.size() < size)
             content += random.pick(parts);
-        }
         content += random.chance(50) ? QByteArray() : QByteArray(random.below(30), 'y');
         const QString path = mFile.write(content);
         const auto held = FGenIntText::fromFile(path, nullptr);
-        if (!held->isWide()) {
+        if (!held->isWide())
             held->widen();
-        }
         QVERIFY2(held->mid(0, held->size()) == literal::fileText(path),
                  "case seed " + QByteArray::number(seed + i));
     }
@@ -260,11 +251,9 @@ void TestReaderCore::answersFarCountsAtOnce()
         columns.regExp = expression;
         const auto found = FGenIntReaderCore(*text).read(rules, columns);
         QCOMPARE(found.size(), rules.size());
-        for (const FGenIntReading &reading : found) {
-            if (reading.rule % 3 == 2 && rules[reading.rule].average && columns.numbers) {
+        for (const FGenIntReading &reading : found)
+            if (reading.rule % 3 == 2 && rules[reading.rule].average && columns.numbers)
                 QCOMPARE(reading.value, 1.5);
-            }
-        }
     }
     QVERIFY2(clock.elapsed() < 20000, qPrintable(QString::number(clock.elapsed())));
 }
@@ -339,9 +328,8 @@ void TestReaderCore::buildingBlocksAgreeWithLiteralOnes()
         const std::vector<int> order = literal::sorted(rules, text);
         QVector<FGenIntRule> sorted = rules;
         FGenIntReaderCore::sortRules(sorted, text);
-        for (int r = 0; r < rules.size(); ++r) {
+        for (int r = 0; r < rules.size(); ++r)
             QVERIFY2(sorted[r].name == rules[order[static_cast<size_t>(r)]].name, place);
-        }
     }
 }
 

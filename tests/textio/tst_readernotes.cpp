@@ -179,11 +179,10 @@ void TestReaderNotes::convertsSpellings()
                                   : memcmp(&found[0].value, &expected, sizeof expected) == 0 ||
                                         (average && found[0].value == expected),
                  qPrintable(QString::number(found[0].value, 'g', 17)));
-        if (!average) {
+        if (!average)
             QCOMPARE(found[0].notes.join("; "), note);
-        } else if (!qIsNaN(expected)) {
+        else if (!qIsNaN(expected))
             QCOMPARE(found[0].notes.join("; "), note);
-        }
     }
 }
 

@@ -235,9 +235,8 @@ bool FSafeFile::write(const QString &path, const QByteArray &bytes, QString *why
     const bool oldExists = lstat(native.constData(), &old) == 0;
     if (!oldExists && errno != ENOENT)
         return fail(why, what, path, systemWords(errno));
-    if (oldExists && S_ISCHR(old.st_mode)) {
+    if (oldExists && S_ISCHR(old.st_mode))
         return writePlain(QString::fromUtf8(native), bytes.constData(), bytes.size(), why);
-    }
     if (oldExists && !S_ISREG(old.st_mode))
         return fail(why, what, path, kindOf(old.st_mode));
     // A rename asks only for rights on the folder; a write-protected file shall stay.

@@ -28,10 +28,9 @@ bool listFolder(int folder, std::vector<QByteArray> *names)
         return false;
     }
     errno = 0;
-    while (const dirent *entry = readdir(list.get())) {
+    while (const dirent *entry = readdir(list.get()))
         if (strcmp(entry->d_name, ".") != 0 && strcmp(entry->d_name, "..") != 0)
             names->push_back(entry->d_name);
-    }
     return errno == 0;
 }
 
@@ -54,9 +53,8 @@ bool removeEntry(int folder, const QByteArray &name, const QByteArray &path, Wal
     struct stat info;
     if (fstatat(folder, name, &info, AT_SYMLINK_NOFOLLOW) != 0)
         return errno == ENOENT || error->note(path);
-    if (!S_ISDIR(info.st_mode)) {
+    if (!S_ISDIR(info.st_mode))
         return calls().unlinkAt(folder, name, 0) == 0 || errno == ENOENT || error->note(path);
-    }
     bool good = true;
     {
         const Descriptor inner(

@@ -59,8 +59,8 @@ std::string FCommandInfo::documentationKey() const
 
 size_t FCommandInfo::requiredArgs() const
 {
-    return size_t(std::count_if(args.begin(), args.end(),
-                                [](const FArgInfo &arg) { return !arg.hasDefault; }));
+    return size_t(std::count_if(
+        args.begin(), args.end(), [](const FArgInfo &arg) { return !arg.hasDefault; }));
 }
 
 FCmd::FCmd(std::shared_ptr<const FCommandInfo> info)

@@ -370,11 +370,10 @@ FExprBase FScriptReader::list()
         if (objects->count() >= kMaxList)
             failAt(mLexer.peek().start,
                    "a list of more than " + fromNumber((unsigned long)kMaxList, 10) + " elements");
-        if (mLexer.isSymbol(",")) { // an empty element
+        if (mLexer.isSymbol(",")) // an empty element
             objects->append(FExprBase());
-        } else {
+        else
             objects->append(parse(0));
-        }
         behindComma = mLexer.isSymbol(",");
         if (behindComma)
             mLexer.take();
