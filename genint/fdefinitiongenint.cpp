@@ -371,6 +371,8 @@ void FDefinitionGenInt::initCmds()
         .readOnly()
         .systemFlag(2)
         .hidden();
+    c.member("addFile", &T::addFile, FArg{"file"});
+    c.member("removeFile", &T::removeFile, FArg{"file"});
     c.attribute("setCurFile", &T::setCurFile, &T::getCurFile, FArg{"currentFile"})
         .title("Current File")
         .readOnly()

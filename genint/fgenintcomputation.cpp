@@ -67,11 +67,16 @@ void FGenIntComputation::destructFObject()
                 FManaged::destroy(file, true);
         }
     }
+    FExternComputation::destructFObject();
+}
+
+void FGenIntComputation::retire()
+{
     if (mSignalRapper) {
         Q_EMIT mSignalRapper->genIntCompDestroyed();
         mSignalRapper.reset();
     }
-    FExternComputation::destructFObject();
+    FExternComputation::retire();
 }
 
 std::shared_ptr<FObject> FGenIntComputation::clone() const

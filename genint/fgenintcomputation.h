@@ -48,6 +48,7 @@ public:
 
     void constructFObject() override;
     void destructFObject() override;
+    void retire() override;
     std::shared_ptr<FObject> clone() const override;
     using FCustomComputation::init;
     virtual void init(const std::shared_ptr<FGenIntComputation> &source);

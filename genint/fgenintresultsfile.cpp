@@ -112,6 +112,22 @@ void FGenIntResultsFile::addValue(const QString &name, int line, int column, con
     assign(mValues, FExpr<FObjectList>(longer), "add results value");
 }
 
+FStatus FGenIntResultsFile::changeValue(const QString &name, int line, int column,
+                                        const QString &anchor, GenIntAnchorOccurrence occurrence)
+{
+    const auto value = getValue(name).getPtr();
+    if (!value)
+        return {"expected the name of a value of " + getName() + ", found \"" + S(name) + "\""};
+    value->mLine = line;
+    value->mColumn = column;
+    value->mAnchor = S(anchor);
+    value->mOccurrence = occurrence;
+    setOutOfDate(0);
+    FHistoryTransaction transaction(nullptr, "change results value", true);
+    transaction.addStep(shared_from_this());
+    return {};
+}
+
 void FGenIntResultsFile::setValues(const FExpr<FObjectList> &values)
 {
     const auto list = f_make_shared<FObjectList>(FGenIntResultsFileValue::mpNull, 0U);
@@ -265,8 +281,12 @@ void FGenIntResultsFile::visitState(FStateVisitor &state)
     // Editors write into the rules themselves, so history keeps copies of them.
     FExpr<FObjectList> rules = state.isCapture() ? copyOfRules(mValues) : FExpr<FObjectList>();
     state(mNumberSeparator)(mSpacesAndTabsSeparator)(mRegExpSeparator)(rules);
-    if (!state.isCapture())
-        mValues = copyOfRules(rules);
+    if (state.isCapture())
+        return;
+    // The rule under edit is an object of the old list: the one of its name takes over.
+    const auto edited = mCurrentValue.getPtr();
+    mValues = copyOfRules(rules);
+    mCurrentValue = edited ? getValue(Q(edited->mName)) : FExpr<FGenIntResultsFileValue>();
 }
 
 void FGenIntResultsFile::initCmds()
@@ -297,6 +317,8 @@ void FGenIntResultsFile::initCmds()
         .component("")
         .systemFlag(2)
         .hidden();
+    c.member("changeValue", &T::changeValue, FArg{"name"}, FArg{"line"}, FArg{"column"},
+             FArg{"anchor"}, FArg{"occurrence"});
     c.member("setRegExpSeparator", &T::setRegExpSeparator, FArg{"regularExpression"}).systemFlag(1);
     c.member("setSpaceSeparator", &T::setSpaceSeparator, FArg{"checked"}).systemFlag(1);
     c.member("setTabSeaparator", &T::setTabSeparator, FArg{"checked"}).systemFlag(1);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #ifndef FGENINTRESULTSFILE_H
 #define FGENINTRESULTSFILE_H
+#include "fcmd.h"
 #include "fgenintfile.h"
 #include "fgenintresultsfilevalue.h"
 
@@ -33,6 +34,10 @@ public:
     void addValue(const QString &name, int line, int column, const QString &anchor,
                   const QString &occurrence, bool calcAverage,
                   const FExpr<FUnsigned> &numAverageRows);
+    /// Moves a rule: the one of that name reads there from now on. One undo step, unlike the
+    /// setters of the value under edit, which an editor calls while the user still types.
+    FStatus changeValue(const QString &name, int line, int column, const QString &anchor,
+                        GenIntAnchorOccurrence occurrence);
     /// Replaces the rules by the ones of a list in saved form.
     void setValues(const FExpr<FObjectList> &values);
     const FExpr<FObjectList> &getValues() const { return mValues; }

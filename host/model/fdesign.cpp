@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fdesign.h"
 
+#include "fchanges.h"
 #include "fcmdbinder.h"
 #include "fhistory.h"
 #include "fobjectmanager.h"
@@ -39,6 +40,7 @@ std::shared_ptr<FDesign> FDesign::baseline()
         const FHistoryBlocker unrecorded;
         design = create("baseline");
         gCurrent.reset();
+        FChanges::noteDesign();
     }
     return design;
 }
@@ -62,7 +64,8 @@ std::vector<std::shared_ptr<FDesign>> FDesign::all()
 
 void FDesign::setCurrent(const std::shared_ptr<FDesign> &design)
 {
-    const std::shared_ptr<FDesign> before = current();
+    // The one before may have just left the project: what it set is stale all the same.
+    const std::shared_ptr<FDesign> known = gCurrent.lock(), before = known ? known : current();
     if (!design || design == before)
         return;
     gSwitching = true;
@@ -72,6 +75,7 @@ void FDesign::setCurrent(const std::shared_ptr<FDesign> &design)
     for (FDesignObserver *observer : observers())
         observer->designSwitched();
     gSwitching = false;
+    FChanges::noteDesign();
 }
 
 void FDesign::touch() const
@@ -99,6 +103,33 @@ FStatus FDesign::setValue(const std::string &name, const FExprBase &value)
     Override &own = mValues[place.first->second];
     own.value = value;
     connect(&own);
+    valueChanged(parameter, "set value in design");
+    return {};
+}
+
+FStatus FDesign::unsetValue(const std::string &name)
+{
+    const auto parameter =
+        std::dynamic_pointer_cast<FParameter>(FObjectManager::instance()->find(name));
+    const auto place = parameter ? mPlaces.find(parameter.get()) : mPlaces.end();
+    if (place == mPlaces.end())
+        return {"expected a parameter that " + getName() + " sets, found \"" + name + "\""};
+    // Not by erase(): a handle that is assigned keeps its clients, so each parameter would get
+    // those of its neighbour.
+    std::vector<Override> left;
+    for (size_t i = 0; i < mValues.size(); ++i)
+        if (i != place->second)
+            left.push_back(std::move(mValues[i]));
+    mValues.swap(left);
+    mPlaces.clear();
+    for (const Override &own : mValues)
+        mPlaces.emplace(own.parameter.getExpr().get(), mPlaces.size());
+    valueChanged(parameter, "unset value in design");
+    return {};
+}
+
+void FDesign::valueChanged(const std::shared_ptr<FParameter> &parameter, const char *text)
+{
     for (FDesignObserver *observer : observers())
         observer->designEdited(this);
     if (current().get() == this) {
@@ -106,9 +137,18 @@ FStatus FDesign::setValue(const std::string &name, const FExprBase &value)
         parameter->setOutOfDate(0);
         gSwitching = false;
     }
-    FHistoryTransaction transaction(nullptr, "set value in design", true);
+    FHistoryTransaction transaction(nullptr, text, true);
     transaction.addStep(shared_from_this());
-    return {};
+}
+
+FExpr<FDesign> FDesign::duplicate(const std::string &name)
+{
+    FHistoryTransaction transaction(nullptr, "duplicate design", true);
+    const auto copy = create(name.empty() ? getName() : name);
+    for (const Override &own : mValues)
+        if (const auto parameter = own.parameter.getPtr())
+            copy->setValue(parameter->getName(), own.value);
+    return copy;
 }
 
 const FExprBase *FDesign::valueOf(const FParameter *parameter) const
@@ -165,11 +205,20 @@ void FDesign::stateRestored()
     touch();
 }
 
-void FDesign::destructFObject()
+void FDesign::retire()
 {
-    if (current().get() == this)
+    if (gCurrent.lock().get() == this)
         setCurrent(baseline());
-    FEntity::destructFObject();
+    for (Override &own : mValues) // else the parameters go on depending on each other
+        own.value.deregisterClient(own.parameter.getExpr());
+    FEntity::retire();
+}
+
+void FDesign::constructFObject()
+{
+    FEntity::constructFObject();
+    for (Override &own : mValues)
+        connect(&own);
 }
 
 void FDesign::initCmds()
@@ -178,4 +227,6 @@ void FDesign::initCmds()
     FCmdBinder<FDesign> c;
     c.creator("design", &FDesign::create);
     c.member("setValue", &FDesign::setValue, FArg{"parameter"}, FArg{"value"});
+    c.member("unsetValue", &FDesign::unsetValue, FArg{"parameter"});
+    c.member("duplicate", &FDesign::duplicate, FArg{"name", ""});
 }

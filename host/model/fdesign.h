@@ -39,6 +39,10 @@ public:
     static void addObserver(FDesignObserver *observer);
 
     FStatus setValue(const std::string &parameter, const FExprBase &value);
+    /// Back to the parameter's own value. Fails if the design doesn't set it.
+    FStatus unsetValue(const std::string &parameter);
+    /// A design of the same values under another name.
+    FExpr<FDesign> duplicate(const std::string &name);
     /// Null if the design leaves the parameter at its own value.
     const FExprBase *valueOf(const FParameter *parameter) const;
 
@@ -47,7 +51,8 @@ public:
     void saveMembers(QTextStream &stream, unsigned level) const override;
     void visitState(FStateVisitor &state) override;
     void stateRestored() override;
-    void destructFObject() override;
+    void constructFObject() override;
+    void retire() override;
 
     static void initCmds();
 
@@ -59,6 +64,7 @@ private:
     };
     static void connect(Override *own);
     void touch() const;
+    void valueChanged(const std::shared_ptr<FParameter> &parameter, const char *text);
     std::vector<Override> mValues;
     std::unordered_map<const FObject *, size_t> mPlaces; // in mValues, by parameter
 };

@@ -124,6 +124,12 @@ std::shared_ptr<FEntryDef> FEntryDef::create(const std::string &name,
     return entry;
 }
 
+std::shared_ptr<FObject> FEntryDef::treeParent() const
+{
+    const auto group = getParent();
+    return group ? std::shared_ptr<FObject>(group) : getDefinition();
+}
+
 void FEntryDef::setDefinition(const std::shared_ptr<FDefinitionBase> &definition)
 {
     mDefinition = definition;
@@ -210,6 +216,18 @@ void FEntry::constructFObject()
     FEntryBase::constructFObject();
     if (!mInitPrototype)
         mValue.registerClient(shared_from_this(), false);
+}
+
+std::shared_ptr<FObject> FEntry::treeParent() const
+{
+    if (const auto group = getParent())
+        return group;
+    std::shared_ptr<FObject> found;
+    clients().forEach([&](FObject *client) {
+        if (!found && dynamic_cast<FConfiguration *>(client))
+            found = client->weak_from_this().lock();
+    });
+    return found;
 }
 
 bool FEntry::isGroup() const

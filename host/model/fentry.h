@@ -26,6 +26,7 @@ public:
     std::shared_ptr<FEntryBase> child(const std::string &name) const;
     void addChild(const std::shared_ptr<FEntryBase> &entry);
     std::shared_ptr<FEntryBase> getParent() const { return mParent.lock(); }
+    std::shared_ptr<FObject> treeParent() const override { return getParent(); }
     void visitState(FStateVisitor &state) override { state(mName)(mChildren); }
     std::string scriptText() const override { return FLiteral::quoted(getFullName()); }
 
@@ -83,6 +84,7 @@ public:
     std::shared_ptr<FObject> getType() const;
     std::shared_ptr<FDefinitionBase> getDefinition() const { return mDefinition.lock(); }
     void setDefinition(const std::shared_ptr<FDefinitionBase> &definition);
+    std::shared_ptr<FObject> treeParent() const override;
     void visitState(FStateVisitor &state) override;
     void stateRestored() override;
 
@@ -120,6 +122,7 @@ public:
     bool hasValueType(const std::shared_ptr<FObject> &type) const;
 
     void constructFObject() override;
+    std::shared_ptr<FObject> treeParent() const override;
     std::shared_ptr<FObject> valueObject() const override;
     const FClassInfo &valueClass() const override;
     void visitState(FStateVisitor &state) override;

@@ -231,14 +231,13 @@ void FExternComputation::runEnded(const std::shared_ptr<FDesign> &design, bool s
     setUpToDate(state.upToDate);
 }
 
-void FExternComputation::destructFObject()
+void FExternComputation::retire()
 {
-    const FHistoryBlocker unrecorded;
     for (auto &state : mStates)
         if (const auto results = state.second.results.getPtr())
             FManaged::destroy(results, true);
     mStates.clear();
-    FManaged::destructFObject();
+    FManaged::retire();
 }
 
 void FExternComputation::visitState(FStateVisitor &state)

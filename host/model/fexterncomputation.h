@@ -91,7 +91,7 @@ public:
 
     bool updatesOnDemand() const override { return false; }
     void stalenessPassed() const override;
-    void destructFObject() override;
+    void retire() override;
     void visitState(FStateVisitor &state) override;
     /// Results refer to the computation by its id, so that has to be saved with them.
     bool hasSavedResults() const;

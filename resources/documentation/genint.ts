@@ -88,6 +88,30 @@
         <translation>the new definition</translation>
     </message>
     <message>
+        <source>!FDefinitionGenInt.mutableMember.addFile(FGenIntFile,file)</source>
+        <translation>Adds a template to the definition, behind those that it has.</translation>
+    </message>
+    <message>
+        <source>!FDefinitionGenInt.mutableMember.addFile(FGenIntFile,file):argument0</source>
+        <translation>the input template or result template</translation>
+    </message>
+    <message>
+        <source>!FDefinitionGenInt.mutableMember.addFile(FGenIntFile,file):example</source>
+        <translation>square.addFile(output);</translation>
+    </message>
+    <message>
+        <source>!FDefinitionGenInt.mutableMember.removeFile(FGenIntFile,file)</source>
+        <translation>Takes a template out of the definition. The template itself stays in the project.</translation>
+    </message>
+    <message>
+        <source>!FDefinitionGenInt.mutableMember.removeFile(FGenIntFile,file):argument0</source>
+        <translation>the template</translation>
+    </message>
+    <message>
+        <source>!FDefinitionGenInt.mutableMember.removeFile(FGenIntFile,file):example</source>
+        <translation>square.removeFile(output);</translation>
+    </message>
+    <message>
         <source>!FEnum&lt;GenIntAnchorOccurrence&gt;</source>
         <translation>Which occurrence of an anchor a rule counts from: First or Last.</translation>
     </message>
@@ -271,6 +295,34 @@
     <message>
         <source>!FGenIntResultsFile.creator.genericIntegrationResultsFile():returnValue</source>
         <translation>the new template</translation>
+    </message>
+    <message>
+        <source>!FGenIntResultsFile.mutableMember.changeValue(QString,name,int,line,int,column,QString,anchor,FEnum&lt;GenIntAnchorOccurrence&gt;,occurrence)</source>
+        <translation>Lets the value of that name be read from another place.</translation>
+    </message>
+    <message>
+        <source>!FGenIntResultsFile.mutableMember.changeValue(QString,name,int,line,int,column,QString,anchor,FEnum&lt;GenIntAnchorOccurrence&gt;,occurrence):argument0</source>
+        <translation>name of the value</translation>
+    </message>
+    <message>
+        <source>!FGenIntResultsFile.mutableMember.changeValue(QString,name,int,line,int,column,QString,anchor,FEnum&lt;GenIntAnchorOccurrence&gt;,occurrence):argument1</source>
+        <translation>line, counted from the anchor</translation>
+    </message>
+    <message>
+        <source>!FGenIntResultsFile.mutableMember.changeValue(QString,name,int,line,int,column,QString,anchor,FEnum&lt;GenIntAnchorOccurrence&gt;,occurrence):argument2</source>
+        <translation>column, counted from 0</translation>
+    </message>
+    <message>
+        <source>!FGenIntResultsFile.mutableMember.changeValue(QString,name,int,line,int,column,QString,anchor,FEnum&lt;GenIntAnchorOccurrence&gt;,occurrence):argument3</source>
+        <translation>anchor text, empty for the whole file</translation>
+    </message>
+    <message>
+        <source>!FGenIntResultsFile.mutableMember.changeValue(QString,name,int,line,int,column,QString,anchor,FEnum&lt;GenIntAnchorOccurrence&gt;,occurrence):argument4</source>
+        <translation>First or Last occurrence of the anchor</translation>
+    </message>
+    <message>
+        <source>!FGenIntResultsFile.mutableMember.changeValue(QString,name,int,line,int,column,QString,anchor,FEnum&lt;GenIntAnchorOccurrence&gt;,occurrence):example</source>
+        <translation>output.changeValue("area",1,0,"AREA",First);</translation>
     </message>
     <message>
         <source>!FGenIntResultsFile.mutableMember.setRegExpSeparator(string,regularExpression)</source>

@@ -208,6 +208,22 @@
         <translation>the new design</translation>
     </message>
     <message>
+        <source>!FDesign.mutableMember.duplicate(string,name = "")</source>
+        <translation>Makes a design with the same values.</translation>
+    </message>
+    <message>
+        <source>!FDesign.mutableMember.duplicate(string,name = ""):argument0</source>
+        <translation>name of the new design; the name of this one with a number if it is empty</translation>
+    </message>
+    <message>
+        <source>!FDesign.mutableMember.duplicate(string,name = ""):example</source>
+        <translation>wide.duplicate("wider");</translation>
+    </message>
+    <message>
+        <source>!FDesign.mutableMember.duplicate(string,name = ""):returnValue</source>
+        <translation>the new design</translation>
+    </message>
+    <message>
         <source>!FDesign.mutableMember.setValue(string,parameter,FObject,value)</source>
         <translation>Sets the value that a parameter has in this design.</translation>
     </message>
@@ -222,6 +238,18 @@
     <message>
         <source>!FDesign.mutableMember.setValue(string,parameter,FObject,value):example</source>
         <translation>wide.setValue("width",4);</translation>
+    </message>
+    <message>
+        <source>!FDesign.mutableMember.unsetValue(string,parameter)</source>
+        <translation>Lets a parameter have its own value again in this design.</translation>
+    </message>
+    <message>
+        <source>!FDesign.mutableMember.unsetValue(string,parameter):argument0</source>
+        <translation>name of the parameter</translation>
+    </message>
+    <message>
+        <source>!FDesign.mutableMember.unsetValue(string,parameter):example</source>
+        <translation>wide.unsetValue("width");</translation>
     </message>
     <message>
         <source>!FDouble</source>
@@ -406,6 +434,14 @@
     <message>
         <source>!FManaged.mutableMember.addDocu(QString,text,FEnum&lt;DocuArea&gt;,area):example</source>
         <translation>height.addDocu("Height of the section in m.","Description");</translation>
+    </message>
+    <message>
+        <source>!FManaged.mutableMember.destroy()</source>
+        <translation>Takes the object out of the project, with what belongs to it alone. Undo brings it back.</translation>
+    </message>
+    <message>
+        <source>!FManaged.mutableMember.destroy():example</source>
+        <translation>wide.destroy();</translation>
     </message>
     <message>
         <source>!FMemberCmd</source>
@@ -804,6 +840,14 @@
         <translation>The power a to the b, as a^b.</translation>
     </message>
     <message>
+        <source>!Global.redo()</source>
+        <translation>Does again what was undone last.</translation>
+    </message>
+    <message>
+        <source>!Global.redo():example</source>
+        <translation>redo();</translation>
+    </message>
+    <message>
         <source>!Global.resultsFileName(FObject,path)</source>
         <translation>The name of a file that the program leaves.</translation>
     </message>
@@ -824,6 +868,18 @@
         <translation>The nearest whole number; halves away from zero.</translation>
     </message>
     <message>
+        <source>!Global.select(FObjectList,objects)</source>
+        <translation>Selects objects; the object editor shows them.</translation>
+    </message>
+    <message>
+        <source>!Global.select(FObjectList,objects):argument0</source>
+        <translation>a list of objects; an empty one selects nothing</translation>
+    </message>
+    <message>
+        <source>!Global.select(FObjectList,objects):example</source>
+        <translation>select([wide,width]);</translation>
+    </message>
+    <message>
         <source>!Global.sin(double,x)</source>
         <translation>Sine of an angle in radians.</translation>
     </message>
@@ -834,6 +890,14 @@
     <message>
         <source>!Global.tan(double,x)</source>
         <translation>Tangent of an angle in radians.</translation>
+    </message>
+    <message>
+        <source>!Global.undo()</source>
+        <translation>Takes back the last step.</translation>
+    </message>
+    <message>
+        <source>!Global.undo():example</source>
+        <translation>undo();</translation>
     </message>
 </context>
 </TS>

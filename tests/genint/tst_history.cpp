@@ -2,71 +2,14 @@
 // Undo and redo of whatever scripts can do: the saved bytes tell whether anything was lost.
 #include "fhistory.h"
 #include "fmarloctrl.h"
-#include "fobjectmanager.h"
 #include "modeltest.h"
+#include "statements.h"
 #include "testseed.h"
 
 #include <QtTest>
 #include <map>
-#include <random>
 
 namespace {
-/// Statements over a small stock of names, so that they meet often.
-class Statements
-{
-public:
-    explicit Statements(unsigned seed)
-        : mRandom(seed)
-    {
-    }
-
-    int below(int n) { return std::uniform_int_distribution<int>(0, n - 1)(mRandom); }
-    QString one()
-    {
-        const QString n = QString::number(below(1000)), p = name("p"), e = entry();
-        const QString d = name("d"), t = name("t"), r = name("r"), c = name("c"), k = name("k");
-        const QStringList all = {
-            "parameter " + p + "(" + n + ");",
-            p + ".setValue(" + name("p") + "+" + n + ");",
-            p + ".setName(\"" + name("p") + "\");",
-            p + ".addDocu(\"say \\\"" + n + "\\\"\",\"Description\");",
-            "design " + name("v") + "() { .setValue(\"" + p + "\"," + n + "); }",
-            name("v") + ".setValue(\"" + p + "\"," + name("p") + "*2);",
-            "genericIntegrationCommandFile " + t + "() { .setFileName(\"" + t + ".txt\"); }",
-            t + ".setContent(\"a <entry>" + e + "</entry>" + n + " \xc3\xa4\");",
-            t + ".setForceWindowsLineEndings(" + (below(2) ? "true" : "false") + ");",
-            t + ".setFileName(\"f" + n + "\");",
-            "genericIntegrationResultsFile " + r + "() { .setFileName(\"" + r + ".txt\"); }",
-            r + ".setValues([[\"v" + n + "\",-1,2,\"a \"b\" \\c\",First,\"FDouble\",\"\",1,4]]);",
-            r + ".setRegExprSeparator(\"[" + n + ";]\");",
-            r + ".setNumberSeparator(" + (below(2) ? "true" : "false") + ");",
-            "genericIntegrationDefinition " + d + "() { .addEntry(\"g|a\",1.0); }",
-            d + ".setFiles([" + t + "," + r + "]);",
-            d + ".addEntry(\"" + e + "\"," + n + ".5);",
-            d + ".removeEntry(\"" + e + "\");",
-            d + ".renameEntry(\"" + e + "\",\"" + QChar('a' + below(4)) + "\");",
-            "genericIntegrationConfiguration " + c + "() { .setDefinition(" + d + "); }",
-            c + ".setEntry(\"" + e + "\"," + p + ");",
-            c + ".setDefinition(" + d + ");",
-            "genericIntegrationComputation " + k + "() { .setConfiguration(" + c + "); }",
-            k + ".setArguments(\"-n " + n + "\");",
-            k + ".setEnvironment([\"A=" + n + "\"]);",
-            k + ".setTimeout(" + n + ");"};
-        return all[below(all.size())];
-    }
-    /// Any managed object, or null.
-    std::shared_ptr<FManaged> object()
-    {
-        const auto &all = FObjectManager::instance()->all();
-        return all.empty() ? nullptr : all[size_t(below(int(all.size())))];
-    }
-
-private:
-    QString name(const char *stem) { return stem + QString::number(below(3)); }
-    QString entry() { return QString(below(2) ? "g|" : "") + QChar('a' + below(4)); }
-    std::mt19937 mRandom;
-};
-
 /// Whether the project is saved as expected; tells both texts if not.
 bool savesAs(const QString &expected, const QString &after)
 {

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fhistory.h"
 
+#include "fchanges.h"
 #include "fchangeset.h"
 #include "fcmd.h"
 #include "fcmdmanager.h"
+#include "flogmsg.h"
 #include "fmanaged.h"
 #include "fmarloctrl.h"
 #include "fobjectmanager.h"
@@ -14,9 +16,15 @@ namespace {
 std::shared_ptr<const FStateVisitor::Values> captured(FObject *object)
 {
     auto values = std::make_shared<FStateVisitor::Values>();
-    auto visitor = FStateVisitor::capture(values.get());
+    auto visitor = FStateVisitor::capture(values.get(), object->recordedState().get());
     object->visitState(visitor);
     return values;
+}
+
+template <class T>
+bool isIn(const std::vector<T> &list, const T &object)
+{
+    return std::find(list.begin(), list.end(), object) != list.end();
 }
 } // namespace
 
@@ -45,8 +53,15 @@ void FHistory::commit(bool keep)
         return;
     const std::vector<std::shared_ptr<FObject>> touched = std::move(mTouched);
     mTouched.clear();
-    if (!keep)
+    if (!keep) {
+        const Step dropped = std::exchange(mCurrent, Step());
+        std::vector<Restore> states;
+        for (const std::shared_ptr<FObject> &object : touched)
+            states.push_back({object, object->recordedState(), true});
+        putBack(states, dropped.removed, dropped.created);
+        FUpdates::released();
         return;
+    }
     for (const std::shared_ptr<FObject> &object : touched) {
         const auto before = object->recordedState();
         const auto after = captured(object.get());
@@ -54,17 +69,131 @@ void FHistory::commit(bool keep)
         if (before)
             mCurrent.changes.push_back({object, before, after});
     }
-    if (mCurrent.changes.empty() && mCurrent.created.empty() && mCurrent.removed.empty())
-        return;
-    mSteps.resize(mPosition);
-    mSteps.push_back(std::move(mCurrent));
-    ++mPosition;
+    if (!mCurrent.isEmpty())
+        pushStep();
     mCurrent = Step();
+    FUpdates::released();
+}
+
+void FHistory::pushStep()
+{
+    const bool wasClean = isClean();
+    const auto nameOf = [](const std::shared_ptr<FObject> &object) {
+        const auto managed = std::dynamic_pointer_cast<FManaged>(object);
+        return managed ? managed->getName() : std::string();
+    };
+    if (!mCurrent.created.empty())
+        mCurrent.about = nameOf(mCurrent.created.front());
+    else if (!mCurrent.removed.empty())
+        mCurrent.about = nameOf(mCurrent.removed.front());
+    for (const Change &change : mCurrent.changes) {
+        mCurrent.bytes += change.after->bytes;
+        if (mCurrent.about.empty())
+            mCurrent.about = nameOf(change.object);
+    }
+    if (mCurrent.text.empty())
+        mCurrent.text = mCurrent.fallback.empty() ? "change" : mCurrent.fallback;
+    const std::string line = mCurrent.line.empty() ? "// " + title(mCurrent) : mCurrent.line;
+    for (size_t i = mPosition; i < mSteps.size(); ++i)
+        mBytes -= mSteps[i].bytes;
+    mSteps.resize(mPosition);
+    if (mClean > mPosition)
+        mClean = std::string::npos;
+    if (!joinStep()) {
+        mBytes += mCurrent.bytes;
+        mSteps.push_back(std::move(mCurrent));
+        ++mPosition;
+        dropOldest();
+    }
+    mJoinOpen = true;
+    noteChange(wasClean);
+    Q_EMIT FChanges::instance()->executed(Q(line));
+}
+
+bool FHistory::joinStep()
+{
+    if (mCurrent.joinKey.empty() || !mJoinOpen || mPosition == 0 || isClean() ||
+        mSteps.back().joinKey != mCurrent.joinKey || !mCurrent.created.empty() ||
+        !mCurrent.removed.empty())
+        return false;
+    Step &last = mSteps.back();
+    for (Change &change : mCurrent.changes) {
+        const auto known =
+            std::find_if(last.changes.begin(), last.changes.end(),
+                         [&](const Change &other) { return other.object == change.object; });
+        if (known == last.changes.end()) {
+            last.bytes += change.after->bytes;
+            mBytes += change.after->bytes;
+            last.changes.push_back(std::move(change));
+            continue;
+        }
+        last.bytes += change.after->bytes - known->after->bytes;
+        mBytes += change.after->bytes - known->after->bytes;
+        known->after = std::move(change.after);
+    }
+    last.line = mCurrent.line;
+    return true;
+}
+
+void FHistory::dropOldest()
+{
+    size_t dropped = 0;
+    while (mBytes > mLimit && mPosition - dropped > 1)
+        mBytes -= mSteps[dropped++].bytes;
+    if (dropped == 0)
+        return;
+    mSteps.erase(mSteps.begin(), mSteps.begin() + std::ptrdiff_t(dropped));
+    mPosition -= dropped;
+    if (mClean != std::string::npos)
+        mClean = mClean < dropped ? std::string::npos : mClean - dropped;
+    if (!std::exchange(mToldLimit, true))
+        FLogMsg::info("History", "The oldest steps can no longer be undone",
+                      "steps keep at most " + fromNumber((unsigned long)(mLimit >> 20)) + " MiB",
+                      nullptr);
+}
+
+void FHistory::setLimit(size_t bytes)
+{
+    mLimit = bytes;
+    dropOldest();
+    FChanges::noteHistory();
+}
+
+std::string FHistory::title(const Step &step)
+{
+    if (step.about.empty() || step.text.find(step.about) != std::string::npos)
+        return step.text;
+    return step.text + ": " + step.about;
+}
+
+void FHistory::noteChange(bool wasClean)
+{
+    FChanges::noteHistory();
+    if (wasClean != isClean())
+        FChanges::noteProject(FChanges::Modified);
+}
+
+void FHistory::markClean()
+{
+    const bool wasClean = isClean();
+    mClean = mPosition;
+    noteChange(wasClean);
+}
+
+void FHistory::setLine(const std::string &line, const std::string &text)
+{
+    if (mDepth == 0 || !mCurrent.line.empty())
+        return;
+    mCurrent.line = line;
+    mCurrent.fallback = text;
 }
 
 void FHistory::addStep(const std::shared_ptr<FObject> &object)
 {
-    if (!isRecording() || !object)
+    if (!object)
+        return;
+    FChanges::note(object.get(), FChanges::Changed);
+    if (!isRecording())
         return;
     const auto managed = std::dynamic_pointer_cast<FManaged>(object);
     if (managed && !managed->isRegistered())
@@ -101,36 +230,37 @@ void FHistory::track(const std::shared_ptr<FObject> &object)
     object->setRecordedState(captured(object.get()));
 }
 
-void FHistory::apply(const Step &step, bool forward)
+void FHistory::putBack(const std::vector<Restore> &states, const Objects &appear,
+                       const Objects &vanish)
 {
     mBusy = true;
     FObjectManager *manager = FObjectManager::instance();
-    const auto &appear = forward ? step.created : step.removed;
-    const auto &vanish = forward ? step.removed : step.created;
-    // An object that the step made and removed again was never there.
-    const auto inBoth = [&](const auto &list, const std::shared_ptr<FManaged> &object) {
-        return std::find(list.begin(), list.end(), object) != list.end();
-    };
+    // An object that was made and removed again was never there.
     for (const auto &object : appear)
-        if (!inBoth(vanish, object)) {
+        if (!isIn(vanish, object)) {
             manager->revive(object);
             object->constructFObject();
         }
-    for (const Change &change : step.changes) {
-        auto values = *(forward ? change.after : change.before);
-        auto visitor = FStateVisitor::restore(&values);
-        change.object->visitState(visitor);
-        change.object->setRecordedState(forward ? change.after : change.before);
-    }
-    for (const Change &change : step.changes)
-        change.object->stateRestored();
-    for (const auto &object : vanish)
-        if (!inBoth(appear, object)) {
-            manager->leave(object);
-            object->setDestroyed(true);
+    for (const Restore &state : states) {
+        if (state.values) {
+            auto values = *state.values;
+            auto visitor = FStateVisitor::restore(&values);
+            state.object->visitState(visitor);
         }
-    for (const Change &change : step.changes)
-        change.object->setOutOfDate(0);
+        if (state.recorded)
+            state.object->setRecordedState(state.values);
+        FChanges::note(state.object.get(), FChanges::Changed);
+    }
+    for (const Restore &state : states)
+        state.object->stateRestored();
+    for (const auto &object : vanish)
+        if (!isIn(appear, object)) {
+            object->setDestroyed(true);
+            object->retire();
+            manager->leave(object);
+        }
+    for (const Restore &state : states)
+        state.object->setOutOfDate(0);
     for (const auto &object : appear)
         object->setOutOfDate(0);
     for (const auto &object : vanish)
@@ -138,6 +268,20 @@ void FHistory::apply(const Step &step, bool forward)
             client->setOutOfDate(0);
     mBusy = false;
     FChangeSet::push(FChangeSet::Refresh);
+}
+
+void FHistory::apply(const Step &step, bool forward)
+{
+    const bool wasClean = isClean();
+    std::vector<Restore> states;
+    for (const Change &change : step.changes)
+        states.push_back({change.object, forward ? change.after : change.before, true});
+    mPosition += forward ? 1 : size_t(-1);
+    mJoinOpen = false;
+    putBack(states, forward ? step.created : step.removed, forward ? step.removed : step.created);
+    noteChange(wasClean);
+    Q_EMIT FChanges::instance()->executed(forward ? QStringLiteral("redo();")
+                                                  : QStringLiteral("undo();"));
     FUpdates::flush();
 }
 
@@ -145,7 +289,7 @@ bool FHistory::undo()
 {
     if (!canUndo() || mDepth > 0)
         return false;
-    apply(mSteps[--mPosition], false);
+    apply(mSteps[mPosition - 1], false);
     return true;
 }
 
@@ -153,15 +297,53 @@ bool FHistory::redo()
 {
     if (!canRedo() || mDepth > 0)
         return false;
-    apply(mSteps[mPosition++], true);
+    apply(mSteps[mPosition], true);
     return true;
 }
 
 void FHistory::clear()
 {
+    const bool wasClean = isClean();
     mSteps.clear();
+    for (const std::shared_ptr<FObject> &object : mTouched)
+        object->markTouched(false);
     mTouched.clear();
-    mPosition = 0;
+    mPosition = mClean = mBytes = 0;
+    mJoinOpen = mToldLimit = false;
+    noteChange(wasClean);
+}
+
+FHistorySavepoint::FHistorySavepoint(const std::string &text)
+{
+    FHistory *history = FHistory::instance();
+    history->startTransaction(text);
+    if (!history->isRecording())
+        return;
+    mCreated = history->mCurrent.created;
+    mRemoved = history->mCurrent.removed;
+    for (const std::shared_ptr<FObject> &object : history->mTouched)
+        mTouched.push_back({object, captured(object.get()), false});
+}
+
+void FHistorySavepoint::rollback()
+{
+    FHistory *history = FHistory::instance();
+    if (!history->isRecording())
+        return;
+    const auto since = [](FHistory::Objects *all, const FHistory::Objects &before) {
+        FHistory::Objects later(all->begin() + std::ptrdiff_t(before.size()), all->end());
+        *all = before;
+        return later;
+    };
+    std::vector<FHistory::Restore> states = mTouched;
+    for (size_t i = mTouched.size(); i < history->mTouched.size(); ++i) {
+        const std::shared_ptr<FObject> &object = history->mTouched[i];
+        states.push_back({object, object->recordedState(), true});
+    }
+    history->mTouched.resize(mTouched.size());
+    const FHistory::Objects created = since(&history->mCurrent.created, mCreated);
+    const FHistory::Objects removed = since(&history->mCurrent.removed, mRemoved);
+    history->putBack(states, removed, created);
 }
 
 std::shared_ptr<FObject> FHistory::getCreatorByDbId(int id) const

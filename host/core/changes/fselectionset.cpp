@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fselectionset.h"
 
+#include "fchanges.h"
+
 #include <algorithm>
 
 FSelectionSet *FSelectionSet::instance()
@@ -11,25 +13,32 @@ FSelectionSet *FSelectionSet::instance()
 
 void FSelectionSet::add(const FExprBase &object)
 {
-    if (object && !contains(object))
-        mObjects.push_back(FExpr<FObject, true>(object));
+    if (!object || !mMembers.insert(object.getExpr().get()).second)
+        return;
+    mObjects.push_back(FExpr<FObject, true>(object));
+    FChanges::noteSelection();
 }
 
 void FSelectionSet::remove(const FExprBase &object)
 {
+    if (!mMembers.erase(object.getExpr().get()))
+        return;
     mObjects.erase(std::remove(mObjects.begin(), mObjects.end(), object), mObjects.end());
+    FChanges::noteSelection();
 }
 
 void FSelectionSet::set(const std::vector<FExprBase> &objects, bool)
 {
     mObjects.clear();
+    mMembers.clear();
     for (const FExprBase &object : objects)
         add(object);
+    FChanges::noteSelection();
 }
 
-void FSelectionSet::clear(bool) { mObjects.clear(); }
+void FSelectionSet::clear(bool notify) { set({}, notify); }
 
 bool FSelectionSet::contains(const FExprBase &object) const
 {
-    return std::find(mObjects.begin(), mObjects.end(), object) != mObjects.end();
+    return mMembers.count(object.getExpr().get()) > 0;
 }

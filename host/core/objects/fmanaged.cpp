@@ -64,7 +64,10 @@ void FManaged::destroy(const std::shared_ptr<FManaged> &object, bool)
     FHistoryTransaction transaction(nullptr, "destroy " + object->getName(), true);
     object->setDestroyed(true); // a destructor that comes back here finds nothing to do
     object->destructFObject();
-    FSelectionSet::instance()->remove(FExprBase(object));
+    {
+        const FHistoryBlocker unrecorded;
+        object->retire();
+    }
     if (object->isRegistered())
         FHistory::instance()->recordRemoval(object);
     FObjectManager::instance()->leave(object);
@@ -87,6 +90,8 @@ bool FManaged::isSelected() const
     return FSelectionSet::instance()->contains(
         FExprBase(std::const_pointer_cast<FObject>(shared_from_this())));
 }
+
+void FManaged::retire() { FSelectionSet::instance()->remove(FExprBase(shared_from_this())); }
 
 void FManaged::stateRestored() { FObjectManager::instance()->reindex(this); }
 
@@ -173,8 +178,7 @@ void FManaged::initCmds()
         .title("Name")
         .disableSaving()
         .typeOf(0, "FObjectName");
+    c.member("destroy", &FManaged::destroyThis);
     c.member("addDocu", &FManaged::addDocuCommand, FArg{"text"}, FArg{"area"})
         .typeOf(1, "FEnum<DocuArea>");
 }
-
-void FObject::initCmds() {}

@@ -32,6 +32,10 @@ public:
     /// object that is no command collects children, the new object is only adopted by it.
     void registerObject();
     bool isRegistered() const { return mOrder != 0; }
+    /// True from registration to destruction.
+    bool isListed() const { return isRegistered() && !isDestroyed(); }
+    /// False for helpers that no tree shows.
+    bool isTreeRow() const { return mManageFlag != 2; }
     /// Place in the project, by the order of registration; 0 outside.
     long order() const { return mOrder; }
     /// Takes an object out of the project; all handles on it test false. Idempotent.
@@ -81,9 +85,11 @@ public:
         state(mName);
     }
     void stateRestored() override;
+    void retire() override;
 
     // Script commands
     FExpr<FManaged> setNameCommand(const QString &name);
+    void destroyThis() { destroy(shared_from_base<FManaged>(), true); }
     QString nameForScript() const { return Q(getName()); }
     void addDocuCommand(const QString &text, const QString &area);
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fobject.h"
 
+#include "fchanges.h"
 #include "fexpr.h"
 #include "fini.h"
 #include "fmanaged.h"
@@ -230,10 +231,35 @@ FObject *currentParent() { return gParents.empty() ? nullptr : gParents.back(); 
 
 bool isParentRegEnabled() { return !gParents.empty(); }
 
+void FObject::adoptChild(const std::shared_ptr<FObject> &child)
+{
+    mChildren.push_back(child);
+    child->mParent = weak_from_this();
+    FChanges::note(this, FChanges::Children);
+}
+
+void FObject::clearChildren()
+{
+    if (mChildren.empty())
+        return;
+    for (const std::shared_ptr<FObject> &child : mChildren)
+        child->mParent.reset();
+    mChildren.clear();
+    FChanges::note(this, FChanges::Children);
+}
+
+void FObject::setUpToDate(bool upToDate) const
+{
+    if (mStale != upToDate)
+        return;
+    mStale = !upToDate;
+    FChanges::note(const_cast<FObject *>(this), FChanges::State);
+}
+
 void FObject::destroyChildrenOfThis()
 {
-    const std::vector<std::shared_ptr<FObject>> children = std::move(mChildren);
-    mChildren.clear();
+    const std::vector<std::shared_ptr<FObject>> children = mChildren;
+    clearChildren();
     for (const std::shared_ptr<FObject> &child : children)
         if (auto managed = std::dynamic_pointer_cast<FManaged>(child))
             FManaged::destroy(managed, true);

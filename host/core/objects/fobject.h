@@ -32,32 +32,73 @@ struct FClassInfo
     bool isA(const FClassInfo &other) const;
 };
 
+/// Bytes that a captured field keeps beside itself; what it shares with \p before costs nothing.
+template <class T>
+size_t fStateBytes(const T &, const T *)
+{
+    return sizeof(T);
+}
+inline size_t fStateBytes(const std::string &text, const std::string *) { return text.size(); }
+inline size_t fStateBytes(const QString &text, const QString *before)
+{
+    return before && before->constData() == text.constData() ? 0 : size_t(text.size()) * 2;
+}
+inline size_t fStateBytes(const std::shared_ptr<const std::string> &text,
+                          const std::shared_ptr<const std::string> *before)
+{
+    return !text || (before && *before == text) ? 0 : text->size();
+}
+template <class T>
+size_t fStateBytes(const std::vector<T> &list, const std::vector<T> *)
+{
+    size_t bytes = 0;
+    for (const T &element : list)
+        bytes += fStateBytes(element, static_cast<const T *>(nullptr));
+    return bytes;
+}
+
 /// Captures or puts back the values of an object's fields, in the order in which they are named.
 class FStateVisitor
 {
 public:
-    using Values = std::vector<std::any>;
-    static FStateVisitor capture(Values *into) { return FStateVisitor(into, true); }
-    static FStateVisitor restore(Values *from) { return FStateVisitor(from, false); }
+    struct Values
+    {
+        std::vector<std::any> fields;
+        size_t bytes = 0; ///< that it keeps alone
+    };
+    /// \p before is what is kept of the same object already, may be null.
+    static FStateVisitor capture(Values *into, const Values *before)
+    {
+        return FStateVisitor(into, before, true);
+    }
+    static FStateVisitor restore(Values *from) { return FStateVisitor(from, nullptr, false); }
 
     bool isCapture() const { return mCapture; }
     template <class T>
     FStateVisitor &operator()(T &field)
     {
-        if (mCapture)
-            mValues->emplace_back(field);
-        else
-            field = std::any_cast<const T &>((*mValues)[mNext++]);
+        if (!mCapture) {
+            field = std::any_cast<const T &>(mValues->fields[mNext++]);
+            return *this;
+        }
+        const size_t at = mValues->fields.size();
+        const T *before = mBefore && at < mBefore->fields.size()
+                              ? std::any_cast<T>(&mBefore->fields[at])
+                              : nullptr;
+        mValues->bytes += fStateBytes(field, before);
+        mValues->fields.emplace_back(field);
         return *this;
     }
 
 private:
-    FStateVisitor(Values *values, bool isCapture)
+    FStateVisitor(Values *values, const Values *before, bool isCapture)
         : mValues(values)
+        , mBefore(before)
         , mCapture(isCapture)
     {
     }
     Values *mValues;
+    const Values *mBefore;
     size_t mNext = 0;
     bool mCapture;
 };
@@ -136,7 +177,11 @@ public:
 
     // Life
     virtual void constructFObject() {}
+    /// Takes along what goes with the object when it is destroyed.
     virtual void destructFObject() {}
+    /// The object leaves the project, destroyed or undone: ends what it holds beside its fields.
+    /// Nothing in here is recorded; constructFObject makes it anew when the object is revived.
+    virtual void retire() {}
     virtual std::shared_ptr<FObject> clone() const { return nullptr; }
     /// Names the fields that undo puts back; overrides call the base first.
     virtual void visitState(FStateVisitor &state) { state(mDocu); }
@@ -204,7 +249,7 @@ public:
     /// False for objects that only an explicit order brings up to date (external programs).
     virtual bool updatesOnDemand() const { return true; }
     bool isUpToDate() const { return !mStale; }
-    void setUpToDate(bool upToDate = true) const { mStale = !upToDate; }
+    void setUpToDate(bool upToDate = true) const;
     void setImediateUpdate(bool on, bool now = false);
     void blockImmediateUpdate(bool block) { setImediateUpdate(!block); }
     bool isImmediateUpdate() const { return mImmediateUpdate; }
@@ -233,9 +278,13 @@ public:
                 found.push_back(std::move(typed));
         return found;
     }
-    void adoptChild(const std::shared_ptr<FObject> &child) { mChildren.push_back(child); }
-    void clearChildren() { mChildren.clear(); }
+    void adoptChild(const std::shared_ptr<FObject> &child);
+    void clearChildren();
     void destroyChildrenOfThis();
+    /// The object that adopted this one, null if none did.
+    std::shared_ptr<FObject> parent() const { return mParent.lock(); }
+    /// The object below which a tree shows this one, null for the top.
+    virtual std::shared_ptr<FObject> treeParent() const { return parent(); }
 
     // Validity and documentation
     virtual bool isValid() const { return mErrors.empty(); }
@@ -269,6 +318,7 @@ private:
     FEdges mClients;
     FEdges mSuppliers;
     std::vector<std::shared_ptr<FObject>> mChildren;
+    std::weak_ptr<FObject> mParent;
     std::vector<std::string> mErrors;
     std::map<unsigned, std::vector<std::string>> mDocu;
     mutable unsigned long mVisit = 0; // number of the last graph walk that came by

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fobjectmanager.h"
 
+#include "fchanges.h"
+
 #include <algorithm>
 
 FObjectManager *FObjectManager::instance()
@@ -67,6 +69,7 @@ void FObjectManager::enter(const std::shared_ptr<FManaged> &object)
     while (mById.count(mNextId))
         ++mNextId;
     object->mDbId = mNextId++;
+    FChanges::note(object.get(), FChanges::Created);
     list(object);
 }
 
@@ -80,8 +83,11 @@ void FObjectManager::list(const std::shared_ptr<FManaged> &object)
 
 void FObjectManager::leave(const std::shared_ptr<FManaged> &object)
 {
-    if (!mAll.erase(object->mOrder))
+    if (!contains(object.get()))
         return;
+    FChanges::note(object.get(), FChanges::Removed);
+    noteReferences(object.get());
+    mAll.erase(object->mOrder);
     mByClass[&object->classInfo()].erase(object->mOrder);
     mById.erase(object->mDbId);
     mByName.erase(object->mIndexedName);
@@ -93,7 +99,33 @@ void FObjectManager::leave(const std::shared_ptr<FManaged> &object)
 void FObjectManager::revive(const std::shared_ptr<FManaged> &object)
 {
     object->setDestroyed(false);
+    FChanges::note(object.get(), FChanges::Revived);
     list(object);
+    noteReferences(object.get());
+}
+
+// Who refers to an object is saved with its name, so their texts change when it gets another one,
+// goes, or comes back.
+void FObjectManager::noteReferences(FManaged *object) const
+{
+    if (!FChanges::isListening())
+        return;
+    std::vector<FObject *> todo = object->clients().objects();
+    while (!todo.empty()) {
+        FObject *client = todo.back();
+        todo.pop_back();
+        if (client->isFCmd() || !dynamic_cast<FManaged *>(client))
+            for (FObject *next : client->clients().objects())
+                todo.push_back(next);
+        FChanges::note(client, FChanges::Changed);
+    }
+    for (const auto &other : mAll) {
+        std::vector<const FObject *> named;
+        other.second->collectNamed(&named);
+        for (const FObject *one : named)
+            if (one == object || (one && one->isFCmd() && one->suppliers().contains(object)))
+                FChanges::note(other.second.get(), FChanges::Changed);
+    }
 }
 
 void FObjectManager::reindex(FManaged *object)
@@ -101,12 +133,14 @@ void FObjectManager::reindex(FManaged *object)
     if (object->mIndexedName == object->mName || !mAll.count(object->mOrder))
         return;
     if (!object->mIndexedName.empty()) {
+        noteReferences(object);
         const auto at = mByName.find(object->mIndexedName);
         if (at != mByName.end() && at->second == object)
             mByName.erase(at);
         mNextNumber.clear();
     }
     object->mIndexedName = object->mName;
+    FChanges::note(object, FChanges::Renamed);
     if (!object->mName.empty())
         mByName[object->mName] = object;
 }
@@ -125,10 +159,12 @@ bool FObjectManager::setId(FManaged *object, int id)
         mNextId = std::max(mNextId, id + 1);
         other->mDbId = mNextId++;
         mById[other->mDbId] = other;
+        FChanges::note(other, FChanges::Renamed);
     }
     mById.erase(object->mDbId);
     object->mDbId = id;
     mById[id] = object;
+    FChanges::note(object, FChanges::Renamed);
     mNextId = std::max(mNextId, id + 1);
     return true;
 }

@@ -27,6 +27,7 @@ public:
     }
     std::vector<std::shared_ptr<FManaged>> all() const;
     size_t count() const { return mAll.size(); }
+    bool contains(const FManaged *object) const { return mAll.count(object->order()) > 0; }
     /// By managed name: among the children of the object that collects children now, then among
     /// the objects of the project.
     std::shared_ptr<FManaged> find(const std::string &name) const;
@@ -52,6 +53,7 @@ public:
     void clear();
 
 private:
+    void noteReferences(FManaged *object) const;
     void list(const std::shared_ptr<FManaged> &object);
 
     std::map<long, std::shared_ptr<FManaged>> mAll;

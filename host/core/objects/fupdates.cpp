@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fupdates.h"
 
+#include "fchanges.h"
 #include "fhistory.h"
 #include "flogmsg.h"
 #include "fmanaged.h"
@@ -12,7 +13,15 @@
 
 namespace FBlockers {
 int updates = 0, history = 0, results = 0, tree = 0, editor = 0, gl = 0, waitCursor = 0;
+
+void changed(const int *counter)
+{
+    if (counter == &waitCursor)
+        FChanges::noteBusy();
+    else if (*counter == 0)
+        FUpdates::released();
 }
+} // namespace FBlockers
 
 namespace {
 std::vector<FObject *> gPending; // holes are null
@@ -34,6 +43,32 @@ unsigned long FUpdates::nextWalk()
 
 bool FUpdates::isBlocked() { return FBlockers::updates > 0; }
 
+bool FUpdates::isHeld()
+{
+    return isBlocked() || FHistory::instance()->isTransactionOpen() ||
+           FMarloCtrl::instance()->isLoadingProject();
+}
+
+void FUpdates::wake()
+{
+    if (gPosted || isHeld() || !QCoreApplication::instance())
+        return;
+    gPosted = true;
+    QTimer::singleShot(0, QCoreApplication::instance(), [] {
+        gPosted = false;
+        if (isHeld())
+            return; // who holds it asks again
+        flush();
+        FChanges::instance()->deliver();
+    });
+}
+
+void FUpdates::released()
+{
+    if (!gPending.empty() || FChanges::instance()->isPending())
+        wake();
+}
+
 bool FUpdates::isFlushing() { return gFlushing; }
 
 void FUpdates::setOutOfDate(FObject *start)
@@ -52,6 +87,7 @@ void FUpdates::setOutOfDate(FObject *start)
         if (!object->mStale) {
             object->mStale = true;
             object->doSetOutOfDate();
+            FChanges::note(object, FChanges::State);
         }
         if (object->mImmediateUpdate && !object->mDestroyed)
             request(object);
@@ -74,6 +110,7 @@ void FUpdates::update(FObject *start)
     {
         FObject *object;
         bool entered;
+        std::shared_ptr<FObject> kept = nullptr; // once entered: an update may destroy objects
     };
     std::vector<Item> todo{{start, false}};
     while (!todo.empty()) {
@@ -86,6 +123,7 @@ void FUpdates::update(FObject *start)
                 continue;
             }
             top.entered = true;
+            top.kept = object->weak_from_this().lock();
             object->mUpdating = true;
             object->mSuppliers.forEach([&](FObject *supplier) {
                 if (!supplier->mStale || !supplier->updatesOnDemand())
@@ -101,10 +139,12 @@ void FUpdates::update(FObject *start)
             });
             continue;
         }
+        const std::shared_ptr<FObject> kept = std::move(top.kept);
         todo.pop_back();
         object->doUpdate();
         object->mStale = false;
         object->mUpdating = false;
+        FChanges::note(object, FChanges::State);
     }
 }
 
@@ -114,13 +154,7 @@ void FUpdates::request(FObject *object)
         return;
     gPending.push_back(object);
     object->mPending = gPending.size();
-    if (!gPosted && QCoreApplication::instance() && !FMarloCtrl::instance()->isLoadingProject()) {
-        gPosted = true;
-        QTimer::singleShot(0, QCoreApplication::instance(), [] {
-            gPosted = false;
-            flush();
-        });
-    }
+    wake();
 }
 
 void FUpdates::forget(FObject *object)
@@ -131,8 +165,7 @@ void FUpdates::forget(FObject *object)
 
 void FUpdates::flush()
 {
-    if (gFlushing || isBlocked() || FHistory::instance()->isTransactionOpen() ||
-        FMarloCtrl::instance()->isLoadingProject())
+    if (gFlushing || isHeld())
         return;
     gFlushing = true;
     while (!gPending.empty()) {

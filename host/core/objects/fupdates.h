@@ -18,11 +18,25 @@ public:
     /// Updates all objects that wait, unless updates are blocked.
     static void flush();
     static bool isBlocked();
+    /// True while nothing may be updated or told: updates are blocked, a transaction is open, a
+    /// project loads.
+    static bool isHeld();
+    /// Asks for a turn of the event loop that updates what waits and tells the views. Whoever held
+    /// it back asks again when it lets go, so nothing that waits is forgotten.
+    static void wake();
+    /// The same, if there is anything to do.
+    static void released();
     /// True while objects are updated by themselves, without anybody having asked for a value.
     static bool isFlushing();
     /// A number of its own for each walk over the graph, left as a mark on the objects it met.
     static unsigned long nextWalk();
 };
+
+namespace FBlockers {
+extern int updates, history, results, tree, editor, gl, waitCursor;
+/// Called when a counter leaves zero or comes back to it.
+void changed(const int *counter);
+} // namespace FBlockers
 
 /// A counted guard: the constructor blocks, the destructor releases. \p Count is the counter.
 template <int *Count>
@@ -35,14 +49,14 @@ public:
     FBlocker &operator=(const FBlocker &) = delete;
     void block()
     {
-        if (!mHeld)
-            ++*Count;
+        if (!mHeld && ++*Count == 1)
+            FBlockers::changed(Count);
         mHeld = true;
     }
     void unblock()
     {
-        if (mHeld)
-            --*Count;
+        if (mHeld && --*Count == 0)
+            FBlockers::changed(Count);
         mHeld = false;
     }
 
@@ -50,9 +64,6 @@ private:
     bool mHeld = false;
 };
 
-namespace FBlockers {
-extern int updates, history, results, tree, editor, gl, waitCursor;
-}
 using FImmediateUpdateBlocker = FBlocker<&FBlockers::updates>;
 using FHistoryBlocker = FBlocker<&FBlockers::history>;
 using FResultsOutOfDateBlocker = FBlocker<&FBlockers::results>;

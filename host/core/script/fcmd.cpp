@@ -138,10 +138,12 @@ FResult FCmd::callOne(FObject *receiver) const
     auto *managed = dynamic_cast<FManaged *>(receiver);
     if (!changes || !mInfo->recorded || !managed)
         return mInfo->call(receiver, mArguments);
-    FHistoryTransaction transaction(nullptr, std::string(), true);
+    FHistorySavepoint step((std::string()));
     FResult result = mInfo->call(receiver, mArguments);
-    if (result.error.empty() && !managed->isDestroyed())
-        transaction.addStep(managed->shared_from_base<FManaged>());
+    if (!result.error.empty())
+        step.rollback();
+    else if (!managed->isDestroyed())
+        FHistory::instance()->addStep(managed->shared_from_this());
     return result;
 }
 
@@ -164,6 +166,7 @@ FResult FCmd::call() const
     if (!receiver->classInfo().isA(*mInfo->receiver)) {
         const auto list = std::dynamic_pointer_cast<FObjectList>(receiver);
         if (list && list->count() > 1) {
+            FHistorySavepoint step((std::string())); // one for all
             auto results = f_make_shared<FObjectList>(nullptr, 0U);
             results->setAsSelectionSet(true);
             for (const FExprBase &element : list->getObjects()) {
@@ -171,8 +174,10 @@ FResult FCmd::call() const
                 if (!object || !object->classInfo().isA(*mInfo->receiver))
                     continue;
                 FResult one = callOne(object.get());
-                if (!one.error.empty())
+                if (!one.error.empty()) {
+                    step.rollback();
                     return one;
+                }
                 results->append(one.value);
             }
             return {FExprBase(results), {}};

@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "flogmsg.h"
 
+#include "fchanges.h"
+#include "fobject.h"
+
+#include <deque>
 #include <iostream>
 #include <mutex>
 
@@ -8,53 +12,85 @@ namespace {
 struct Log
 {
     std::mutex mutex;
-    std::vector<FLogMsg::Message> messages;
+    std::deque<FLogMsg::Message> messages;
+    size_t dropped = 0; // of the oldest
     size_t errors = 0;
     std::ostream *console = &std::cerr;
-    std::function<void(const FLogMsg::Message &)> listener;
 };
 Log &theLog()
 {
     static Log log;
     return log;
 }
-void add(FLogMsg::Message message, bool echo)
+std::weak_ptr<FObject> &theObject()
 {
+    thread_local std::weak_ptr<FObject> object;
+    return object;
+}
+void add(FLogMsg::Level level, const std::string &source, const std::string &text,
+         const std::string &details, bool echo)
+{
+    FLogMsg::Message message{level,      source, text, details, QDateTime::currentDateTime(),
+                             theObject()};
     Log &log = theLog();
-    std::function<void(const FLogMsg::Message &)> listener;
     {
         const std::lock_guard<std::mutex> lock(log.mutex);
-        log.errors += message.level == FLogMsg::Level::Error;
-        if (log.console && (echo || message.level == FLogMsg::Level::Error)) {
-            *log.console << message.source << ": " << message.message;
-            if (!message.details.empty())
-                *log.console << " (" << message.details << ")";
+        log.errors += level == FLogMsg::Level::Error;
+        if (log.console && (echo || level == FLogMsg::Level::Error)) {
+            *log.console << source << ": " << text;
+            if (!details.empty())
+                *log.console << " (" << details << ")";
             *log.console << std::endl;
         }
-        log.messages.push_back(message);
-        listener = log.listener;
+        log.messages.push_back(std::move(message));
+        if (log.messages.size() > FLogMsg::kKept) {
+            log.messages.pop_front();
+            ++log.dropped;
+        }
     }
-    if (listener)
-        listener(message);
+    FChanges::noteLog();
 }
 } // namespace
+
+FLogMsg::About::About(const FObject *object)
+    : mBefore(theObject())
+{
+    theObject() =
+        object ? std::const_pointer_cast<FObject>(object->weak_from_this().lock()) : nullptr;
+}
+
+FLogMsg::About::~About() { theObject() = mBefore; }
 
 void FLogMsg::info(const std::string &source, const std::string &message,
                    const std::string &details, std::ostream *stream)
 {
-    add({Level::Info, source, message, details}, stream != nullptr);
+    add(Level::Info, source, message, details, stream != nullptr);
+}
+
+void FLogMsg::warning(const std::string &source, const std::string &message,
+                      const std::string &details, std::ostream *stream)
+{
+    add(Level::Warning, source, message, details, stream != nullptr);
 }
 
 void FLogMsg::error(const std::string &source, const std::string &message,
                     const std::string &details, std::ostream *stream)
 {
-    add({Level::Error, source, message, details}, stream != nullptr);
+    add(Level::Error, source, message, details, stream != nullptr);
 }
 
-std::vector<FLogMsg::Message> FLogMsg::messages()
+std::vector<FLogMsg::Message> FLogMsg::messages() { return since(0); }
+
+std::vector<FLogMsg::Message> FLogMsg::since(size_t first, size_t *next)
 {
+    const Log &log = theLog();
     const std::lock_guard<std::mutex> lock(theLog().mutex);
-    return theLog().messages;
+    if (next)
+        *next = log.dropped + log.messages.size();
+    const size_t skip = first > log.dropped ? first - log.dropped : 0;
+    if (skip >= log.messages.size())
+        return {};
+    return {log.messages.begin() + std::ptrdiff_t(skip), log.messages.end()};
 }
 
 size_t FLogMsg::errorCount()
@@ -66,30 +102,27 @@ size_t FLogMsg::errorCount()
 size_t FLogMsg::count()
 {
     const std::lock_guard<std::mutex> lock(theLog().mutex);
-    return theLog().messages.size();
+    return theLog().dropped + theLog().messages.size();
 }
 
 FLogMsg::Message FLogMsg::last()
 {
     const std::lock_guard<std::mutex> lock(theLog().mutex);
-    return theLog().messages.empty() ? Message{Level::Info, {}, {}, {}} : theLog().messages.back();
+    return theLog().messages.empty() ? Message() : theLog().messages.back();
 }
 
 void FLogMsg::clear()
 {
-    const std::lock_guard<std::mutex> lock(theLog().mutex);
-    theLog().messages.clear();
-    theLog().errors = 0;
+    {
+        const std::lock_guard<std::mutex> lock(theLog().mutex);
+        theLog().messages.clear();
+        theLog().errors = theLog().dropped = 0;
+    }
+    FChanges::noteLog();
 }
 
 void FLogMsg::setConsole(std::ostream *console)
 {
     const std::lock_guard<std::mutex> lock(theLog().mutex);
     theLog().console = console;
-}
-
-void FLogMsg::setListener(std::function<void(const Message &)> listener)
-{
-    const std::lock_guard<std::mutex> lock(theLog().mutex);
-    theLog().listener = std::move(listener);
 }

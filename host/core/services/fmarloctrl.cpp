@@ -2,6 +2,7 @@
 #include "fmarloctrl.h"
 
 #include "fhistory.h"
+#include "fupdates.h"
 
 FMarloCtrl *FMarloCtrl::instance()
 {
@@ -10,3 +11,10 @@ FMarloCtrl *FMarloCtrl::instance()
 }
 
 bool FMarloCtrl::isBusy() const { return mLoading || FHistory::instance()->isBusy(); }
+
+FLoadingScope::~FLoadingScope()
+{
+    FMarloCtrl::instance()->setLoadingProject(mBefore);
+    if (!mBefore)
+        FUpdates::released();
+}

@@ -33,7 +33,7 @@ public:
     {
         FMarloCtrl::instance()->setLoadingProject(true);
     }
-    ~FLoadingScope() { FMarloCtrl::instance()->setLoadingProject(mBefore); }
+    ~FLoadingScope();
     FLoadingScope(const FLoadingScope &) = delete;
     FLoadingScope &operator=(const FLoadingScope &) = delete;
 

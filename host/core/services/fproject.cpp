@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fproject.h"
 
+#include "fchanges.h"
 #include "fhistory.h"
 #include "flogmsg.h"
 #include "fmanaged.h"
@@ -8,6 +9,7 @@
 #include "fobjectmanager.h"
 #include "fsafefile.h"
 #include "fscript.h"
+#include "fselectionset.h"
 
 #include <QDir>
 #include <QFile>
@@ -84,6 +86,8 @@ bool FProject::load(const QString &path)
         object->collectStateful(&objects);
     for (const auto &object : objects)
         FHistory::instance()->track(object);
+    FHistory::instance()->markClean();
+    FChanges::noteProject(FChanges::Opened);
     FUpdates::flush();
     return ok;
 }
@@ -172,13 +176,23 @@ QString FProject::text() const
 
 bool FProject::save(const QString &path, QString *why)
 {
-    return FSafeFile::write(path, utf8(), why);
+    if (!FSafeFile::write(path, utf8(), why))
+        return false;
+    if (QFileInfo(path).absoluteFilePath() == mPath) {
+        FHistory::instance()->markClean();
+        FChanges::noteProject(FChanges::Saved);
+    }
+    return true;
 }
 
 void FProject::clear()
 {
+    Q_EMIT FChanges::instance()->projectClosing();
     FHistory::instance()->clear();
+    FSelectionSet::instance()->clear(true);
     FObjectManager::instance()->clear();
+    FChanges::instance()->forgetObjects();
+    FChanges::noteProject(FChanges::Closed);
     FLogMsg::clear();
     mPath.clear();
     mErrors.clear();
