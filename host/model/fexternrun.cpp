@@ -121,7 +121,7 @@ bool FExternRun::prepare()
         fail("cannot empty the run folder " + mRecord.directory + ": " + S(why));
         return false;
     }
-    if (!QDir().mkpath(directory)) {
+    if (!QDir().mkpath(directory + "/.turnbuckle")) {
         fail("cannot make the run folder " + mRecord.directory + ": " + std::strerror(errno));
         return false;
     }
@@ -160,7 +160,7 @@ std::vector<std::string> FExternRun::commandLine(const std::vector<std::string> 
                                   "--control",
                                   "3",
                                   "--record",
-                                  "run.json",
+                                  ".turnbuckle/run.json",
                                   "--stdout",
                                   "stdout.txt",
                                   "--stderr",
@@ -267,6 +267,12 @@ void FExternRun::fail(const std::string &reason)
     mRecord.reason = reason;
 }
 
+bool FExternRun::writeOwn(const char *name, const QByteArray &bytes, QString *why) const
+{
+    return FSafeFile::write(Q(mRecord.directory) + "/.turnbuckle/" + name, bytes, why,
+                            FSafeFile::Durability::Later);
+}
+
 void FExternRun::writeRecord() const
 {
     const QJsonObject json{{"computation", Q(mRecord.computation)},
@@ -279,25 +285,28 @@ void FExternRun::writeRecord() const
                            {"seconds", mRecord.seconds}};
     QString why;
     if (QFileInfo(Q(mRecord.directory)).isDir() &&
-        !FSafeFile::write(Q(mRecord.directory) + "/run.json", QJsonDocument(json).toJson(), &why,
-                          FSafeFile::Durability::Later))
+        !writeOwn("run.json", QJsonDocument(json).toJson(), &why))
         FLogMsg::error("Run", "Could not write the record of the run", S(why), nullptr);
 }
 
-void FExternRun::writeValues() const
+QByteArray FExternRun::valuesText() const
 {
     const auto results = mComputation->currentResults().ptr<FResultsGeneric>();
     if (!results || !results->fetchResults())
-        return;
+        return {};
     QJsonArray tables;
     for (const auto &handle : results->tables())
         if (const auto table = handle.getPtr())
             tables.append(QJsonObject{{"name", Q(table->getName())}, {"rows", table->rowsJson()}});
+    return tables.isEmpty() ? QByteArray()
+                            : QJsonDocument(QJsonObject{{"tables", tables}}).toJson();
+}
+
+void FExternRun::writeValues() const
+{
+    const QByteArray text = valuesText();
     QString why;
-    if (!tables.isEmpty() &&
-        !FSafeFile::write(Q(mRecord.directory) + "/values.json",
-                          QJsonDocument(QJsonObject{{"tables", tables}}).toJson(), &why,
-                          FSafeFile::Durability::Later))
+    if (!text.isEmpty() && !writeOwn("values.json", text, &why))
         FLogMsg::error("Run", "Could not write the values of the run", S(why), nullptr);
 }
 

@@ -44,9 +44,11 @@ private:
     void fail(const std::string &reason);
     std::vector<std::string> commandLine(const std::vector<std::string> &words) const;
     void writeRecord() const;
-    /// Writes what was read, with place and doubt of each number, into values.json beside run.json:
-    /// the runner's record is complete before anything is read, and is never touched again.
+    /// What was read, with place and doubt of each number; empty if there is nothing.
+    QByteArray valuesText() const;
     void writeValues() const;
+    /// Our own files stand in a folder of their own, where no file of a program collides with them.
+    bool writeOwn(const char *name, const QByteArray &bytes, QString *why) const;
 
     std::shared_ptr<FExternComputation> mComputation;
     std::shared_ptr<FDesign> mDesign;

@@ -106,13 +106,13 @@ void tst_Computation::rereadAfterTemplateChange()
     QVERIFY(comp()->run());
     script("parameter e(comp.getResults().getTable(\"out.txt\").getElementAt(\"sum\"));");
     QCOMPARE(ModelTest::value("e + 0"), QString("5.5"));
-    const QDateTime before = QFileInfo(folder() + "run.json").lastModified();
+    const QDateTime before = QFileInfo(folder() + ".turnbuckle/run.json").lastModified();
     script("out.setValues([[\"sum\",1,0,\"sum =\",Last,\"FDouble\",\"\",0,nullptr]]);");
     QVERIFY(!comp()->isUpToDate());
     QCOMPARE(ModelTest::value("e + 0"), QString("2"));
     script("in.setContent(\"1 2 3\");");
     QCOMPARE(ModelTest::value("e + 0"), QString("2"));
-    QCOMPARE(QFileInfo(folder() + "run.json").lastModified(), before);
+    QCOMPARE(QFileInfo(folder() + ".turnbuckle/run.json").lastModified(), before);
     QCOMPARE(ModelTest::read(folder() + "in.txt"), QByteArray("1.5 4\n"));
     script("comp.run();");
     QCOMPARE(ModelTest::value("e + 0"), QString("3"));

@@ -236,8 +236,8 @@ private Q_SLOTS:
         QCOMPARE(study.run(&bad, 1, 1).first(), QString("d1 first: result file out.txt missing"));
         QVERIFY(std::isnan(study.value("y", study.designs[0])));
         QVERIFY(!QFile::exists(study.runPath("d1", "first/extra")));
-        QVERIFY(!QFile::exists(study.runPath("d1", "first/values.json")));
-        QCOMPARE(jsonOf(study.runPath("d1", "first/run.json"))["state"].toString(),
+        QVERIFY(!QFile::exists(study.runPath("d1", "first/.turnbuckle/values.json")));
+        QCOMPARE(jsonOf(study.runPath("d1", "first/.turnbuckle/run.json"))["state"].toString(),
                  QString("failed"));
     }
 
@@ -333,7 +333,7 @@ private Q_SLOTS:
         QCOMPARE(record.succeeded(), expected == "finished");
         if (change == "place")
             return;
-        const QJsonObject json = jsonOf(study.runPath("d1", "first/run.json"));
+        const QJsonObject json = jsonOf(study.runPath("d1", "first/.turnbuckle/run.json"));
         QCOMPARE(json["state"].toString(), Q(record.state));
         QCOMPARE(json["reason"].toString(), Q(record.reason));
     }
@@ -395,7 +395,8 @@ private Q_SLOTS:
                 .toArray()[0]
                 .toObject();
         };
-        const QJsonObject good = row("first/values.json"), bad = row("second/values.json");
+        const QJsonObject good = row("first/.turnbuckle/values.json"),
+                          bad = row("second/.turnbuckle/values.json");
         QCOMPARE(good["name"].toString(), QString("sum"));
         QCOMPARE(good["value"].toDouble(), 12.5);
         QVERIFY(good["where"].toString().endsWith("out.txt:1:7-10"));

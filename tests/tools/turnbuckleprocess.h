@@ -47,7 +47,7 @@ public:
     bool has(const QString &name) const { return QFileInfo::exists(path(name)); }
     QJsonObject record(const QString &folder) const
     {
-        return QJsonDocument::fromJson(read(folder + "/run.json")).object();
+        return QJsonDocument::fromJson(read(folder + "/.turnbuckle/run.json")).object();
     }
     void prepare(QProcess *process, const QStringList &arguments) const
     {
