@@ -1,5 +1,5 @@
 # Thin: every target installs what is missing, configures a CMake preset, builds with Ninja, runs.
-.PHONY: build run test test-dev test-asan bench packages
+.PHONY: build run test test-dev test-asan check bench packages
 
 build: packages
 	@cmake --preset release >/dev/null
@@ -19,6 +19,10 @@ test-asan: packages
 	cmake --preset asan
 	cmake --build --preset asan
 	ctest --preset asan
+
+# Form, forbidden calls, and clang-tidy on what changed.
+check: packages
+	@dev/check.sh
 
 bench: build
 	@bench/run.sh build/release

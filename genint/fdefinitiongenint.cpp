@@ -6,7 +6,6 @@
 #include "ffilevalues.h"
 #include "fgenintcommandfile.h"
 #include "fgenintresultsfile.h"
-#include "fgenintworkbench.h"
 #include "fgenintwritercore.h"
 #include "fhistory.h"
 #include "fio.h"
@@ -239,7 +238,6 @@ void FDefinitionGenInt::updateCommandFiles(std::string oldName, std::string newN
     for (const auto &handle : mCommandFiles)
         if (const auto file = handle.ptr<FGenIntCommandFile>())
             file->updateFile(Q(oldName), Q(newName));
-    FGenIntWorkbench::instance()->refreshCommandFileEditors(this);
 }
 
 void FDefinitionGenInt::entryRenamed(const std::shared_ptr<FEntryDef> &entry)
@@ -260,9 +258,6 @@ void FDefinitionGenInt::reinitConfigurations(bool flag)
         return;
     for (const auto &configuration : configurationsOf(this))
         configuration->reinit(flag);
-    if (isLoading())
-        return;
-    FGenIntWorkbench::instance()->definitionChanged(this);
 }
 
 void FDefinitionGenInt::setEntryDefsFromDB(std::string text)

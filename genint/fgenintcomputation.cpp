@@ -157,10 +157,8 @@ std::shared_ptr<FManaged> FGenIntComputation::setName(const std::string &name)
         return FExternComputation::setName(name);
     inside = true;
     FExternComputation::setName(name);
-    if (!FMarloCtrl::instance()->isLoadingProject()) {
+    if (!FMarloCtrl::instance()->isLoadingProject())
         FObjectManager::instance()->emitNameChanged(getPrototype(), getName(), unsigned(getDbId()));
-        FGenIntWorkbench::instance()->setTitles(this, getName());
-    }
     inside = false;
     return shared_from_base<FManaged>();
 }

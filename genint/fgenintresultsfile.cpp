@@ -3,7 +3,6 @@
 
 #include "fcmdbinder.h"
 #include "fcmdmanager.h"
-#include "fgenintworkbench.h"
 #include "fhistory.h"
 #include "fobjectmanager.h"
 #include "fparameter.h"
@@ -49,13 +48,6 @@ void FGenIntResultsFile::constructFObject()
     FGenIntFile::constructFObject();
     if (!mInitPrototype)
         mValues.registerClient(shared_from_this(), false);
-}
-
-std::shared_ptr<FGenIntFile> FGenIntResultsFile::setFileName(const QString &name)
-{
-    const auto self = FGenIntFile::setFileName(name);
-    FGenIntWorkbench::instance()->refreshResultsFileEditors(this);
-    return self;
 }
 
 template <class T>

@@ -16,8 +16,6 @@ public:
     explicit FGenIntResultsFile(std::string name = std::string());
     static std::shared_ptr<FGenIntResultsFile> create(const std::string &name);
 
-    std::shared_ptr<FGenIntFile> setFileName(const QString &name) override;
-
     // How lines split into columns; numbers win over the other two, which add up.
     void setNumberSeparator(bool checked);
     bool getNumberSeparator() const { return mNumberSeparator; }

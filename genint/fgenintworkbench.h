@@ -7,7 +7,8 @@ class FDefinitionGenInt;
 class FGenIntComputation;
 class FGenIntResultsFile;
 
-/// What the model asks of an open workbench. Without one every call is a no-op.
+/// What the model asks of an open workbench. Without one every call is a no-op. Notices of changes
+/// come from the change feed, once in a turn, after undo and redo as after anything else.
 class FGenIntWorkbench
 {
 public:

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "fchanges.h"
 #include "fchangeset.h"
 #include "fconfigurationgenint.h"
 #include "fdefinitiongenint.h"
@@ -358,13 +359,13 @@ void tst_Computation::renamed()
     sumModel();
     script("parameter e(comp.getResults().getTable(\"out.txt\").getElementAt(\"sum\"));");
     QVERIFY(comp()->run());
-    static QStringList told; // a listener stays
-    told.clear();
-    FObjectManager::instance()->addNameListener(
-        [](const std::shared_ptr<FObject> &object, const std::string &name, unsigned id) {
-            told << Q(object->getClass() + " " + name + " ") + QString::number(id) +
-                        (object->isNull() ? " prototype" : "");
-        });
+    QStringList told;
+    QObject listener;
+    connect(FChanges::instance(), &FChanges::nameChanged, &listener,
+            [&](const std::shared_ptr<FObject> &object, const QString &name, unsigned id) {
+                told << Q(object->getClass()) + " " + name + " " + QString::number(id) +
+                            (object->isNull() ? " prototype" : "");
+            });
     const auto object = comp();
     const QString id = QString::number(object->getDbId());
     object->setName("my run");

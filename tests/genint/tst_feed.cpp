@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 // A client that is fed by the change feed alone equals a fresh walk of the model after each turn.
 #include "fchanges.h"
+#include "fdefinitiongenint.h"
 #include "fdesign.h"
 #include "fdispatcher.h"
+#include "fgenintcomputation.h"
+#include "fgenintresultsfile.h"
+#include "fgenintworkbench.h"
 #include "fhistory.h"
 #include "fmarloctrl.h"
 #include "fselectionset.h"
@@ -146,6 +150,7 @@ private Q_SLOTS:
     void dispatcherLeavesNothingOfAFailure();
     void stepsJoinAndAreBounded();
     void cleanMarkFollowsUndo();
+    void workbenchHearsOfUndoToo();
 
 private:
     ModelTest mModel;
@@ -378,6 +383,58 @@ void TestFeed::cleanMarkFollowsUndo()
     QVERIFY(!history->isClean());
     history->undo();
     QVERIFY(!history->isClean());
+}
+
+void TestFeed::workbenchHearsOfUndoToo()
+{
+    struct Workbench : FGenIntWorkbench
+    {
+        QStringList heard;
+        void refreshCommandFileEditors(const FDefinitionGenInt *d) override { note("texts", d); }
+        void refreshResultsFileEditors(const FGenIntResultsFile *f) override { note("rules", f); }
+        void definitionChanged(const FDefinitionGenInt *d) override { note("structure", d); }
+        void setTitles(const FGenIntComputation *, const std::string &name) override
+        {
+            heard << "title " + Q(name);
+        }
+        void note(const char *what, const FManaged *object)
+        {
+            QVERIFY(!FHistory::instance()->isTransactionOpen());
+            heard << what + (" " + Q(object->getName()));
+        }
+        QStringList turn()
+        {
+            QCoreApplication::processEvents();
+            QStringList all = heard;
+            heard.clear();
+            all.sort();
+            return all;
+        }
+    } workbench;
+    ModelTest::run("genericIntegrationCommandFile t() { .setContent(\"<entry>a</entry>\"); }"
+                   "genericIntegrationResultsFile r() {}"
+                   "genericIntegrationDefinition d() { .addEntry(\"a\",1.0); .setFiles([t,r]); }"
+                   "genericIntegrationConfiguration c() { .setDefinition(d); }"
+                   "genericIntegrationComputation k() { .setConfiguration(c); }");
+    QCoreApplication::processEvents();
+    FGenIntWorkbench::setInstance(&workbench);
+    const std::pair<const char *, QStringList> steps[] = {
+        {"d.renameEntry(\"a\",\"b\");", {"structure d", "texts d"}},
+        {"r.setFileName(\"out.txt\");", {"rules r"}},
+        {"k.setName(\"run\");", {"title run"}},
+        {"c.setEntry(\"b\",5);", {"structure d"}}};
+    for (const auto &step : steps) {
+        QCOMPARE(ModelTest::run(step.first), QStringList());
+        QCOMPARE(workbench.turn(), step.second);
+    }
+    for (int i = 3; i >= 0; --i) {
+        QVERIFY(FHistory::instance()->undo());
+        const QStringList heard = workbench.turn();
+        QCOMPARE(heard, i == 2 ? QStringList{"title k"} : steps[i].second);
+    }
+    FGenIntWorkbench::setInstance(nullptr);
+    ModelTest::run("k.setName(\"other\");");
+    QCOMPARE(workbench.turn(), QStringList());
 }
 
 QTEST_GUILESS_MAIN(TestFeed)

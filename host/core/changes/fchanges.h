@@ -85,6 +85,8 @@ Q_SIGNALS:
     void busyChanged(bool busy);
     /// At once, before the objects of the project go.
     void projectClosing();
+    /// At once: an object was given another name; \p object is the prototype of its class.
+    void nameChanged(const std::shared_ptr<FObject> &object, const QString &name, unsigned id);
     /// At once: a step of the user as the script line that does it.
     void executed(const QString &line);
 

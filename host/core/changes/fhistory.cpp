@@ -2,7 +2,6 @@
 #include "fhistory.h"
 
 #include "fchanges.h"
-#include "fchangeset.h"
 #include "fcmd.h"
 #include "fcmdmanager.h"
 #include "flogmsg.h"
@@ -267,7 +266,6 @@ void FHistory::putBack(const std::vector<Restore> &states, const Objects &appear
         for (FObject *client : object->clients().objects())
             client->setOutOfDate(0);
     mBusy = false;
-    FChangeSet::push(FChangeSet::Refresh);
 }
 
 void FHistory::apply(const Step &step, bool forward)

@@ -42,8 +42,7 @@ std::shared_ptr<FManaged> FObjectManager::findById(int id) const
 void FObjectManager::emitNameChanged(const std::shared_ptr<FObject> &object,
                                      const std::string &name, unsigned id)
 {
-    for (const NameListener &listener : mListeners)
-        listener(object, name, id);
+    Q_EMIT FChanges::instance()->nameChanged(object, Q(name), id);
 }
 
 std::string FObjectManager::uniqueName(const std::string &wanted) const

@@ -34,11 +34,9 @@ public:
     std::shared_ptr<FManaged> findById(int id) const;
     FExprBase getWorkingScope() const { return FExprBase(); }
 
-    using NameListener =
-        std::function<void(const std::shared_ptr<FObject> &, const std::string &, unsigned)>;
+    /// Tells FChanges::nameChanged at once.
     void emitNameChanged(const std::shared_ptr<FObject> &object, const std::string &name,
                          unsigned id);
-    void addNameListener(NameListener listener) { mListeners.push_back(std::move(listener)); }
 
     /// A free identifier made from \p name.
     std::string uniqueName(const std::string &name) const;
@@ -61,7 +59,6 @@ private:
     std::unordered_map<std::string, FManaged *> mByName;
     std::unordered_map<int, FManaged *> mById;
     mutable std::unordered_map<std::string, unsigned> mNextNumber;
-    std::vector<NameListener> mListeners;
     long mNextOrder = 1;
     int mNextId = 1;
 };

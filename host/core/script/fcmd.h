@@ -51,7 +51,7 @@ struct FCommandInfo
     int menuPosition = 0;
     unsigned userLevel = 0, cmdFlags = 0, systemFlag = 0;
     bool hidden = false, readOnly = false, guiThread = false, attrAsExpr = true;
-    bool needsGuiReinit = false, selectOnExec = false, saved = true, hasLabel = true;
+    bool needsGuiReinit = false, selectOnExec = false, saved = true;
     bool recorded = true;                         ///< history keeps the receiver's state
     std::function<bool(const FObject *)> savedIf; ///< saved only if it answers true
 
