@@ -5,8 +5,10 @@
 #include "fdocumentation.h"
 #include "foperators.h"
 
+#include <QFile>
 #include <QStringList>
 #include <algorithm>
+#include <map>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -125,27 +127,53 @@ void printClass(const FClassInfo &info)
     }
 }
 
-void printOverview()
+/// A text of the help folder of the resources; empty if there is none of that name.
+std::string helpText(const std::string &topic)
 {
-    FCli::out("turnbuckle help TOPIC tells about a command, a class or a function of scripts;\n"
-              "turnbuckle --help tells about the command line.\n");
-    FCli::out("Creators and global commands");
+    QFile file(QStringLiteral(":/help/") + Q(topic) + QStringLiteral(".txt"));
+    return file.open(QFile::ReadOnly) ? file.readAll().trimmed().toStdString() : std::string();
+}
+
+/// The words that the overview describes, each with its key.
+std::map<std::string, std::string> describedWords()
+{
+    std::map<std::string, std::string> words;
     for (const auto &info : FCmdManager::instance()->all())
         if (info->kind == FCommandKind::Creator || info->kind == FCommandKind::Global)
-            printWrapped(info->name + ": " +
-                             firstSentence(FDocumentation::text(info->documentationKey())),
-                         "  ");
-    FCli::out("\nClasses with commands");
+            words.emplace(info->name, info->documentationKey());
     for (const FClassInfo *info : FObject::classes())
         if (!commandsOf(info->name).empty())
-            printWrapped(std::string(info->name) + ": " +
-                             firstSentence(FDocumentation::text(std::string("!") + info->name)),
-                         "  ");
-    std::string functions;
+            words.emplace(info->name, std::string("!") + info->name);
     for (const std::string &name : FOperators::functionNames())
-        functions += (functions.empty() ? "" : ", ") + name;
-    FCli::out("\nFunctions");
-    printWrapped(functions, "  ");
+        words.emplace(name, FOperators::function(name)->documentationKey());
+    return words;
+}
+
+void printWord(const std::string &name, const std::string &key)
+{
+    printWrapped(name + ": " + firstSentence(FDocumentation::text(key)), "  ");
+}
+
+/// Headings and order of the words are those of the text "overview"; what it lacks comes behind.
+void printOverview()
+{
+    FCli::out("turnbuckle help TOPIC tells about a command, a class or a function of scripts, or\n"
+              "about one of the subjects tags, rules and notes; turnbuckle --help tells about the\n"
+              "command line.");
+    auto words = describedWords();
+    for (const QString &line : Q(helpText("overview")).split('\n', Qt::SkipEmptyParts)) {
+        const auto found = words.find(S(line));
+        if (line.startsWith('#')) {
+            FCli::out(S("\n" + line.mid(2)));
+        } else if (found != words.end()) {
+            printWord(found->first, found->second);
+            words.erase(found);
+        }
+    }
+    if (!words.empty())
+        FCli::out("\nMore");
+    for (const auto &word : words)
+        printWord(word.first, word.second);
     FCli::out("\nOperators, the ones that bind closest first");
     FCli::out("  ^   unary -   * / %   + -   == != < <= > >=   not   and   or   ?:");
 }
@@ -229,11 +257,14 @@ int FCli::commands(const FCliOptions &options)
 
 int FCli::help(const FCliOptions &options)
 {
-    if (options.topic.empty()) {
+    if (options.topic.empty() || options.topic == "overview") {
         printOverview();
         return kDone;
     }
-    bool found = false;
+    const std::string subject = helpText(options.topic);
+    if (!subject.empty())
+        out(subject);
+    bool found = !subject.empty();
     const auto separate = [&found] {
         if (found)
             out("");
@@ -255,7 +286,7 @@ int FCli::help(const FCliOptions &options)
         printWrapped(FDocumentation::text(function->documentationKey()), "    ");
     }
     if (!found)
-        err("there is no command, class or function " + options.topic +
+        err("there is no command, class, function or subject " + options.topic +
             "; turnbuckle help lists them");
     return found ? kDone : kUsage;
 }

@@ -85,8 +85,9 @@ int main(int argc, char **argv)
 
     json(command("commands", "List the script commands.", &FCli::commands))
         ->add_flag("--markdown", options.markdown, "print the script reference");
-    CLI::App *help = command("help", "Tell about a script word.", &FCli::help);
-    help->add_option("TOPIC", options.topic, "a command, a class or a function");
+    CLI::App *help =
+        command("help", "Tell about script words, tags, rules and notes.", &FCli::help);
+    help->add_option("TOPIC", options.topic, "a command, class or function; tags, rules or notes");
 
     try {
         app.parse(argc, argv);

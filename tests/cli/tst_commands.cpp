@@ -18,6 +18,8 @@ private Q_SLOTS:
     void savesOnlyWhole();
     void loadingStartsNothing();
     void tellsItsCommands();
+    void helpTellsEveryWord();
+    void notesAreExplained();
 };
 
 void TestCommands::extractsWithoutRun()
@@ -183,10 +185,58 @@ void TestCommands::tellsItsCommands()
                  .toString(),
              QString("Configuration"));
 
-    QVERIFY(box.call({"help"}).out.contains("genericIntegrationDefinition: "));
     const QByteArray topic = box.call({"help", "setFileName"}).out;
     QVERIFY2(topic.startsWith("FGenIntFile.setFileName(QString fileName) : FGenIntFile\n"), topic);
     QCOMPARE(box.call({"help", "nosuch"}).code, 2);
+}
+
+QByteArray sourceText(const QString &name)
+{
+    QFile file(F_SOURCE_DIR "/" + name);
+    return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+/// The list that gives the order and the registry have the same words.
+void TestCommands::helpTellsEveryWord()
+{
+    const FSandbox box;
+    const QByteArray overview = box.call({"help"}).out;
+    QVERIFY2(!overview.contains("\nMore\n"), "resources/help/overview.txt lacks a word");
+    int from = 0, words = 0;
+    for (const QByteArray &line : sourceText("resources/help/overview.txt").split('\n')) {
+        const QByteArray shown = line.startsWith('#') ? line.mid(2) + "\n" : "  " + line + ": ";
+        const int at = line.isEmpty() ? from : overview.indexOf("\n" + shown, from);
+        QVERIFY2(at >= from, "not shown, or in another order: " + line);
+        from = at;
+        words += !line.isEmpty() && !line.startsWith('#');
+    }
+    QVERIFY(words > 40);
+    for (const QString subject : {"tags", "rules", "notes"}) {
+        const FCall call = box.call({"help", subject});
+        QCOMPARE(call.code, 0);
+        QCOMPARE(call.out.trimmed(), sourceText("resources/help/" + subject + ".txt").trimmed());
+    }
+}
+
+/// Who adds a note tells what it means in the guide and in the help.
+void TestCommands::notesAreExplained()
+{
+    const QByteArray guide = sourceText("docs/guide.md"),
+                     help = FSandbox().call({"help", "notes"}).out;
+    const QRegularExpression literal(
+        "(?:notes << QStringLiteral\\(|noteMissing\\([^;\"]*)\"([^\"]+)\"");
+    QSet<QString> notes;
+    for (const QString folder : {"text", "genint"})
+        for (const QString &name : QDir(F_SOURCE_DIR "/" + folder).entryList({"*.cpp"})) {
+            auto match = literal.globalMatch(sourceText(folder + "/" + name));
+            while (match.hasNext())
+                notes << match.next().captured(1).replace("%1", "N").replace("%2", "M");
+        }
+    QVERIFY2(notes.size() > 10, "notes are made in another way now: look for them so");
+    for (const QString &note : qAsConst(notes)) {
+        QVERIFY2(guide.contains("| `" + note.toUtf8() + "` |"), "docs/guide.md: " + note.toUtf8());
+        QVERIFY2(help.contains("\n" + note.toUtf8() + "\n"), "help/notes.txt: " + note.toUtf8());
+    }
 }
 
 QTEST_GUILESS_MAIN(TestCommands)
