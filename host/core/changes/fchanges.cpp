@@ -26,17 +26,25 @@ void FChanges::connectNotify(const QMetaMethod &signal)
         ++sListeners;
 }
 
-void FChanges::disconnectNotify(const QMetaMethod &signal)
+void FChanges::disconnectNotify(const QMetaMethod &)
 {
-    // A listener that is destroyed is told without its signal.
-    if (!signal.isValid() || signal == QMetaMethod::fromSignal(&FChanges::changed))
-        sListeners = receivers(SIGNAL(changed(QVector<FChange>)));
+    mRecount = true; // not now: locks of both objects are held
+}
+
+bool FChanges::recount()
+{
+    if (!std::exchange(mRecount, false))
+        return true;
+    sListeners = receivers(SIGNAL(changed(QVector<FChange>)));
     if (sListeners == 0)
         forgetObjects();
+    return sListeners > 0;
 }
 
 void FChanges::gather(FObject *object, unsigned what)
 {
+    if (!recount())
+        return;
     const auto place = mPlaces.find(object);
     if (place != mPlaces.end()) {
         mEntries[place->second].what |= what;

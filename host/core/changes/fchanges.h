@@ -102,6 +102,7 @@ private:
         bool was; // in the project when the turn began
     };
     FChanges() = default;
+    bool recount();
     void gather(FObject *object, unsigned what);
     void mark(bool FChanges::*flag);
 
@@ -111,5 +112,6 @@ private:
     unsigned mProject = 0;
     bool mHistory = false, mSelection = false, mDesign = false, mLog = false, mBusy = false;
     bool mDelivering = false;
+    bool mRecount = false; // a listener left
 };
 #endif

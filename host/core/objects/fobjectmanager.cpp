@@ -4,6 +4,7 @@
 #include "fchanges.h"
 
 #include <algorithm>
+#include <unordered_set>
 
 FObjectManager *FObjectManager::instance()
 {
@@ -110,9 +111,12 @@ void FObjectManager::noteReferences(FManaged *object) const
     if (!FChanges::isListening())
         return;
     std::vector<FObject *> todo = object->clients().objects();
+    std::unordered_set<const FObject *> seen;
     while (!todo.empty()) {
         FObject *client = todo.back();
         todo.pop_back();
+        if (!seen.insert(client).second)
+            continue;
         if (client->isFCmd() || !dynamic_cast<FManaged *>(client))
             for (FObject *next : client->clients().objects())
                 todo.push_back(next);
