@@ -257,6 +257,47 @@ private Q_SLOTS:
         }
     }
 
+    /// A killed save leaves its temporary file to the next one, which clears it away but nothing
+    /// that somebody still writes to.
+    void clearsWhatKilledSavesLeft()
+    {
+        const auto leftovers = [this] {
+            return QDir(mFolder->path())
+                .entryList({".turnbuckle*"}, QDir::Files | QDir::Hidden)
+                .size();
+        };
+        for (const int signal : {SIGKILL, SIGSTOP}) {
+            static int sSignal;
+            sSignal = signal;
+            const pid_t child = fork();
+            QVERIFY(child >= 0);
+            if (child == 0) {
+                static FFileCalls sEnding = FFileCalls::system();
+                sEnding.sync = [](int file) {
+                    ::raise(std::exchange(sSignal, 0));
+                    return ::fsync(file);
+                };
+                FSafeFile::setCalls(&sEnding);
+                QString why;
+                _exit(FSafeFile::write(mPath, "of the child", &why) ? 0 : 1);
+            }
+            int status;
+            QCOMPARE(waitpid(child, &status, WUNTRACED), child);
+            QCOMPARE(leftovers(), 1);
+            QVERIFY(FSafeFile::write(mFolder->path() + "/other", "x", &mWhy));
+            QCOMPARE(leftovers(), 1);
+            QVERIFY(FSafeFile::write(mPath, "of the parent", &mWhy));
+            QCOMPARE(leftovers(), signal == SIGKILL ? 0 : 1);
+            if (signal == SIGKILL)
+                continue;
+            ::kill(child, SIGCONT);
+            QCOMPARE(waitpid(child, &status, 0), child);
+            QVERIFY(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+            QCOMPARE(contents(mPath), QByteArray("of the child"));
+            QCOMPARE(leftovers(), 0);
+        }
+    }
+
     void everyFailingStepLeavesTheOldFile_data()
     {
         QTest::addColumn<QString>("action");

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fsafecalls.h"
 
+#include <QCryptographicHash>
 #include <QStringList>
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <dirent.h>
 #include <limits.h>
+#include <sys/file.h>
 #include <unistd.h>
 #include <vector>
 
@@ -83,22 +86,52 @@ bool hasSize(int file, qint64 size, QString *reason)
     return true;
 }
 
+/// The beginning of the names of temporary files for the file \p name.
+QByteArray temporaryPrefix(const QByteArray &name)
+{
+    const auto hash = QCryptographicHash::hash(name, QCryptographicHash::Sha1).toHex().left(16);
+    return ".turnbuckle-" + hash + "-";
+}
+
+/// Removes what killed saves of the file have left, as far as that is possible. Whoever is still at
+/// work holds a lock.
+void removeLeftovers(int folder, const QByteArray &prefix)
+{
+    const int again = ::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    DIR *listing = again >= 0 ? fdopendir(again) : nullptr;
+    if (!listing)
+        return;
+    while (const dirent *entry = readdir(listing)) {
+        const QByteArray name = entry->d_name;
+        if (!name.startsWith(prefix) || !name.endsWith(".tmp"))
+            continue;
+        const int file = ::openat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+        if (file >= 0 && flock(file, LOCK_EX | LOCK_NB) == 0)
+            ::unlinkat(folder, name, 0);
+        if (file >= 0)
+            ::close(file);
+    }
+    closedir(listing);
+}
+
 /// A file with a name of its own beside the one that it shall replace; gone with this object
-/// unless it was put into its place.
+/// unless it was put into its place. With a prefix it is locked, so that it can be told from the
+/// leftovers of a killed process.
 class TemporaryFile
 {
 public:
-    TemporaryFile(int folder, mode_t mode)
+    TemporaryFile(int folder, mode_t mode, const QByteArray &prefix = QByteArray())
         : mFolder(folder)
-        , mFile(create(mode))
+        , mFile(create(mode, prefix))
     {
     }
     ~TemporaryFile()
     {
-        if (!mExists)
-            return;
         const int kept = errno;
-        calls().unlinkAt(mFolder, mName, 0);
+        if (mExists)
+            calls().unlinkAt(mFolder, mName, 0);
+        if (mLock >= 0)
+            ::close(mLock);
         errno = kept;
     }
     TemporaryFile(const TemporaryFile &) = delete;
@@ -123,16 +156,21 @@ public:
     void keep() { mExists = false; }
 
 private:
-    int create(mode_t mode)
+    int create(mode_t mode, const QByteArray &prefix)
     {
         static std::atomic<unsigned> sCounter{0};
         for (int i = 0; i < 100; ++i) {
             struct timespec now;
             clock_gettime(CLOCK_MONOTONIC, &now);
-            snprintf(mName, sizeof mName, ".turnbuckle-%lx-%lx-%x.tmp", long(getpid()),
+            snprintf(mName, sizeof mName, "%s%lx-%lx-%x.tmp",
+                     prefix.isEmpty() ? ".turnbuckle-" : prefix.constData(), long(getpid()),
                      long(now.tv_nsec), sCounter.fetch_add(1));
             const int file =
                 openRetrying(mFolder, mName, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, mode);
+            if (file >= 0 && !prefix.isEmpty() && !lock(file)) {
+                calls().close(file);
+                continue;
+            }
             mExists = file >= 0;
             if (mExists || errno != EEXIST)
                 return file;
@@ -140,7 +178,22 @@ private:
         return -1;
     }
 
+    /// False if another save took the file for a leftover before the lock was there. The lock
+    /// outlasts the closing of \p file.
+    bool lock(int file)
+    {
+        struct stat info;
+        flock(file, LOCK_EX | LOCK_NB);
+        mLock = fcntl(file, F_DUPFD_CLOEXEC, 0);
+        if (fstat(file, &info) != 0 || info.st_nlink > 0)
+            return true;
+        ::close(mLock);
+        mLock = -1;
+        return false;
+    }
+
     int mFolder;
+    int mLock = -1;
     bool mExists = false;
     char mName[64];
     Descriptor mFile;
@@ -247,7 +300,11 @@ bool FSafeFile::write(const QString &path, const QByteArray &bytes, QString *why
     Descriptor folder(openRetrying(AT_FDCWD, folderName, O_RDONLY | O_DIRECTORY));
     if (!folder.isOpen())
         return fail(why, what, path, systemWords(errno));
-    TemporaryFile temporary(folder, oldExists ? old.st_mode & 0600 : 0666);
+    const bool isSave = durability == Durability::Now;
+    const QByteArray prefix = isSave ? temporaryPrefix(name) : QByteArray();
+    if (isSave)
+        removeLeftovers(folder, prefix);
+    TemporaryFile temporary(folder, oldExists ? old.st_mode & 0600 : 0666, prefix);
     Descriptor &file = temporary.file();
     if (!file.isOpen())
         return fail(why, what, path, systemWords(errno));
@@ -263,13 +320,12 @@ bool FSafeFile::write(const QString &path, const QByteArray &bytes, QString *why
     if (!writeAll(file, bytes.constData(), bytes.size(), &reason) ||
         !hasSize(file, bytes.size(), &reason))
         return fail(why, what, path, reason);
-    if (durability == Durability::Now && syncRetrying(file) != 0)
+    if (isSave && syncRetrying(file) != 0)
         return fail(why, what, path, systemWords(errno));
     if (!file.close())
         return fail(why, what, path, systemWords(errno));
-    const bool placed = durability == Durability::Now
-                            ? replaceDurably(temporary, folder, name, oldExists)
-                            : temporary.moveTo(name);
+    const bool placed =
+        isSave ? replaceDurably(temporary, folder, name, oldExists) : temporary.moveTo(name);
     return placed || fail(why, what, path, systemWords(errno));
 }
 
