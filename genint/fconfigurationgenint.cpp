@@ -11,6 +11,7 @@
 #include "fio.h"
 #include "fmarloctrl.h"
 #include "fpathmanager.h"
+#include "fuserfile.h"
 #include "fviewctrl.h"
 
 #include <QCoreApplication>
@@ -123,13 +124,34 @@ std::map<std::string, std::string> FConfigurationGenInt::getPreview() const
 std::shared_ptr<FDefinitionCustom>
 FConfigurationGenInt::parseFile(QFile *file, const FExpr<FDefinitionCustom> &definition) const
 {
+    FReason why;
+    return parseFile(file, definition, &why);
+}
+
+std::shared_ptr<FDefinitionCustom>
+FConfigurationGenInt::parseFile(QFile *file, const FExpr<FDefinitionCustom> &definition,
+                                FReason *why) const
+{
     FGenIntDefinitionParser parser(definition);
+    parser.setFile(S(file->fileName()));
     parser.read(file);
+    if (!parser.errors().empty()) {
+        *why = "no definition could be read whole from " + S(file->fileName()) +
+               ", nothing of it is kept";
+        why->causes = parser.errors();
+    }
     return parser.getDefinition().getPtr();
 }
 
 FExpr<FDefinitionGenInt>
 FConfigurationGenInt::importGenIntDefinition(const std::string &fileName) const
+{
+    FReason why;
+    return importGenIntDefinition(fileName, &why);
+}
+
+FExpr<FDefinitionGenInt> FConfigurationGenInt::importGenIntDefinition(const std::string &fileName,
+                                                                      FReason *why) const
 {
     const QString setting = QStringLiteral("OVDL/import/path");
     std::string name = fileName.empty() ? fileName : FFile::resolveEnv(fileName);
@@ -144,17 +166,23 @@ FConfigurationGenInt::importGenIntDefinition(const std::string &fileName) const
     }
     if (name.empty())
         return {};
-    FIni().setValue(setting, Q(name));
+    // A project that is loaded writes nothing, the settings neither: many may load at a time.
+    if (!FMarloCtrl::instance()->isLoadingProject())
+        FIni().setValue(setting, Q(name));
     QFile file(Q(name));
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+    QString reason;
+    if (!FUserFile::open(&file, &reason, FUserFile::kMostBytes,
+                         QIODevice::ReadOnly | QIODevice::Text)) {
+        *why = "cannot read file " + name + ": " + S(reason);
         FIO::instance()->information(
             nullptr, FMarloCtrl::instance()->applicationName(),
             S(QCoreApplication::translate("FConfigurationGenInt", "Cannot read file %1:\n%2.")
-                  .arg(file.fileName(), file.errorString())),
+                  .arg(file.fileName(), reason)),
             "", "", "", 0, -1);
         return {};
     }
-    const auto definition = parseFile(&file, FExpr<FDefinitionCustom>(FDefinitionGenInt::mpNull));
+    const auto definition =
+        parseFile(&file, FExpr<FDefinitionCustom>(FDefinitionGenInt::mpNull), why);
     file.close();
     return FExpr<FDefinitionGenInt>(std::dynamic_pointer_cast<FDefinitionGenInt>(definition));
 }
@@ -170,9 +198,11 @@ FExpr<FDefinitionGenInt> FConfigurationGenInt::genIntDefinition() const
 }
 
 namespace {
-FExpr<FDefinitionGenInt> importForScript(const std::string &fileName)
+FOutcome<FExpr<FDefinitionGenInt>> importForScript(const std::string &fileName)
 {
-    return FConfigurationGenInt::mpNull->importGenIntDefinition(fileName);
+    FOutcome<FExpr<FDefinitionGenInt>> outcome;
+    outcome.value = FConfigurationGenInt::mpNull->importGenIntDefinition(fileName, &outcome.error);
+    return outcome;
 }
 } // namespace
 

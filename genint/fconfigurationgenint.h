@@ -30,12 +30,18 @@ public:
     virtual void setSyntaxHighlighter() {}
     std::shared_ptr<FDefinitionCustom>
     parseFile(QFile *file, const FExpr<FDefinitionCustom> &definition) const override;
-    /// Reads a saved definition; an empty name asks for one. Null if there is none.
+    /// Reads a saved definition; an empty name asks for one. Null if there is none, or if it could
+    /// not be read whole: nothing of it is kept then.
     virtual FExpr<FDefinitionGenInt> importGenIntDefinition(const std::string &fileName) const;
+    /// The same with the reason; it is empty when the user was asked and gave no name.
+    FExpr<FDefinitionGenInt> importGenIntDefinition(const std::string &fileName,
+                                                    FReason *why) const;
 
     static void initCmds();
 
 private:
+    std::shared_ptr<FDefinitionCustom>
+    parseFile(QFile *file, const FExpr<FDefinitionCustom> &definition, FReason *why) const;
     static std::shared_ptr<FConfigurationGenInt> createForScript(const std::string &name,
                                                                  bool initialize);
     void setGenIntDefinition(const FExpr<FDefinitionGenInt> &definition);

@@ -2,11 +2,13 @@
 #include "fgenintdefinitionparser.h"
 
 #include "fdefinitiongenint.h"
+#include "fgenintcommandfile.h"
+#include "fgenintresultsfile.h"
+#include "fimportrules.h"
 #include "fmarloctrl.h"
 #include "fscript.h"
 
 #include <QRegExp>
-#include <QTextStream>
 
 namespace {
 /// The word behind the first \p key, up to white space.
@@ -21,22 +23,38 @@ std::string keyValue(const QString &text, const QString &key)
 }
 } // namespace
 
+const FImportRules &FGenIntDefinitionParser::rules()
+{
+    static const FImportRules sRules(
+        {&FGenIntCommandFile::staticClass(), &FGenIntResultsFile::staticClass()});
+    return sRules;
+}
+
+bool FGenIntDefinitionParser::prepareObjects(const QString &text, size_t line)
+{
+    if (text.isEmpty() || !getDefinition().ptr<FDefinitionGenInt>())
+        return true;
+    mMade = f_make_shared<FObject>();
+    FScriptReader reader(S(text), mFile, line);
+    reader.setRules(&rules());
+    {
+        const FLoadingScope loading;
+        mMade->startParentReg();
+        reader.run();
+        mMade->stopParentReg();
+    }
+    mErrors.insert(mErrors.end(), reader.errors().begin(), reader.errors().end());
+    return reader.errors().empty();
+}
+
 void FGenIntDefinitionParser::importObjectsFromString(const QString &text)
 {
     const auto definition = getDefinition().ptr<FDefinitionGenInt>();
-    if (text.isEmpty() || !definition)
+    if (text.isEmpty() || !definition || (!mMade && !prepareObjects(text, 1)))
         return;
-    QString copy = text;
-    QTextStream stream(&copy);
-    {
-        const FLoadingScope loading;
-        definition->startParentReg();
-        FCmdInput input;
-        input.setFile("definition " + definition->getName());
-        input.setStream(stream);
-        input.run();
-        definition->stopParentReg();
-    }
+    for (const auto &made : mMade->getChildren<FObject>())
+        definition->adoptChild(made);
+    mMade = nullptr;
     const std::string current = keyValue(text, QStringLiteral("curFile : "));
     const std::string last = keyValue(text, QStringLiteral("lastFile : "));
     FDefinitionGenInt::Files files;

@@ -109,7 +109,7 @@ FStatus FGenIntResultsFile::changeValue(const QString &name, int line, int colum
 {
     const auto value = getValue(name).getPtr();
     if (!value)
-        return {"expected the name of a value of " + getName() + ", found \"" + S(name) + "\""};
+        return {FReason::unexpected("the name of a value of " + getName(), "\"" + S(name) + "\"")};
     value->mLine = line;
     value->mColumn = column;
     value->mAnchor = S(anchor);
@@ -311,9 +311,11 @@ void FGenIntResultsFile::initCmds()
         .hidden();
     c.member("changeValue", &T::changeValue, FArg{"name"}, FArg{"line"}, FArg{"column"},
              FArg{"anchor"}, FArg{"occurrence"});
-    c.member("setRegExpSeparator", &T::setRegExpSeparator, FArg{"regularExpression"}).systemFlag(1);
-    c.member("setSpaceSeparator", &T::setSpaceSeparator, FArg{"checked"}).systemFlag(1);
-    c.member("setTabSeaparator", &T::setTabSeparator, FArg{"checked"}).systemFlag(1);
+    c.member("setRegExpSeparator", &T::setRegExpSeparator, FArg{"regularExpression"})
+        .systemFlag(1)
+        .fills();
+    c.member("setSpaceSeparator", &T::setSpaceSeparator, FArg{"checked"}).systemFlag(1).fills();
+    c.member("setTabSeaparator", &T::setTabSeparator, FArg{"checked"}).systemFlag(1).fills();
     c.flushNow();
     // The line ending is not hidden here: the name below is the one that was looked up, and no
     // command is registered under it. Projects rely on the attribute being there.

@@ -25,6 +25,7 @@ enum FExitCode {
 struct FCliOptions
 {
     std::string project, file, output, configuration, design, topic;
+    std::string templateFile, sample, as, definition, program;
     std::vector<std::string> computations, sets, expressions, templates;
     int jobs = 0;
     double timeout = -1;
@@ -39,12 +40,16 @@ int expand(const FCliOptions &options);
 int check(const FCliOptions &options);
 int save(const FCliOptions &options);
 int importDefinition(const FCliOptions &options);
+int add(const FCliOptions &options);
 int commands(const FCliOptions &options);
 int help(const FCliOptions &options);
 
 // Shared by them
 /// Loads the project and applies --set. kDone, kUnreadable (what could be read is there) or kUsage.
 int load(const FCliOptions &options);
+/// Passes on the code of a failed load. Of a project that could not be read whole it says what was
+/// not done with it, and why.
+int refuse(int loaded, const char *consequence);
 QJsonArray log();
 void print(const QJsonValue &json);
 /// For commands that ended before they had a result: the log alone.

@@ -30,15 +30,26 @@ int FCli::load(const FCliOptions &options)
         }
         std::vector<FScriptError> errors;
         const FExprBase value = FScript::parseExpression(set.substr(at + 1), &errors);
-        const FStatus status = value ? parameter->setValue(value)
-                                     : FStatus{errors.empty() ? "expected a value, found nothing"
-                                                              : errors.front().text};
+        const FStatus status =
+            value ? parameter->setValue(value)
+                  : FStatus{errors.empty() ? FReason::unexpected("a value", "nothing")
+                                           : errors.front().reason};
         if (!status) {
-            err("--set " + set + ": " + status.error);
+            err("--set " + set + ": " + status.error.text());
             return kUsage;
         }
     }
     return ok ? kDone : kUnreadable;
+}
+
+int FCli::refuse(int loaded, const char *consequence)
+{
+    const auto &errors = FProject::instance()->errors();
+    if (loaded == kUnreadable)
+        err(std::string("the project could not be read whole, so ") + consequence +
+            (errors.empty() ? "" : ": " + errors.front().toString()) +
+            (errors.size() > 1 ? " (and " + std::to_string(errors.size() - 1) + " more)" : ""));
+    return loaded;
 }
 
 QJsonArray FCli::log()

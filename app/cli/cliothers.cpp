@@ -9,10 +9,12 @@
 #include "fobjectmanager.h"
 #include "fproject.h"
 #include "fscript.h"
+#include "fuserfile.h"
 
 #include <QDir>
 #include <QFileInfo>
 #include <algorithm>
+#include <filesystem>
 #include <iostream>
 #include <map>
 
@@ -68,7 +70,7 @@ int FCli::extract(const FCliOptions &options)
 {
     const int loaded = load(options);
     if (loaded != kDone)
-        return loaded;
+        return refuse(loaded, "nothing was extracted");
     auto templates = chosenTemplates(options);
     if (templates.empty()) {
         err("the project has no such result template");
@@ -79,6 +81,13 @@ int FCli::extract(const FCliOptions &options)
         err("there is no file or folder " + options.file);
         return kFailed;
     }
+    QFile file(info.filePath());
+    QString why;
+    if (!info.isDir() && !FUserFile::open(&file, &why, FUserFile::kAnySize)) {
+        err("cannot read " + options.file + ": " + S(why));
+        return kFailed;
+    }
+    file.close();
     const QString folder = info.isDir() ? info.filePath() : info.path() + "/";
     if (!info.isDir() && options.templates.empty()) {
         // A single file is read by the templates of its name, by all if there is none.
@@ -122,7 +131,7 @@ int FCli::expand(const FCliOptions &options)
 {
     const int loaded = load(options);
     if (loaded != kDone)
-        return loaded;
+        return refuse(loaded, "nothing was expanded");
     std::vector<std::shared_ptr<FConfigurationGenInt>> chosen;
     for (const auto &handle : getEntities<FConfigurationGenInt>())
         if (options.configuration.empty() || handle.getPtr()->getName() == options.configuration)
@@ -150,13 +159,19 @@ int FCli::expand(const FCliOptions &options)
         }
     }
     const QString folder = QDir(Q(options.output)).absolutePath() + "/";
+    std::error_code error;
+    if (!options.output.empty())
+        std::filesystem::create_directories(S(folder), error);
     for (const auto &configuration : chosen) {
-        if (!options.output.empty() &&
-            !(QDir().mkpath(folder) &&
-              FGenIntWriter().write(FExpr<FConfigurationGenInt>(configuration), folder))) {
-            err("the input files could not be written to " + options.output);
-            return kUnwritable;
-        }
+        if (options.output.empty() ||
+            (!error && FGenIntWriter().write(FExpr<FConfigurationGenInt>(configuration), folder)))
+            continue;
+        const std::string why = error                  ? error.message()
+                                : FLogMsg::count() > 0 ? FLogMsg::last().message
+                                                       : std::string();
+        err("the input files could not be written to " + options.output +
+            (why.empty() ? "" : ": " + why));
+        return kUnwritable;
     }
     if (options.json)
         print(QJsonObject{{"files", files}, {"log", log()}});
@@ -166,12 +181,8 @@ int FCli::expand(const FCliOptions &options)
 int FCli::save(const FCliOptions &options)
 {
     const int loaded = load(options);
-    if (loaded == kUsage)
-        return loaded;
-    if (loaded != kDone) {
-        err("the project could not be read whole, so it is not saved");
-        return loaded;
-    }
+    if (loaded != kDone)
+        return refuse(loaded, "it is not saved");
     QString why;
     if (!FProject::instance()->save(Q(options.output), &why)) {
         err(S(why));
@@ -182,9 +193,10 @@ int FCli::save(const FCliOptions &options)
 
 int FCli::importDefinition(const FCliOptions &options)
 {
-    const auto definition = FConfigurationGenInt::mpNull->importGenIntDefinition(options.file);
-    if (!definition || FLogMsg::errorCount() > 0) {
-        err("no definition could be read whole from " + options.file);
+    FReason reason;
+    if (!FConfigurationGenInt::mpNull->importGenIntDefinition(options.file, &reason)) {
+        err(reason.empty() ? "no definition could be read whole from " + options.file
+                           : reason.text());
         return kUnreadable;
     }
     QString why;

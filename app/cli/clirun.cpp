@@ -295,7 +295,7 @@ int FCli::run(const FCliOptions &options)
 {
     const int loaded = load(options);
     if (loaded != kDone)
-        return loaded;
+        return refuse(loaded, "nothing was run");
     std::vector<std::shared_ptr<FExternComputation>> chain;
     std::vector<std::shared_ptr<FDesign>> designs;
     if (!choose(options, &chain) || !chooseDesigns(options, &designs))

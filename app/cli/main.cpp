@@ -10,10 +10,41 @@
 #include <QTextCodec>
 #include <clocale>
 #include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
 #include <functional>
 #include <iostream>
+#include <unistd.h>
 
-int main(int argc, char **argv)
+namespace {
+/// The last words of a program that can't go on. Files are replaced whole or not at all, and the
+/// runners end what they have started, so nothing is left half done.
+[[noreturn]] void giveUp(const char *why)
+{
+    std::cout.flush();
+    for (const char *part : {"turnbuckle: ", why, "\n"})
+        if (::write(STDERR_FILENO, part, std::strlen(part)) < 0)
+            break;
+    std::_Exit(kFailed);
+}
+
+/// Says what the exception at hand is. Called where memory may be short.
+[[noreturn]] void giveUpOnException()
+{
+    try {
+        if (std::current_exception())
+            throw;
+    } catch (const std::bad_alloc &) {
+        giveUp("there is not enough memory");
+    } catch (const std::exception &error) {
+        giveUp(error.what());
+    } catch (...) {
+    }
+    giveUp("an unexpected error");
+}
+
+int runProgram(int argc, char **argv)
 {
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName("turnbuckle");
@@ -83,6 +114,16 @@ int main(int argc, char **argv)
     import->add_option("FILE", options.file, "definition or set-up file (.ovdl)")->required();
     import->add_option("--output", options.output, "project file to write")->required();
 
+    CLI::App *add = project(command(
+        "add", "Put a file into a project byte for byte, or make a project with it.", &FCli::add));
+    CLI::Option *input =
+        add->add_option("--template", options.templateFile, "FILE: an input file of the program");
+    add->add_option("--sample", options.sample, "FILE: a result file of the program, as a sample")
+        ->excludes(input);
+    add->add_option("--as", options.as, "NAME of the file in the run folder (default: its own)");
+    add->add_option("--definition", options.definition, "NAME of the definition that gets it");
+    add->add_option("--program", options.program, "the command line, as in \"ccx -i beam\"");
+
     json(command("commands", "List the script commands.", &FCli::commands))
         ->add_flag("--markdown", options.markdown, "print the script reference");
     CLI::App *help =
@@ -105,4 +146,16 @@ int main(int argc, char **argv)
         FCli::printLogIfSilent();
     FProject::instance()->clear();
     return code;
+}
+} // namespace
+
+int main(int argc, char **argv)
+{
+    // Exceptions that meet code which passes none on, such as event handlers, end there.
+    std::set_terminate(giveUpOnException);
+    try {
+        return runProgram(argc, argv);
+    } catch (...) {
+        giveUpOnException();
+    }
 }

@@ -4,13 +4,11 @@
 #include "fdesign.h"
 #include "fgenintcheckparts.h"
 #include "fgenintcomputation.h"
-#include "flogmsg.h"
 #include "fobjectmanager.h"
 #include "fproject.h"
 #include "fscript.h"
 
 #include <QFileInfo>
-#include <QRegularExpression>
 #include <algorithm>
 
 FGenIntFinding &FGenIntFinding::in(const QString &fileName)
@@ -83,37 +81,21 @@ namespace {
 std::vector<FGenIntFinding> projectFindings()
 {
     FGenIntFindings findings;
-    const std::string name = S(QFileInfo(FProject::instance()->path()).fileName());
-    static const QRegularExpression form(
-        QStringLiteral("^(?:(.*?)[:,] )?expected (.*), found (.*)$"),
-        QRegularExpression::DotMatchesEverythingOption);
-    for (const FScriptError &error : FProject::instance()->errors()) {
-        FGenIntFinding &finding = findings.add(FGenIntFinding::Error, name, "FProject", error.text);
-        finding.in(Q(error.file)).at(int(error.line), int(error.column));
-        const auto match = form.match(Q(error.text));
-        if (!match.hasMatch())
-            continue;
-        finding.message = match.captured(1).isEmpty() ? std::string("this can't be executed")
-                                                      : S(match.captured(1));
-        finding.between(S(match.captured(3)), S(match.captured(2)));
-    }
-    static const QRegularExpression taken(QStringLiteral("^(.*):(\\d+):(\\d+): (.*)$"));
-    for (const FLogMsg::Message &message : FLogMsg::messages()) {
-        const auto match = taken.match(Q(message.message));
-        if (message.level == FLogMsg::Level::Info && message.source == "Script" && match.hasMatch())
-            findings
-                .add(FGenIntFinding::Hint, name, "FProject",
-                     S(match.captured(4)) + ": " + message.details)
-                .in(match.captured(1))
-                .at(match.captured(2).toInt(), match.captured(3).toInt());
-    }
-    // Some things go wrong between the statements. Errors of the script stand above already, and
-    // cycles are found again below.
-    for (const FLogMsg::Message &message : FLogMsg::messages())
-        if (message.level == FLogMsg::Level::Error && message.source != "Script" &&
-            message.source != "Project" && message.source != "Update")
-            findings.add(FGenIntFinding::Error, name, "FProject",
-                         message.message + (message.details.empty() ? "" : ": " + message.details));
+    const FProject &project = *FProject::instance();
+    const std::string name = S(QFileInfo(project.path()).fileName());
+    const auto add = [&](FGenIntFinding::Severity severity, const FScriptError &error) {
+        const FReason &reason = error.reason;
+        findings
+            .add(severity, name, "FProject",
+                 reason.message.empty() ? "this can't be executed" : reason.message)
+            .in(Q(error.file))
+            .at(int(error.line), int(error.column))
+            .between(reason.found, reason.expected);
+    };
+    for (const FScriptError &error : project.errors())
+        add(FGenIntFinding::Error, error);
+    for (const FScriptError &renaming : project.renamings())
+        add(FGenIntFinding::Hint, renaming);
     return findings.take();
 }
 } // namespace
@@ -151,6 +133,7 @@ std::vector<FGenIntFinding> FGenIntCheck::run()
         checkProgram(*handle.getPtr(), &findings);
     for (const auto &handle : getManageds<FGenIntComputation>())
         checkRunFolder(*handle.getPtr(), dependencies, &findings);
+    checkSamples(&findings);
     checkUse(&findings);
 
     std::unordered_map<std::string, size_t> order;

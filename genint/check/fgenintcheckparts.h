@@ -69,6 +69,8 @@ void checkMarks(const FGenIntCommandFile &file, FGenIntFindings *findings);
 /// The names in tags, and entries without a tag.
 void checkEntries(FDefinitionGenInt &definition, FGenIntFindings *findings);
 void checkRules(const FGenIntResultsFile &file, FGenIntFindings *findings);
+/// Samples that are missing, told once.
+void checkSamples(FGenIntFindings *findings);
 void checkUse(FGenIntFindings *findings);
 void checkProgram(const FExternComputation &computation, FGenIntFindings *findings);
 void checkConfiguration(const FConfigurationGenInt &configuration,

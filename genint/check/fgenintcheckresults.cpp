@@ -97,12 +97,8 @@ void checkSample(const FGenIntResultsFile &file, FGenIntFindings *findings)
     if (values.empty())
         return;
     const auto text = FGenIntText::fromString(file.text());
-    if (!text || text->isEmpty()) {
-        findings->hint(file, "no sample is stored, so that anchors and values can't be checked")
-            .in(file.getFileName())
-            .between("", "the text of a result file");
+    if (!text || text->isEmpty())
         return;
-    }
     QVector<FGenIntRule> rules;
     for (const auto &value : values)
         rules.push_back(FGenIntReader::ruleOf(*value));
@@ -129,6 +125,26 @@ void checkSample(const FGenIntResultsFile &file, FGenIntFindings *findings)
     checkHits(file, findings);
 }
 } // namespace
+
+void FGenIntCheckParts::checkSamples(FGenIntFindings *findings)
+{
+    std::vector<std::shared_ptr<FGenIntResultsFile>> without;
+    for (const auto &handle : getManageds<FGenIntResultsFile>())
+        if (!handle->values().empty() && handle->text().isEmpty())
+            without.push_back(handle.getPtr());
+    if (without.empty())
+        return;
+    const size_t more = without.size() - 1;
+    const QString name = without.front()->getFileName();
+    findings
+        ->hint(*without.front(),
+               "no sample is stored, so that anchors and values can't be checked" +
+                   (more ? " (" + counted(qint64(more), "other", "others") + " as well)"
+                         : std::string()))
+        .in(name)
+        .between("", "the text of a result file, as turnbuckle add PROJECT --sample FILE --as " +
+                         S(name) + " stores it");
+}
 
 void FGenIntCheckParts::checkRules(const FGenIntResultsFile &file, FGenIntFindings *findings)
 {

@@ -4,41 +4,55 @@
 #include "fgenintcomputation.h"
 #include "fobjectmanager.h"
 
+#include <algorithm>
 #include <cmath>
+#include <unordered_set>
 
 using namespace FGenIntCheckParts;
 
 namespace {
-/// The reason of the innermost command that fails in an expression; empty if none does.
-std::string failureIn(const FExprBase &value, int depth = 0)
+/// The reason of the innermost command that fails in an expression, or in what it refers to; empty
+/// if none does.
+FReason failureIn(const FExprBase &value)
 {
-    constexpr int kFarthest = 150; // deeper than expressions nest
-    const auto object = value.getExpr();
-    if (!object || depth > kFarthest)
-        return std::string();
-    if (const auto parameter = std::dynamic_pointer_cast<FParameter>(object))
-        return failureIn(parameter->currentValue(), depth + 1);
-    if (const auto entry = std::dynamic_pointer_cast<FEntry>(object))
-        return failureIn(entry->getValue(), depth + 1);
-    const FCmd *command = object->isFCmd();
-    if (!command)
-        return std::string();
-    std::string failure = failureIn(command->getReceiver(), depth + 1);
-    for (size_t i = 0; failure.empty() && i < command->arguments().size(); ++i)
-        failure = failureIn(command->arguments()[i], depth + 1);
-    return failure.empty() ? command->error() : failure;
+    struct Step
+    {
+        std::shared_ptr<FObject> object;
+        bool entered; // what the command takes comes first
+    };
+    std::vector<Step> todo{{value.getExpr(), false}};
+    std::unordered_set<const FObject *> seen;
+    while (!todo.empty()) {
+        const Step step = todo.back();
+        todo.pop_back();
+        if (!step.object || (!step.entered && !seen.insert(step.object.get()).second))
+            continue;
+        const FCmd *command = step.object->isFCmd();
+        if (step.entered) {
+            if (!command->error().empty())
+                return command->error();
+        } else if (const auto parameter = std::dynamic_pointer_cast<FParameter>(step.object)) {
+            todo.push_back({parameter->currentValue().getExpr(), false});
+        } else if (const auto entry = std::dynamic_pointer_cast<FEntry>(step.object)) {
+            todo.push_back({entry->getValue().getExpr(), false});
+        } else if (command) {
+            todo.push_back({step.object, true});
+            const auto &arguments = command->arguments();
+            for (size_t i = arguments.size(); i-- > 0;)
+                todo.push_back({arguments[i].getExpr(), false});
+            todo.push_back({command->getReceiver().getExpr(), false});
+        }
+    }
+    return FReason();
 }
 
 /// The first command of an expression that does more than calculate; null if none does.
 const FCmd *actionIn(const FExprBase &value)
 {
-    const FCmd *command = value.getExpr() ? value.getExpr()->isFCmd() : nullptr;
-    if (!command || !command->info().isPure())
-        return command;
-    const FCmd *action = actionIn(command->getReceiver());
-    for (size_t i = 0; !action && i < command->arguments().size(); ++i)
-        action = actionIn(command->arguments()[i]);
-    return action;
+    const auto commands = FCmd::commandsIn(value);
+    const auto action = std::find_if(commands.begin(), commands.end(),
+                                     [](const FCmd *one) { return !one->info().isPure(); });
+    return action == commands.end() ? nullptr : *action;
 }
 
 /// The computation whose results a command asks for, with its definition.
@@ -74,10 +88,13 @@ public:
 
     void check(const FExprBase &value)
     {
-        const auto object = value.getExpr();
-        const FCmd *command = object ? object->isFCmd() : nullptr;
-        if (!command)
-            return;
+        for (const FCmd *command : FCmd::commandsIn(value))
+            check(command);
+    }
+
+private:
+    void check(const FCmd *command)
+    {
         QString name;
         const FExprBase &receiver = command->getReceiver();
         if (const auto definition = resultsAskedOf(receiver)) {
@@ -96,12 +113,8 @@ public:
                 missing("there is no such value in result template " + file->getName(), name,
                         namesIn(*file), "a value");
         }
-        check(receiver);
-        for (const FExprBase &argument : command->arguments())
-            check(argument);
     }
 
-private:
     static std::shared_ptr<FGenIntResultsFile> templateOf(FDefinitionGenInt &definition,
                                                           const QString &name)
     {
@@ -165,7 +178,7 @@ void checkValue(const FManaged &object, const std::string &what, const FExprBase
     };
     const auto result = value.getValueObject();
     if (!std::dynamic_pointer_cast<FBasicType>(result)) {
-        const std::string failure = failureIn(value);
+        const std::string failure = failureIn(value).text();
         if (written || !failure.empty())
             error(failure.empty() ? "it gives no value that could be written" : failure,
                   value.toString());
@@ -175,7 +188,7 @@ void checkValue(const FManaged &object, const std::string &what, const FExprBase
         value.isExpression() || std::dynamic_pointer_cast<FEntity>(value.getExpr());
     const auto number = std::dynamic_pointer_cast<FDouble>(result);
     if (number && std::isnan(number->value()) && computed) {
-        const std::string failure = failureIn(value);
+        const std::string failure = failureIn(value).text();
         error(failure.empty() ? "it gives no number" : failure, value.toString() + " = nan");
     } else if (number && !std::isfinite(number->value())) {
         findings->hint(object, what + " is no finite number")

@@ -5,6 +5,8 @@
 #include "fhistory.h"
 #include "flogmsg.h"
 #include "fmarloctrl.h"
+#include "fproject.h"
+#include "fuserfile.h"
 
 #include <algorithm>
 
@@ -185,9 +187,11 @@ void FConfiguration::applyPending()
     mPending.clear();
     for (const auto &value : pending) {
         const FStatus status = setEntryCommand(value.first, value.second);
-        if (!status)
-            FLogMsg::error("Configuration", getName() + ": " + status.error, "value dropped",
-                           nullptr);
+        if (status)
+            continue;
+        FLogMsg::error("Configuration", status.error.about(getName()).text(), "value dropped",
+                       nullptr);
+        FProject::instance()->noteLoadError(getName(), status.error);
     }
 }
 
@@ -305,7 +309,7 @@ void FConfiguration::projectClosed()
 void FConfiguration::initCmds()
 {
     FCmdBinder<FConfiguration> c;
-    c.member("setEntry", &FConfiguration::setEntryCommand, FArg{"name"}, FArg{"value"});
+    c.member("setEntry", &FConfiguration::setEntryCommand, FArg{"name"}, FArg{"value"}).fills();
     c.member("getEntry", &FConfiguration::getEntryCommand, FArg{"name"});
 }
 
@@ -362,7 +366,8 @@ FConfigurationCustom::importOvdlDefinition(const FExpr<FDefinitionCustom> &defin
                                            const std::string &fileName)
 {
     QFile file(Q(FFile::resolveEnv(fileName)));
-    if (fileName.empty() || !file.open(QIODevice::ReadOnly))
+    QString why;
+    if (fileName.empty() || !FUserFile::open(&file, &why))
         return nullptr;
     return parseFile(&file, definition);
 }

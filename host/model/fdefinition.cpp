@@ -151,8 +151,13 @@ void FDefinition::setEntryDefsFromDB(std::string text)
 {
     FOvdlDefinitionParser parser(FExpr<FDefinitionCustom>(
         FExprBase(std::dynamic_pointer_cast<FDefinitionCustom>(shared_from_this()))));
-    if (!text.empty() && !parser.parse(text))
+    parser.setFile("entries of " + getName());
+    mEntryDefsStatus = {};
+    if (!text.empty() && !parser.parse(text)) {
+        mEntryDefsStatus = {"the entry definitions are damaged"};
+        mEntryDefsStatus.error.causes = parser.errors();
         return;
+    }
     FHistoryTransaction transaction(nullptr, "set entries", true);
     clearEntries();
     parser.build();
@@ -168,9 +173,8 @@ std::string FDefinition::getEntryDefs() const
 
 FStatus FDefinition::setEntryDefsCommand(const std::string &text)
 {
-    const size_t errors = FLogMsg::errorCount();
     setEntryDefsFromDB(text);
-    return {FLogMsg::errorCount() > errors ? "the entry definitions are damaged" : std::string()};
+    return std::exchange(mEntryDefsStatus, {});
 }
 
 namespace {
@@ -188,12 +192,12 @@ FStatus FDefinition::addEntryCommand(const std::string &path, const FExprBase &v
     const auto self = shared_from_base<FDefinitionBase>();
     const QStringList parts = Q(path).split('|', Qt::SkipEmptyParts);
     if (parts.isEmpty())
-        return {"expected the name of an entry, found \"" + path + "\""};
+        return {FReason::unexpected("the name of an entry", "\"" + path + "\"")};
     if (parts.size() > FOvdlDefinitionParser::kMaxDepth)
         return {"entry " + path + ": nested deeper than " +
                 fromNumber(FOvdlDefinitionParser::kMaxDepth, 10)};
     if (!value)
-        return {"expected a default value for entry " + path + ", found nothing"};
+        return {FReason::unexpected("a default value for entry " + path, "nothing")};
     if (getNameMap().count(S(parts.join('|'))))
         return {"entry " + path + " exists already"};
     FHistoryTransaction transaction(nullptr, "add entry", true);
@@ -203,7 +207,7 @@ FStatus FDefinition::addEntryCommand(const std::string &path, const FExprBase &v
         auto next =
             group ? std::dynamic_pointer_cast<FEntryDef>(group->child(name)) : rootEntry(name);
         if (next && !next->isGroup())
-            return {"entry " + next->getFullName() + " is a value, expected a group"};
+            return {{"entry " + next->getFullName() + " is a value", "a group", ""}};
         if (!next)
             next = group ? FEntryDef::create(name, group, self, FExprBase())
                          : FEntryDef::create(name, self, 1, 1, false, true, std::string(),

@@ -87,6 +87,7 @@ public:
 
 private:
     FStatus setEntryDefsCommand(const std::string &text);
+    FStatus mEntryDefsStatus; // of the text that was set last
     QString entryDefsForScript() const { return Q(getEntryDefs()); }
 };
 

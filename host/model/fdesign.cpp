@@ -90,7 +90,7 @@ FStatus FDesign::setValue(const std::string &name, const FExprBase &value)
     const auto parameter =
         std::dynamic_pointer_cast<FParameter>(FObjectManager::instance()->find(name));
     if (!parameter)
-        return {"expected the name of a parameter, found \"" + name + "\""};
+        return {FReason::unexpected("the name of a parameter", "\"" + name + "\"")};
     if (this == theBaseline().get())
         return parameter->setValue(value);
     const std::shared_ptr<FObject> target = value.getExpr();
@@ -113,7 +113,7 @@ FStatus FDesign::unsetValue(const std::string &name)
         std::dynamic_pointer_cast<FParameter>(FObjectManager::instance()->find(name));
     const auto place = parameter ? mPlaces.find(parameter.get()) : mPlaces.end();
     if (place == mPlaces.end())
-        return {"expected a parameter that " + getName() + " sets, found \"" + name + "\""};
+        return {FReason::unexpected("a parameter that " + getName() + " sets", "\"" + name + "\"")};
     // Not by erase(): a handle that is assigned keeps its clients, so each parameter would get
     // those of its neighbour.
     std::vector<Override> left;

@@ -264,8 +264,8 @@ FStatus FEntry::setValue(const FExprBase &value)
     if (definition && value && definition->getType() &&
         (!sameKind(definition->getType()->classInfo(), *value.valueClass()) ||
          value.valueClass()->isA(FWord::staticClass())))
-        return {"entry " + getFullName() + ": expected " + definition->getType()->getClass() +
-                ", found " + FScriptTypes::describe(value)};
+        return {{"entry " + getFullName(), definition->getType()->getClass(),
+                 FScriptTypes::describe(value)}};
     const std::shared_ptr<FObject> target = value.getExpr();
     if (target && !clients().isEmpty() && hasClient(target, true))
         return {"cyclic dependency: the value " + value.toString() + " of entry " + getFullName() +
@@ -302,8 +302,6 @@ bool FEntry::hasValueType(const std::shared_ptr<FObject> &type) const
     const auto own = definition ? definition->getType() : nullptr;
     return own && own->isTypeOf(type);
 }
-
-std::shared_ptr<FObject> FEntry::valueObject() const { return mValue.getValueObject(); }
 
 const FClassInfo &FEntry::valueClass() const
 {

@@ -123,7 +123,11 @@ public:
 
     void constructFObject() override;
     std::shared_ptr<FObject> treeParent() const override;
-    std::shared_ptr<FObject> valueObject() const override;
+    bool standsFor(std::shared_ptr<FObject> *value) const override
+    {
+        *value = mValue.getPtr();
+        return true;
+    }
     const FClassInfo &valueClass() const override;
     void visitState(FStateVisitor &state) override;
 

@@ -43,7 +43,7 @@ void FExternComputation::setEnvironment(const std::vector<std::string> &variable
 FStatus FExternComputation::setTimeout(double seconds)
 {
     if (!(seconds >= 0 && seconds < 1e9))
-        return {"expected seconds from 0, found " + shortestNumber(seconds)};
+        return {FReason::unexpected("seconds from 0", shortestNumber(seconds))};
     assign(mTimeout, seconds, "set time limit");
     return {};
 }
@@ -260,7 +260,7 @@ FStatus FExternComputation::setDbIdCommand(int id)
 {
     return FObjectManager::instance()->setId(this, id)
                ? FStatus{}
-               : FStatus{"expected an id from 1, found " + fromNumber(id, 10)};
+               : FStatus{FReason::unexpected("an id from 1", fromNumber(id, 10))};
 }
 
 void FExternComputation::initCmds()

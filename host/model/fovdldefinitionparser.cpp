@@ -2,8 +2,10 @@
 #include "fovdldefinitionparser.h"
 
 #include "fhistory.h"
+#include "fimportrules.h"
 #include "flogmsg.h"
 #include "fmarloctrl.h"
+#include "fscript.h"
 
 #include <QIODevice>
 #include <QXmlStreamReader>
@@ -50,9 +52,12 @@ void writeEntries(QXmlStreamWriter &xml, const std::vector<FExpr<FEntryBase, tru
             xml.writeAttribute("min", QString::number(entry->minimum()));
         if (entry->maximum() != 1)
             xml.writeAttribute("max", QString::number(entry->maximum()));
-        const std::string docu = entry->getDocuString(int(DocuArea::Description));
-        if (!docu.empty())
-            xml.writeTextElement("docu", Q(docu));
+        const QString docu = Q(entry->getDocuString(int(DocuArea::Description)));
+        // Reading XML turns carriage returns into line feeds.
+        if (!fitsXml(docu) || docu.contains(QLatin1Char('\r')))
+            xml.writeTextElement("docu64", QString::fromLatin1(docu.toUtf8().toBase64()));
+        else if (!docu.isEmpty())
+            xml.writeTextElement("docu", docu);
         writeEntries(xml, entry->getChildren());
         xml.writeEndElement();
     }
@@ -75,13 +80,23 @@ void FOvdlDefinitionParser::read(QIODevice *device) { read(device->readAll().toS
 
 void FOvdlDefinitionParser::read(const std::string &text)
 {
-    mEntries.clear();
+    static const FImportRules sDataOnly({});
     // The marker stands on a line of its own behind the closing element; texts of entries may hold
     // such a line as well.
     const std::string marker = "\n" + S(smObjectArea);
     const size_t at = text.find(marker, std::min(text.find("</ovdl>"), text.size()));
+    const size_t lineEnd = at == std::string::npos ? at : text.find('\n', at + marker.size());
+    const size_t begin = lineEnd == std::string::npos ? text.size() : lineEnd + 1;
+    const QString objects = Q(text.substr(begin));
     const bool mayMake = mDefinition.getPtr() && mDefinition.getPtr()->isNull();
-    if (!parse(text.substr(0, at))) {
+    mErrors.clear();
+    mRules = &sDataOnly;
+    const auto line = 1 + std::count(text.begin(), text.begin() + long(begin), '\n');
+    const bool sound =
+        parse(text.substr(0, at)) && (!mDefinition || prepareObjects(objects, size_t(line)));
+    mRules = nullptr;
+    if (!sound) {
+        mEntries.clear();
         if (mayMake)
             mDefinition = FExpr<FDefinitionCustom>();
         return;
@@ -96,20 +111,18 @@ void FOvdlDefinitionParser::read(const std::string &text)
             made->setName(mName);
     }
     build();
-    if (at != std::string::npos && mDefinition) {
-        size_t begin = text.find('\n', at + marker.size());
-        begin = begin == std::string::npos ? text.size() : begin + 1;
-        importObjectsFromString(Q(text.substr(begin)));
-    }
+    if (at != std::string::npos && mDefinition)
+        importObjectsFromString(objects);
     if (mDefinition)
         transaction.addStep(mDefinition.getPtr());
 }
 
-void FOvdlDefinitionParser::error(qint64 line, qint64 column, const QString &text)
+void FOvdlDefinitionParser::error(qint64 line, qint64 column, const FReason &reason)
 {
+    mErrors.push_back({mFile, size_t(line), size_t(column), reason});
     FLogMsg::error("Definition",
                    "line " + fromNumber((long long)line, 10) + ", column " +
-                       fromNumber((long long)column, 10) + ": " + S(text),
+                       fromNumber((long long)column, 10) + ": " + reason.text(),
                    "the entries were not read", nullptr);
 }
 
@@ -120,27 +133,30 @@ bool FOvdlDefinitionParser::parse(const std::string &structure)
     const size_t mark = structure.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0;
     const QString text = Q(structure.substr(mark));
     QXmlStreamReader xml(text);
-    const auto fail = [&](const QString &what) {
-        error(xml.lineNumber(), xml.columnNumber(), what);
+    const auto fail = [&](const FReason &reason) {
+        error(xml.lineNumber(), xml.columnNumber(), reason);
         return false;
     };
+    const auto unexpected = [&](const std::string &expected, const std::string &found) {
+        return fail(FReason::unexpected(expected, found));
+    };
     if (structure.compare(mark, std::string::npos, S(text)) != 0)
-        return fail("expected UTF-8 text, found other bytes");
+        return unexpected("UTF-8 text", "other bytes");
     bool inDefinition = false;
     while (!xml.atEnd() && !inDefinition) {
         xml.readNext();
         if (xml.isDTD())
-            return fail("expected no document type, found one");
+            return unexpected("no document type", "one");
         if (!xml.isStartElement())
             continue;
         inDefinition = xml.name() == QLatin1String("definition");
         if (!inDefinition && xml.name() != QLatin1String("ovdl"))
-            return fail("expected the element ovdl, found " + xml.name().toString());
+            return unexpected("the element ovdl", S(xml.name().toString()));
     }
     if (xml.hasError())
-        return fail(xml.errorString());
+        return fail(S(xml.errorString()));
     if (!inDefinition)
-        return fail("expected the element definition, found the end");
+        return unexpected("the element definition", "the end");
     mName = S(xml.attributes().value(QLatin1String("name")).toString());
     Entry root;
     if (!parseContent(xml, &root, true, 0))
@@ -148,47 +164,57 @@ bool FOvdlDefinitionParser::parse(const std::string &structure)
     while (!xml.atEnd())
         xml.readNext();
     if (xml.hasError())
-        return fail(xml.errorString());
+        return fail(S(xml.errorString()));
     mEntries = std::move(root.children);
     return true;
 }
 
 bool FOvdlDefinitionParser::parseContent(QXmlStreamReader &xml, Entry *owner, bool group, int depth)
 {
-    const auto fail = [&](const QString &what) {
-        error(xml.lineNumber(), xml.columnNumber(), what);
+    const auto fail = [&](const FReason &reason) {
+        error(xml.lineNumber(), xml.columnNumber(), reason);
         return false;
+    };
+    const auto unexpected = [&](const std::string &expected, const std::string &found) {
+        return fail(FReason::unexpected(expected, found));
     };
     while (xml.readNext() != QXmlStreamReader::EndElement) {
         if (xml.hasError())
-            return fail(xml.errorString());
+            return fail(S(xml.errorString()));
         if (!xml.isStartElement())
             continue;
         if (xml.name() == QLatin1String("docu") && depth > 0) {
             owner->docu += S(xml.readElementText());
             continue;
         }
+        if (xml.name() == QLatin1String("docu64") && depth > 0) {
+            owner->docu += QByteArray::fromBase64(xml.readElementText().toLatin1()).toStdString();
+            continue;
+        }
         const bool isGroup = xml.name() == QLatin1String("group");
         if (!group || (!isGroup && xml.name() != QLatin1String("entry")))
-            return fail((group ? QString("expected the element entry or group")
-                               : "expected the end of entry " + Q(owner->name)) +
-                        ", found " + xml.name().toString());
+            return unexpected(group ? "the element entry or group"
+                                    : "the end of entry " + owner->name,
+                              S(xml.name().toString()));
         if (depth == kMaxDepth)
-            return fail(QString("groups nested deeper than %1").arg(kMaxDepth));
+            return fail("groups nested deeper than " + fromNumber(kMaxDepth, 10));
         const QXmlStreamAttributes attributes = xml.attributes();
         Entry entry;
         entry.name = S(attributes.value(QLatin1String("name")).toString());
         if (entry.name.empty())
-            return fail("expected a name for the entry, found none");
+            return unexpected("a name for the entry", "none");
         if (!isGroup) {
             const QByteArray coded = attributes.value(QLatin1String("default64")).toLatin1();
             const std::string script =
                 coded.isEmpty() ? S(attributes.value(QLatin1String("default")).toString())
                                 : QByteArray::fromBase64(coded).toStdString();
-            entry.value = FExprBase::resolve(script);
+            std::vector<FScriptError> errors;
+            entry.value = FScript::parseExpression(script, &errors, mRules);
             if (!entry.value)
-                return fail(QString("expected a default value for entry %1, found %2")
-                                .arg(Q(entry.name), Q(script)));
+                return unexpected("a default value for entry " + entry.name,
+                                  script + (mRules && !errors.empty() && !script.empty()
+                                                ? " (" + errors.front().text() + ")"
+                                                : std::string()));
         }
         entry.hidden = intAttribute(attributes, "hidden", 0) != 0;
         entry.isExpr = intAttribute(attributes, "expr", 1) != 0;

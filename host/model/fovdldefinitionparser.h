@@ -3,6 +3,7 @@
 #define FOVDLDEFINITIONPARSER_H
 #include "fdefinition.h"
 
+class FImportRules;
 class QIODevice;
 class QXmlStreamReader;
 class QXmlStreamWriter;
@@ -15,8 +16,8 @@ class QXmlStreamWriter;
 ///     <group name="…"> entries </group>
 ///     <entry name="…" default="script text" hidden="0" expr="1" min="1" max="1">docu</entry>
 ///   </definition></ovdl>
-/// where default64 with base64 stands for a default that XML can't hold. There is no document
-/// type; depth is limited to 100.
+/// where default64 and docu64 with base64 stand for what XML can't hold. There is no document type;
+/// depth is limited to 100. Defaults are data: they refer to no object and call nothing.
 class FOvdlDefinitionParser
 {
 public:
@@ -27,9 +28,14 @@ public:
     explicit FOvdlDefinitionParser(const FExpr<FDefinitionCustom> &definition);
     virtual ~FOvdlDefinitionParser() = default;
 
-    /// Reads a whole saved text. The definition is there afterwards unless nothing could be read.
+    /// Name of the file that is read, for messages.
+    void setFile(const std::string &name) { mFile = name; }
+    /// Reads a whole saved text. After an error, in whichever half, nothing has been made or
+    /// changed and a definition that was to be made is null.
     void read(QIODevice *device);
     void read(const std::string &text);
+    /// What was wrong with the text that was read last. The log has it too.
+    const std::vector<FScriptError> &errors() const { return mErrors; }
     /// Takes in an XML half as a whole; false, with the reason in the log, if it is damaged.
     bool parse(const std::string &structure);
     /// Adds the entries that were taken in to the definition.
@@ -43,9 +49,14 @@ public:
     virtual void importObjectsFromString(const QString &) {}
 
 protected:
-    /// Logs a fault of the XML half with its place.
-    virtual void error(qint64 line, qint64 column, const QString &text);
+    /// Reads the object half, which begins on \p line, without touching the definition: false if it
+    /// can't be taken in. Called before anything is made.
+    virtual bool prepareObjects(const QString &, size_t /*line*/) { return true; }
+    /// Notes and logs a fault of the XML half with its place.
+    virtual void error(qint64 line, qint64 column, const FReason &reason);
     FExpr<FDefinitionCustom> mDefinition;
+    std::string mFile;
+    std::vector<FScriptError> mErrors;
 
 private:
     struct Entry
@@ -63,5 +74,6 @@ private:
 
     std::string mName;
     Entries mEntries;
+    const FImportRules *mRules = nullptr; // of the defaults
 };
 #endif

@@ -52,14 +52,29 @@ const FExprBase &FParameter::currentValue() const
     return own ? *own : mValue;
 }
 
-std::shared_ptr<FObject> FParameter::valueObject() const { return currentValue().getValueObject(); }
+bool FParameter::standsFor(std::shared_ptr<FObject> *value) const
+{
+    *value = currentValue().getPtr();
+    return true;
+}
 
 const FClassInfo &FParameter::valueClass() const
 {
-    if (!mKnownClass || mKnownEpoch != mClassEpoch) {
-        mKnownClass = mValue ? mValue.valueClass() : &FObject::staticClass();
-        mKnownEpoch = mClassEpoch;
+    // Along the parameters that refer to each other to the first one that is known, and back.
+    std::vector<const FParameter *> unknown;
+    const FParameter *parameter = this;
+    while (parameter && (!parameter->mKnownClass || parameter->mKnownEpoch != mClassEpoch)) {
+        parameter->mKnownClass = &FObject::staticClass(); // should the way be a circle
+        parameter->mKnownEpoch = mClassEpoch;
+        unknown.push_back(parameter);
+        const FExprBase &value = parameter->mValue;
+        parameter = value ? dynamic_cast<const FParameter *>(value.getExpr().get()) : nullptr;
+        if (!parameter && value)
+            unknown.back()->mKnownClass = value.valueClass();
     }
+    for (size_t i = unknown.size(); i-- > 0; parameter = unknown[i])
+        if (parameter)
+            unknown[i]->mKnownClass = parameter->mKnownClass;
     return *mKnownClass;
 }
 

@@ -38,7 +38,7 @@ public:
     const FExprBase &currentValue() const;
 
     void constructFObject() override;
-    std::shared_ptr<FObject> valueObject() const override;
+    bool standsFor(std::shared_ptr<FObject> *value) const override;
     const FClassInfo &valueClass() const override;
     void doUpdate() const override;
     void visitState(FStateVisitor &state) override;

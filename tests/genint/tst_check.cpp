@@ -279,7 +279,8 @@ private:
         parts.sample.clear();
         row("no sample", parts,
             {"hint: out_txt, out.txt: no sample is stored, so that anchors and values can't be "
-             "checked (expected the text of a result file)"});
+             "checked (expected the text of a result file, as turnbuckle add PROJECT --sample FILE "
+             "--as out.txt stores it)"});
         const auto separator = [&](const char *name, const char *expression,
                                    const QStringList &expected) {
             FParts own;

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "fcmdmanager.h"
 #include "fconfigurationgenint.h"
 #include "fdefinitiongenint.h"
 #include "fgenintcommandfile.h"
@@ -6,6 +7,7 @@
 #include "fgenintdefinitionparser.h"
 #include "fgenintresultsfile.h"
 #include "fhistory.h"
+#include "fimportrules.h"
 #include "fini.h"
 #include "fio.h"
 #include "fmarloctrl.h"
@@ -108,6 +110,7 @@ private Q_SLOTS:
     void damaged_data();
     void damaged();
     void truncated();
+    void importsAreData();
     void undoOfImportAndCopy();
     void undoOfStructure();
     void presetTarget();
@@ -291,7 +294,7 @@ void tst_Definition::damaged()
     QCOMPARE(definition("own")->getEntryDefs(), before);
 }
 
-// Whatever is cut off: never a crash, and never a part of the structure without a message.
+// Whatever is cut off: never a crash, and never a part without a message.
 void tst_Definition::truncated()
 {
     const QByteArray text = ModelTest::read(saved(rich()));
@@ -302,12 +305,13 @@ void tst_Definition::truncated()
         ModelTest::write(mModel.path("x"), text.left(size));
         const auto read = import(mModel.path("x"));
         const QStringList log = ModelTest::log();
-        if (size < structure) {
-            QVERIFY2(!read && log.size() == 1, qPrintable(QString::number(size)));
-            QCOMPARE(FObjectManager::instance()->count(), size_t(1)); // the baseline
-        } else {
-            QVERIFY(bool(read));
+        QVERIFY2(bool(read) == log.isEmpty(), qPrintable(QString::number(size)));
+        if (read) {
+            QVERIFY(size >= structure);
             QCOMPARE(int(read->getNameMap().size()), 7);
+        } else {
+            QCOMPARE(FObjectManager::instance()->count(), size_t(1)); // the baseline
+            QVERIFY(!FHistory::instance()->canUndo());
         }
     }
     for (int depth : {100, 101}) {
@@ -326,6 +330,76 @@ void tst_Definition::truncated()
             QVERIFY(definition("deep")->getNameMap().empty());
         }
     }
+}
+
+/// Every command there is, said by a definition that is imported: what only fills a template may
+/// pass, everything else is refused with its place, and nothing is kept.
+void tst_Definition::importsAreData()
+{
+    QStringList mayBeSaid = {"FManaged.addDocu",
+                             "FGenIntFile.setContent",
+                             "FGenIntFile.setFileName",
+                             "FGenIntFile.setForceWindowsLineEndings",
+                             "FGenIntCommandFile.genericIntegrationCommandFile",
+                             "FGenIntResultsFile.genericIntegrationResultsFile",
+                             "FGenIntResultsFile.setValues",
+                             "FGenIntResultsFile.setNumberSeparator",
+                             "FGenIntResultsFile.setSpacesAndTabsSeparator",
+                             "FGenIntResultsFile.setRegExprSeparator",
+                             "FGenIntResultsFile.setRegExpSeparator",
+                             "FGenIntResultsFile.setSpaceSeparator",
+                             "FGenIntResultsFile.setTabSeaparator",
+                             ".inputFile",
+                             ".resultsFileName",
+                             ".fileName",
+                             ".geometryExport"};
+    const auto imported = [&](const QString &entry, const QString &objects) {
+        ModelTest::write(mModel.path("x.ovdl"),
+                         ("<ovdl><definition name=\"d\"><entry name=\"e\" default=\"" + entry +
+                          "\"/></definition></ovdl>\n\n=== objects ===\n"
+                          "genericIntegrationResultsFile own() {\n" +
+                          objects + "\n}\n")
+                             .toUtf8());
+        return bool(import(mModel.path("x.ovdl")));
+    };
+    QCOMPARE(ModelTest::run("parameter p(1); genericIntegrationDefinition d();"
+                            "genericIntegrationConfiguration k() { .setDefinition(d); }"
+                            "genericIntegrationComputation c() { .setConfiguration(k); "
+                            ".setApplication(\"true\"); }"),
+             QStringList());
+    const QString before = FProject::instance()->text();
+    QStringList allowed;
+    for (const auto &info : FCmdManager::instance()->all()) {
+        const QString name = Q(info->name), full = Q(info->receiverName() + "." + info->name);
+        if (FGenIntDefinitionParser::rules().allows(*info))
+            allowed << full;
+        const bool isCreator = info->kind == FCommandKind::Creator;
+        const bool isGlobal = info->kind == FCommandKind::Global;
+        const QString foreign = isCreator  ? name + " y();"
+                                : isGlobal ? ".setFileName(" + name + "(\"../x\"));"
+                                           : ".setContent(c." + name + "(1));";
+        ModelTest::log();
+        if (mayBeSaid.contains(full) && (isCreator || isGlobal))
+            continue;
+        QVERIFY2(!imported("1", foreign), qPrintable(foreign));
+        const QString log = ModelTest::log().join('\n');
+        QVERIFY2(log.contains("x.ovdl:5:") && log.contains(name), qPrintable(log));
+        QVERIFY2(isCreator || !imported(isGlobal ? name + "()" : "c." + name + "()", ""),
+                 qPrintable(full));
+        QCOMPARE(FProject::instance()->text(), before);
+    }
+    allowed.sort();
+    mayBeSaid.sort();
+    QCOMPARE(allowed, mayBeSaid);
+    // Names of the project mean nothing, and the same text is the same data in every project.
+    QVERIFY(!imported("p", ""));
+    // A definition that imports itself is one of those.
+    ModelTest::log();
+    QCOMPARE(ModelTest::run("importGenIntDefinition(\"" + mModel.path("x.ovdl") + "\");").size(),
+             2);
+    QCOMPARE(FProject::instance()->text(), before);
+    QVERIFY(imported("2*(1+sqrt(4))", ".setFileName(\"f\"); .setSpaceSeparator(true);"));
+    QCOMPARE(FProject::instance()->text().count("setFiles"), before.count("setFiles") + 1);
 }
 
 void tst_Definition::undoOfImportAndCopy()

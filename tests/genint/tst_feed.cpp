@@ -323,7 +323,7 @@ void TestFeed::dispatcherLeavesNothingOfAFailure()
     mModel.start(); // the lines do the same again
     ModelTest::run(before);
     for (const QString &line : lines)
-        QCOMPARE(Q(FDispatcher::script(line.toStdString()).error), QString());
+        QCOMPARE(Q(FDispatcher::script(line.toStdString()).error.text()), QString());
     QCOMPARE(FProject::instance()->text(), after);
 }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The script language: damaged texts, places of errors, limits, and saving what was loaded.
+#include "fgenintcheck.h"
 #include "fmarloctrl.h"
 #include "fparameter.h"
 #include "modeltest.h"
@@ -34,6 +35,7 @@ private Q_SLOTS:
     void tellsPlaceAndExpectation_data();
     void tellsPlaceAndExpectation();
     void goesOnAfterErrors();
+    void manyErrorsInOneLine();
     void truncatedAnywhere();
     void limits();
     void textsSurviveSaving_data();
@@ -65,6 +67,8 @@ void TestScript::tellsPlaceAndExpectation_data()
     row("genericIntegrationComputation k() { .setTimeout(\"long\"); }", "1:38",
         {"seconds", "expected", "found"});
     row("parameter a(none+1);", "1:17", {"none"});
+    QTest::newRow("zero") << QByteArray("parameter a(1);\n a.setName(\"b\0c\");", 34) << "2:12"
+                          << QStringList{"expected a value", "zero character"};
 }
 
 void TestScript::tellsPlaceAndExpectation()
@@ -94,6 +98,17 @@ void TestScript::goesOnAfterErrors()
     QCOMPARE(ModelTest::value("a1"), QString("5"));
     QCOMPARE(ModelTest::value("c"), QString("4"));
     QCOMPARE(ModelTest::value("d"), QString("6"));
+}
+
+void TestScript::manyErrorsInOneLine()
+{
+    const int count = 200000;
+    const QStringList errors = errorsOf(QByteArray("\n\xc3\xa4(1);").repeated(2) +
+                                        QByteArray("\xc3\xa4(1);").repeated(count));
+    QCOMPARE(errors.size(), count + 2);
+    QVERIFY(errors[1].startsWith("3:1: ") && errors[2].startsWith("3:6: "));
+    QVERIFY2(errors.last().startsWith(QString("3:%1: ").arg(5 * count + 1)),
+             qPrintable(errors.last()));
 }
 
 /// Nothing ahead of the damage is lost, and nothing behind it is made up.
@@ -147,6 +162,11 @@ void TestScript::textsSurviveSaving_data()
                              "e \xf0\x9f\x98\x80",
                              "// no comment", "/* */"})
         QTest::newRow(text) << QString(text);
+    QString controls;
+    for (ushort c = 1; c < 0xa0; c += c == ' ' - 1 ? 0x7f - ' ' + 1 : 1)
+        controls += QString(QChar(c)) + "x\"" + QChar(c) + ", ";
+    QTest::newRow("control characters") << controls;
+    QTest::newRow("separators of lines") << QString(QChar(0x2028)) + QChar(0x85) + QChar(0xfffe);
 }
 
 void TestScript::textsSurviveSaving()
@@ -203,9 +223,31 @@ void TestScript::expressionsSurviveSaving()
     QCOMPARE(ModelTest::value("c"), QString("4"));
 }
 
-/// 10,000 parameters, each of the one before: no deep recursion, and one change reaches the last.
+/// Neither the length of an expression nor that of a chain of parameters is a depth: no recursion,
+/// and one change reaches the last.
 void TestScript::longChains()
 {
+    const QByteArrayList expressions = {
+        "x" + QByteArray("+x").repeated(100000), "1" + QByteArray("-(x-1)").repeated(100000),
+        "x" + QByteArray("<1").repeated(5000), "x" + QByteArray(".setName(\"x\")").repeated(50000)};
+    for (const QByteArray &expression : expressions) {
+        FProject::instance()->clear();
+        QCOMPARE(errorsOf("parameter x(1);\nparameter a(" + expression + ");\n"), QStringList());
+        QVERIFY(expression.contains("setName") || !ModelTest::value("a").isEmpty());
+        const QByteArray saved = FProject::instance()->utf8();
+        QVERIFY(saved.contains(expression));
+        FGenIntCheck::run();
+    }
+    FProject::instance()->clear();
+    QVERIFY(errorsOf("parameter a(1" + QByteArray("^1").repeated(100000) + ");")
+                .value(0)
+                .contains("nested deeper than 100"));
+    // Without an end a look at all ways through it would double with each parameter.
+    QByteArray twice = "parameter p0(0/0);\n";
+    for (int i = 1; i < 60; ++i)
+        twice += QString("parameter p%1(p%2+p%2);\n").arg(i).arg(i - 1).toUtf8();
+    QCOMPARE(errorsOf(twice), QStringList());
+    FGenIntCheck::run();
     for (const char *form : {"parameter p%1(p%2+1);\n", "parameter p%1(p%2);\n"}) {
         FProject::instance()->clear();
         QString source = "parameter p0(1);\n";

@@ -140,9 +140,9 @@ void tst_Entries::groups()
     QVERIFY(!entry("g")->getType());
     QCOMPARE(entry("c")->getType()->getClass(), std::string("FInteger"));
     const size_t steps = FHistory::instance()->stepCount();
-    QCOMPARE(add("c|x").error, std::string("entry c is a value, expected a group"));
-    QCOMPARE(add("g|b").error, std::string("entry g|b exists already"));
-    QCOMPARE(add("g|s").error, std::string("entry g|s exists already"));
+    QCOMPARE(add("c|x").error.text(), std::string("entry c is a value, expected a group"));
+    QCOMPARE(add("g|b").error.text(), std::string("entry g|b exists already"));
+    QCOMPARE(add("g|s").error.text(), std::string("entry g|s exists already"));
     QVERIFY(!add("") && !add("|"));
     QVERIFY(!mDefinition->addEntryCommand("n", FExprBase()));
     QCOMPARE(paths().size(), 5);
@@ -177,7 +177,7 @@ void tst_Entries::renames()
     QCOMPARE(paths(), QStringList({"h", "h1", "h1|b", "h1|s", "h1|s|a"}));
     QVERIFY(FHistory::instance()->undo());
     QCOMPARE(paths(), QStringList({"g", "g|b", "g|s", "g|s|a", "h"}));
-    QCOMPARE(mDefinition->renameEntryCommand("none", "x").error,
+    QCOMPARE(mDefinition->renameEntryCommand("none", "x").error.text(),
              std::string("no entry none in definition d"));
 }
 

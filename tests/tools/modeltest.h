@@ -39,7 +39,7 @@ public:
         reader.run();
         QStringList texts;
         for (const FScriptError &error : reader.errors())
-            texts << Q(error.text);
+            texts << Q(error.text());
         return texts;
     }
 

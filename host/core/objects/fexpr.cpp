@@ -50,6 +50,30 @@ FExprBase::~FExprBase()
         for (const auto &weak : *mClients)
             if (auto client = weak.lock())
                 mObject->removeClient(client.get());
+    if (mObject.use_count() == 1)
+        release();
+}
+
+/// Ends the object that only this handle holds. Each may hold the next one of a long chain, so from
+/// some depth on they are put aside for the outermost call.
+void FExprBase::release()
+{
+    constexpr int kDeepest = 30;
+    thread_local int tDepth = 0;
+    thread_local std::vector<std::shared_ptr<FObject>> *tAside = nullptr;
+    if (tDepth > kDeepest) {
+        tAside->push_back(std::move(mObject));
+        return;
+    }
+    std::vector<std::shared_ptr<FObject>> aside;
+    if (tDepth++ == 0)
+        tAside = &aside;
+    mObject.reset();
+    while (!aside.empty()) {
+        const std::shared_ptr<FObject> next = std::move(aside.back());
+        aside.pop_back();
+    }
+    --tDepth;
 }
 
 void FExprBase::bind(std::shared_ptr<FObject> object)

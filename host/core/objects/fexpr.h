@@ -71,6 +71,7 @@ public:
 
 private:
     void bind(std::shared_ptr<FObject> object);
+    void release();
 
     std::shared_ptr<FObject> mObject;
     using Clients = std::vector<std::weak_ptr<FObject>>;

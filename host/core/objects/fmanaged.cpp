@@ -180,5 +180,6 @@ void FManaged::initCmds()
         .typeOf(0, "FObjectName");
     c.member("destroy", &FManaged::destroyThis);
     c.member("addDocu", &FManaged::addDocuCommand, FArg{"text"}, FArg{"area"})
-        .typeOf(1, "FEnum<DocuArea>");
+        .typeOf(1, "FEnum<DocuArea>")
+        .fills();
 }

@@ -92,7 +92,19 @@ bool FObject::isSuperClassOf(const FObject *other) const
 
 std::shared_ptr<FObject> FObject::valueObject() const
 {
-    return std::const_pointer_cast<FObject>(shared_from_this());
+    auto object = std::const_pointer_cast<FObject>(shared_from_this());
+    const FObject *seen = nullptr; // moves up now and then: a circle comes back to it
+    size_t steps = 0, rest = 64;
+    for (std::shared_ptr<FObject> next; object && object->standsFor(&next); next = nullptr) {
+        object = std::move(next);
+        if (object.get() == seen)
+            return nullptr;
+        if (++steps == rest) {
+            seen = object.get();
+            rest *= 2;
+        }
+    }
+    return object;
 }
 
 std::shared_ptr<FObject> FObject::getPrototype(const std::string &className)

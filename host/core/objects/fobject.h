@@ -219,8 +219,11 @@ public:
     }
     /// The object as a command, null if it is none: an expression is a tree of commands.
     virtual const FCmd *isFCmd() const { return nullptr; }
-    /// The object that stands for this one in a calculation: the value of a parameter or an entry.
-    virtual std::shared_ptr<FObject> valueObject() const;
+    /// The object that stands for this one in a calculation: the value of a parameter or an entry,
+    /// however many refer to each other on the way.
+    std::shared_ptr<FObject> valueObject() const;
+    /// One step of that: false for an object that stands for itself.
+    virtual bool standsFor(std::shared_ptr<FObject> *) const { return false; }
     /// Class of what valueObject gives, as far as it is known without evaluating.
     virtual const FClassInfo &valueClass() const { return classInfo(); }
     /// How a script refers to the object or writes its value.

@@ -27,10 +27,10 @@ numeric(const std::string &symbol, double (*function)(double, double))
 {
     return [symbol, function](FObject *, const std::vector<FExprBase> &in) -> FResult {
         double a, b;
-        std::string why;
+        FReason why;
         if (!FScriptType<double>::from(in[0], &a, &why) ||
             !FScriptType<double>::from(in[1], &b, &why))
-            return {number(quietNan()), symbol + ": " + why};
+            return {number(quietNan()), why.about(symbol)};
         return {number(function(a, b)), {}};
     };
 }
@@ -47,9 +47,9 @@ FResult compare(const std::string &symbol, const std::vector<FExprBase> &in)
         order = a < b ? -1 : a > b ? 1 : 0;
         ordered = !std::isnan(a) && !std::isnan(b);
     } else {
-        return FResult::fail(symbol + ": expected two numbers or two texts, found " +
-                             FScriptTypes::describe(in[0]) + " and " +
-                             FScriptTypes::describe(in[1]));
+        return FResult::fail(
+            {symbol, "two numbers or two texts",
+             FScriptTypes::describe(in[0]) + " and " + FScriptTypes::describe(in[1])});
     }
     bool result = false;
     if (symbol == "==")
@@ -119,7 +119,7 @@ const Table &operators()
         for (const bool isAnd : {true, false})
             enter(t, isAnd ? "and" : "or", 2, truth)->call = [isAnd](FObject *, const auto &in) {
                 bool a, b;
-                std::string why;
+                FReason why;
                 if (!FScriptType<bool>::from(in[0], &a, &why) ||
                     !FScriptType<bool>::from(in[1], &b, &why))
                     return FResult::fail(why);
@@ -127,21 +127,21 @@ const Table &operators()
             };
         enter(t, "not", 1, truth)->call = [](FObject *, const auto &in) {
             bool a;
-            std::string why;
+            FReason why;
             if (!FScriptType<bool>::from(in[0], &a, &why))
                 return FResult::fail(why);
             return FResult{FScriptType<bool>::to(!a), {}};
         };
         enter(t, "-", 1, real)->call = [](FObject *, const auto &in) {
             double a;
-            std::string why;
+            FReason why;
             if (!FScriptType<double>::from(in[0], &a, &why))
                 return FResult{number(quietNan()), why};
             return FResult{number(-a), {}};
         };
         enter(t, "?", 3, FObject::staticClass())->call = [](FObject *, const auto &in) {
             bool a;
-            std::string why;
+            FReason why;
             if (!FScriptType<bool>::from(in[0], &a, &why))
                 return FResult::fail(why);
             return FResult{FExprBase(in[a ? 1 : 2].getPtr()), {}};
@@ -166,9 +166,9 @@ const Table &functions()
             const std::string name = entry.first;
             enter(t, name, 1, real)->call = [name, function](FObject *, const auto &in) {
                 double a;
-                std::string why;
+                FReason why;
                 if (!FScriptType<double>::from(in[0], &a, &why))
-                    return FResult{number(quietNan()), name + ": " + why};
+                    return FResult{number(quietNan()), why.about(name)};
                 return FResult{number(function(a)), {}};
             };
         }
@@ -205,13 +205,100 @@ int nodePrecedence(const FCmd &node)
     }
 }
 
-std::string operandText(const FExprBase &operand, int minimum)
+/// A piece of an expression's text that is still to be written: an expression, or plain text.
+struct Piece
 {
-    const FCmd *node = operand ? operand.getExpr()->isFCmd() : nullptr;
-    const std::string text = operand.toString();
+    Piece(std::string words)
+        : text(std::move(words))
+    {
+    }
+    Piece(const FCmd *command)
+        : node(command)
+    {
+    }
+    std::string text;
+    const FCmd *node = nullptr;
+};
+using Pieces = std::vector<Piece>;
+
+const FCmd *commandOf(const FExprBase &expr) { return expr ? expr.getExpr()->isFCmd() : nullptr; }
+
+void addExpr(Pieces *pieces, const FExprBase &expr)
+{
+    if (const FCmd *node = commandOf(expr))
+        pieces->emplace_back(node);
+    else
+        pieces->emplace_back(expr.toString());
+}
+
+void addOperand(Pieces *pieces, const FExprBase &operand, int minimum)
+{
+    const FCmd *node = commandOf(operand);
+    const std::string text = node ? std::string() : operand.toString();
     // A negative literal binds like the minus that it is written with.
     const int own = node ? nodePrecedence(*node) : !text.empty() && text[0] == '-' ? kMinus : kAtom;
-    return own < minimum ? "(" + text + ")" : text;
+    if (own < minimum)
+        pieces->emplace_back("(");
+    if (node)
+        pieces->emplace_back(node);
+    else
+        pieces->emplace_back(text);
+    if (own < minimum)
+        pieces->emplace_back(")");
+}
+
+void addArguments(Pieces *pieces, const std::vector<FExprBase> &arguments)
+{
+    pieces->emplace_back("(");
+    for (size_t i = 0; i < arguments.size(); ++i) {
+        if (i > 0)
+            pieces->emplace_back(",");
+        addExpr(pieces, arguments[i]);
+    }
+    pieces->emplace_back(")");
+}
+
+void addOperator(Pieces *pieces, const FCmd &node)
+{
+    const std::string &name = node.info().name;
+    const std::vector<FExprBase> &in = node.arguments();
+    if (in.size() == 1) {
+        pieces->emplace_back(name == "not" ? "not " : "-");
+        addOperand(pieces, in[0], name == "not" ? kNot : kMinus + 1);
+    } else if (in.size() == 3) {
+        addOperand(pieces, in[0], kConditional + 1);
+        pieces->emplace_back("?");
+        addOperand(pieces, in[1], kConditional);
+        pieces->emplace_back(":");
+        addOperand(pieces, in[2], kConditional);
+    } else {
+        const int own = FOperators::precedence(name);
+        const bool right = FOperators::isRightAssociative(name);
+        const bool word = name == "and" || name == "or";
+        addOperand(pieces, in[0], right ? own + 1 : own);
+        pieces->emplace_back(word ? " " + name + " " : name);
+        addOperand(pieces, in[1], right ? own : own + 1);
+    }
+}
+
+/// The pieces of one node, from left to right.
+Pieces piecesOf(const FCmd &node)
+{
+    Pieces pieces;
+    const FCommandInfo &info = node.info();
+    if (info.kind == FCommandKind::Creator) {
+        pieces.emplace_back(node.scriptText());
+    } else if (info.kind == FCommandKind::Operator && !isFunction(info)) {
+        addOperator(&pieces, node);
+    } else {
+        if (info.kind != FCommandKind::Operator && info.kind != FCommandKind::Global) {
+            addOperand(&pieces, node.getReceiver(), commandOf(node.getReceiver()) ? kAtom : 0);
+            pieces.emplace_back(".");
+        }
+        pieces.emplace_back(info.name);
+        addArguments(&pieces, node.arguments());
+    }
+    return pieces;
 }
 } // namespace
 
@@ -226,13 +313,13 @@ int FOperators::precedence(const std::string &symbol)
 bool FOperators::isRightAssociative(const std::string &symbol) { return symbol == "^"; }
 
 FExprBase FOperators::make(const std::string &symbol, const std::vector<FExprBase> &operands,
-                           std::string *why)
+                           std::string *unfit)
 {
     const auto found = operators().find({symbol, operands.size()});
     for (const FExprBase &operand : operands)
         // What an operand referred to may be gone; the rest of the expression is kept all the same.
         if (operand && operand.valueClass()->isA(FWord::staticClass())) {
-            *why = FScriptTypes::describe(operand);
+            *unfit = FScriptTypes::describe(operand);
             return FExprBase();
         }
     const auto node = FCmd::make(found->second);
@@ -256,27 +343,20 @@ std::vector<std::string> FOperators::functionNames()
     return names;
 }
 
-bool FOperators::needsBrackets(const FCmd &node) { return nodePrecedence(node) < kAtom; }
-
 std::string FOperators::text(const FCmd &node)
 {
-    const std::string &name = node.info().name;
-    const std::vector<FExprBase> &in = node.arguments();
-    if (isFunction(node.info())) {
-        std::string out = name + "(";
-        for (size_t i = 0; i < in.size(); ++i)
-            out += (i ? "," : "") + in[i].toString();
-        return out + ")";
+    std::string out;
+    Pieces todo{&node}; // the next one last
+    while (!todo.empty()) {
+        const Piece next = std::move(todo.back());
+        todo.pop_back();
+        if (!next.node) {
+            out += next.text;
+            continue;
+        }
+        Pieces pieces = piecesOf(*next.node);
+        todo.insert(todo.end(), std::make_move_iterator(pieces.rbegin()),
+                    std::make_move_iterator(pieces.rend()));
     }
-    if (in.size() == 1)
-        return name == "not" ? "not " + operandText(in[0], kNot)
-                             : "-" + operandText(in[0], kMinus + 1);
-    if (in.size() == 3)
-        return operandText(in[0], kConditional + 1) + "?" + operandText(in[1], kConditional) + ":" +
-               operandText(in[2], kConditional);
-    const int own = precedence(name);
-    const bool right = isRightAssociative(name);
-    const bool word = name == "and" || name == "or";
-    return operandText(in[0], right ? own + 1 : own) + (word ? " " + name + " " : name) +
-           operandText(in[1], right ? own : own + 1);
+    return out;
 }

@@ -10,13 +10,14 @@ namespace FOperators {
 /// Precedence of a binary operator, 0 if \p symbol is none; a larger one binds closer.
 int precedence(const std::string &symbol);
 bool isRightAssociative(const std::string &symbol);
-/// An expression node; null and the reason if the operands can't be operands.
-FExprBase make(const std::string &symbol, const std::vector<FExprBase> &operands, std::string *why);
+/// An expression node; null, and in \p unfit the operand that can't be one.
+FExprBase make(const std::string &symbol, const std::vector<FExprBase> &operands,
+               std::string *unfit);
 /// Looks a function up, such as sqrt; null if there is none.
 FCmdManager::Info function(const std::string &name);
 std::vector<std::string> functionNames();
+/// Script text of an expression.
 std::string text(const FCmd &node);
-bool needsBrackets(const FCmd &node);
 } // namespace FOperators
 
 /// The prototypes of commands, under their public names.

@@ -120,15 +120,46 @@ FExprBase FCmd::getArgument(unsigned index) const
 
 std::shared_ptr<FObject> FCmd::evaluate() const
 {
+    // The calls of a chain run one after the other, the first one first.
+    std::vector<const FCmd *> receivers;
+    for (const FCmd *one = receiverCommand(); one && !one->isUpToDate();
+         one = one->receiverCommand())
+        receivers.push_back(one);
+    for (; !receivers.empty(); receivers.pop_back())
+        receivers.back()->update(nullptr);
     update(nullptr);
     return mResult.getPtr();
+}
+
+std::vector<const FCmd *> FCmd::commandsIn(const FExprBase &expr)
+{
+    std::vector<const FCmd *> found, todo;
+    const auto add = [&](const FExprBase &one) {
+        if (one.isExpression())
+            todo.push_back(static_cast<const FCmd *>(one.getExpr().get()));
+    };
+    for (add(expr); !todo.empty();) {
+        const FCmd *command = todo.back();
+        todo.pop_back();
+        found.push_back(command);
+        for (size_t i = command->mArguments.size(); i-- > 0;)
+            add(command->mArguments[i]);
+        add(command->mReceiver);
+    }
+    return found;
 }
 
 bool FCmd::execute()
 {
     setOutOfDate(0);
     update(nullptr);
-    return mError.empty();
+    return !mError;
+}
+
+const FReason &FCmd::error() const
+{
+    static const FReason sNone;
+    return mError ? *mError : sNone;
 }
 
 FResult FCmd::callOne(FObject *receiver) const
@@ -185,8 +216,8 @@ FResult FCmd::call() const
         if (list && list->count() == 1)
             receiver = list->getObject(0).getPtr();
         if (!receiver || !receiver->classInfo().isA(*mInfo->receiver))
-            return FResult::fail(mInfo->name + " applies to " + mInfo->receiverName() + ", found " +
-                                 FScriptTypes::describe(mReceiver));
+            return FResult::fail({mInfo->name + " applies to " + mInfo->receiverName(), "",
+                                  FScriptTypes::describe(mReceiver)});
     }
     return callOne(receiver.get());
 }
@@ -198,15 +229,16 @@ void FCmd::doUpdate() const
     FImmediateUpdateBlocker blocker;
     FResult result = call();
     mResult = std::move(result.value);
-    mError = std::move(result.error);
+    mError =
+        result.error.empty() ? nullptr : std::make_unique<const FReason>(std::move(result.error));
     if (mPost)
         mPost(std::static_pointer_cast<const FCmd>(shared_from_this()));
 }
 
-std::shared_ptr<FObject> FCmd::valueObject() const
+bool FCmd::standsFor(std::shared_ptr<FObject> *value) const
 {
-    const std::shared_ptr<FObject> object = evaluate();
-    return object ? object->valueObject() : nullptr;
+    *value = evaluate();
+    return true;
 }
 
 const FClassInfo &FCmd::valueClass() const
@@ -226,26 +258,7 @@ FExprBase FCmd::getCurrentValue(bool *differs) const
     return mInfo->currentValue(receiver.get());
 }
 
-std::string FCmd::argumentText() const
-{
-    std::string text = "(";
-    for (size_t i = 0; i < mArguments.size(); ++i)
-        text += (i ? "," : "") + mArguments[i].toString();
-    return text + ")";
-}
-
-std::string FCmd::scriptText() const
-{
-    if (mInfo->kind == FCommandKind::Operator)
-        return FOperators::text(*this);
-    if (mInfo->kind == FCommandKind::Global)
-        return mInfo->name + argumentText();
-    const FCmd *inner = mReceiver ? mReceiver.getExpr()->isFCmd() : nullptr;
-    std::string text = mReceiver.toString();
-    if (inner && FOperators::needsBrackets(*inner))
-        text = "(" + text + ")";
-    return text + "." + mInfo->name + argumentText();
-}
+std::string FCmd::scriptText() const { return FOperators::text(*this); }
 
 std::string FCreateCmd::scriptText() const
 {

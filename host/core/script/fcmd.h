@@ -2,6 +2,7 @@
 #ifndef FCMD_H
 #define FCMD_H
 #include "fexpr.h"
+#include "fscripterror.h"
 
 #include <functional>
 
@@ -11,14 +12,14 @@ enum class FCommandKind { Creator, Attribute, Member, MutableMember, Global, Ope
 struct FResult
 {
     FExprBase value;
-    std::string error;
-    static FResult fail(std::string why) { return {FExprBase(), std::move(why)}; }
+    FReason error;
+    static FResult fail(FReason why) { return {FExprBase(), std::move(why)}; }
 };
 
-/// What a command answers that has no result but may fail; an empty text is success.
+/// What a command answers that has no result but may fail; an empty reason is success.
 struct FStatus
 {
-    std::string error;
+    FReason error;
     explicit operator bool() const { return error.empty(); }
 };
 
@@ -65,6 +66,8 @@ struct FCommandInfo
     std::string documentationKey() const;
     /// A command that only calculates: it is called anew when its receiver or an argument changes.
     bool pure = false;
+    /// A member that only fills its receiver, as saved projects do; imports may use it.
+    bool fills = false;
     bool isConst() const { return kind == FCommandKind::Member; }
     bool isPure() const { return pure || isConst() || kind == FCommandKind::Operator; }
     size_t requiredArgs() const;
@@ -99,16 +102,19 @@ public:
 
     /// The result of the command, executed if it is stale or never was.
     std::shared_ptr<FObject> evaluate() const;
+    /// The commands of an expression, each before the ones that it is called on and takes.
+    static std::vector<const FCmd *> commandsIn(const FExprBase &expr);
     /// Executes and tells whether that went well; the reason of a failure is error().
     bool execute();
     const FExprBase &result() const { return mResult; }
-    const std::string &error() const { return mError; }
+    const FReason &error() const;
     void doUpdate() const override;
 
-    std::shared_ptr<FObject> valueObject() const override;
+    bool standsFor(std::shared_ptr<FObject> *value) const override;
     const FClassInfo &valueClass() const override;
+    /// Expressions may be of any length, so neither this nor evaluate() calls itself along them.
     std::string scriptText() const override;
-    bool isValid() const override { return mError.empty(); }
+    bool isValid() const override { return !mError; }
     /// Value of the attribute on the receiver, for editors and the project writer.
     FExprBase getCurrentValue(bool *differs = nullptr) const;
 
@@ -122,14 +128,18 @@ protected:
 private:
     FResult callOne(FObject *receiver) const;
     FResult call() const;
-    std::string argumentText() const;
+    const FCmd *receiverCommand() const
+    {
+        return mReceiver.isExpression() ? static_cast<const FCmd *>(mReceiver.getExpr().get())
+                                        : nullptr;
+    }
 
     std::shared_ptr<const FCommandInfo> mInfo;
     FExprBase mReceiver;
     std::vector<FExprBase> mArguments;
     std::function<void(const std::shared_ptr<const FCmd> &)> mPost;
     mutable FExprBase mResult;
-    mutable std::string mError;
+    mutable std::unique_ptr<const FReason> mError; // null for none, as in nearly every node
 };
 
 class FMemberCmd : public FCmd

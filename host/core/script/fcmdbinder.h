@@ -22,7 +22,26 @@ FArg(const char *)->FArg<FNone>;
 template <class D>
 FArg(const char *, D) -> FArg<D>;
 
+/// What a command answers that gives a value or says why there is none.
+template <class T>
+struct FOutcome
+{
+    T value;
+    FReason error;
+};
+
 namespace FBinder {
+template <class R>
+struct FOutcomeOf : std::false_type
+{
+    using Type = R;
+};
+template <class T>
+struct FOutcomeOf<FOutcome<T>> : std::true_type
+{
+    using Type = T;
+};
+
 template <class P, class D>
 constexpr bool kFits = std::is_same_v<D, FNone> || std::is_convertible_v<D, P>;
 
@@ -53,7 +72,7 @@ FArgInfo argInfo(const FArg<D> &arg)
 }
 
 template <class P, class D>
-bool readArg(const FArg<D> &arg, const FExprBase &in, P *value, std::string *why)
+bool readArg(const FArg<D> &arg, const FExprBase &in, P *value, FReason *why)
 {
     if constexpr (!std::is_same_v<D, FNone>)
         if (!in.getExpr()) {
@@ -62,7 +81,7 @@ bool readArg(const FArg<D> &arg, const FExprBase &in, P *value, std::string *why
         }
     if (FScriptType<P>::from(in, value, why))
         return true;
-    *why = std::string("argument ") + arg.name + ": " + *why;
+    *why = why->about(std::string("argument ") + arg.name);
     return false;
 }
 
@@ -71,7 +90,7 @@ FResult convertAndCall(const std::tuple<FArg<D>...> &args, FObject *self,
                        const std::vector<FExprBase> &in, const Fn &fn, std::tuple<P...> *values,
                        std::index_sequence<I...>)
 {
-    std::string why;
+    FReason why;
     const auto given = [&](size_t i) { return i < in.size() ? in[i] : FExprBase(); };
     // All arguments convert, or nothing runs.
     if (!(readArg(std::get<I>(args), given(I), &std::get<I>(*values), &why) && ...))
@@ -82,6 +101,10 @@ FResult convertAndCall(const std::tuple<FArg<D>...> &args, FObject *self,
         return {};
     } else if constexpr (std::is_same_v<R, FStatus>) {
         return FResult::fail(fn(self, std::get<I>(*values)...).error);
+    } else if constexpr (FOutcomeOf<R>::value) {
+        auto outcome = fn(self, std::get<I>(*values)...);
+        return {FScriptType<typename FOutcomeOf<R>::Type>::to(outcome.value),
+                std::move(outcome.error)};
     } else {
         return {FScriptType<std::decay_t<R>>::to(fn(self, std::get<I>(*values)...)), {}};
     }
@@ -102,8 +125,9 @@ std::shared_ptr<FCommandInfo> makeCommand(FCommandKind kind, const FClassInfo *o
     if constexpr (std::is_void_v<R> || std::is_same_v<R, FStatus>) {
         info->returns = "none";
     } else {
-        info->returns = FScriptType<std::decay_t<R>>::name();
-        info->returnClass = FScriptType<std::decay_t<R>>::resultClass();
+        using Type = typename FOutcomeOf<std::decay_t<R>>::Type;
+        info->returns = FScriptType<Type>::name();
+        info->returnClass = FScriptType<Type>::resultClass();
     }
     const std::tuple<FArg<D>...> args(a...);
     info->call = [args, fn](FObject *self, const std::vector<FExprBase> &in) {
@@ -191,6 +215,7 @@ public:
     FCmdBinder &attrAsExpr(bool on) { return mInfo->attrAsExpr = on, *this; }
     FCmdBinder &needsGuiReinit() { return mInfo->needsGuiReinit = true, *this; }
     FCmdBinder &pure() { return mInfo->pure = true, *this; }
+    FCmdBinder &fills() { return mInfo->fills = true, *this; }
     FCmdBinder &requiredCmd(const char *text) { return mInfo->requiredCmd = text, *this; }
     FCmdBinder &menu(const char *entry, int position, const char *icon)
     {

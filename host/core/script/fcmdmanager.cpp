@@ -167,29 +167,28 @@ int fit(const FArgInfo &arg, const FExprBase &given)
 } // namespace
 
 FCmdManager::Info FCommands::pick(const std::vector<FCmdManager::Info> &candidates,
-                                  const std::vector<FExprBase> &arguments, std::string *why)
+                                  const std::vector<FExprBase> &arguments, FReason *why)
 {
     FCmdManager::Info best;
     int bestScore = 0;
     for (const auto &info : candidates) {
         const size_t given = arguments.size();
         if (given > info->args.size()) {
-            *why = "too many arguments, expected " + signature(*info);
+            *why = {"too many arguments", signature(*info), ""};
             continue;
         }
         int score = 0;
         for (size_t i = 0; i < info->args.size() && score >= 0; ++i) {
             const FExprBase argument = i < given ? arguments[i] : FExprBase();
             if (i >= given && !info->args[i].hasDefault) {
-                *why =
-                    "argument " + info->args[i].name + " is missing, expected " + signature(*info);
+                *why = {"argument " + info->args[i].name + " is missing", signature(*info), ""};
                 score = kNoFit;
                 break;
             }
             const int one = fit(info->args[i], argument);
             if (one == kNoFit)
-                *why = "argument " + info->args[i].name + ": expected " + info->args[i].type +
-                       ", found " + FScriptTypes::describe(argument);
+                *why = {"argument " + info->args[i].name, info->args[i].type,
+                        FScriptTypes::describe(argument)};
             score = one == kNoFit ? kNoFit : score + one;
         }
         if (score >= 0 && (!best || score < bestScore)) {

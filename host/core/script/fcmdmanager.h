@@ -41,7 +41,7 @@ namespace FCommands {
 /// Picks the command whose arguments fit the given ones: exact types first, then a whole number
 /// for an unsigned or a real one. Null and the reason in \p why if none fits.
 FCmdManager::Info pick(const std::vector<FCmdManager::Info> &candidates,
-                       const std::vector<FExprBase> &arguments, std::string *why);
+                       const std::vector<FExprBase> &arguments, FReason *why);
 /// "setFileName(QString fileName)" for messages and help.
 std::string signature(const FCommandInfo &info);
 } // namespace FCommands

@@ -27,14 +27,14 @@ FResult asOneStep(const std::string &text, const std::string &line, const std::s
     FResult result = work();
     if (!result.error.empty()) {
         step.rollback();
-        FLogMsg::error("Script", line, result.error, nullptr);
+        FLogMsg::error("Script", line, result.error.text(), nullptr);
     }
     return result;
 }
 
 FResult unknown(const std::string &what, const std::string &name)
 {
-    return FResult::fail("expected " + what + ", found " + name);
+    return FResult::fail(FReason::unexpected(what, name));
 }
 
 FResult run(const std::shared_ptr<FCmd> &command)
@@ -62,7 +62,7 @@ FResult FDispatcher::execute(const std::vector<FExprBase> &receivers, const std:
         const auto object = receiver.getPtr();
         if (!object)
             return FResult::fail("nothing to call " + command + " on");
-        std::string why;
+        FReason why;
         const auto info = FCommands::pick(
             FCmdManager::instance()->getByReceiver(object->classInfo(), command), arguments, &why);
         if (!info)
@@ -88,7 +88,7 @@ FResult FDispatcher::execute(const std::vector<FExprBase> &receivers, const std:
 
 FResult FDispatcher::call(const std::string &function, const std::vector<FExprBase> &arguments)
 {
-    std::string why;
+    FReason why;
     const auto info = FCommands::pick(FCmdManager::instance()->globals(function), arguments, &why);
     if (!info)
         return why.empty() ? unknown("a function", function) : FResult::fail(why);
@@ -102,7 +102,7 @@ FResult FDispatcher::call(const std::string &function, const std::vector<FExprBa
 FResult FDispatcher::create(const std::string &word, const std::string &name,
                             const std::vector<FExprBase> &arguments)
 {
-    std::string why;
+    FReason why;
     const auto info = FCommands::pick(FCmdManager::instance()->creators(word), arguments, &why);
     if (!info)
         return why.empty() ? unknown("the word of a creator", word) : FResult::fail(why);

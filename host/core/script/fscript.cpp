@@ -3,6 +3,7 @@
 
 #include "fbasictype.h"
 #include "fcmdmanager.h"
+#include "fimportrules.h"
 #include "flogmsg.h"
 #include "fmanaged.h"
 #include "fmarloctrl.h"
@@ -11,17 +12,11 @@
 #include "fscripttype.h"
 #include "fupdates.h"
 
-#include <QTextStream>
+#include <algorithm>
 #include <iostream>
 
-std::string FScriptError::toString() const
-{
-    return file + ":" + fromNumber((unsigned long)line, 10) + ":" +
-           fromNumber((unsigned long)column, 10) + ": " + text;
-}
-
-FScriptReader::FScriptReader(std::string source, std::string file)
-    : mLexer(std::move(source))
+FScriptReader::FScriptReader(std::string source, std::string file, size_t firstLine)
+    : mLexer(std::move(source), firstLine)
     , mFile(std::move(file))
 {
 }
@@ -36,26 +31,33 @@ FScriptReader::Nesting::Nesting(FScriptReader *reader)
     }
 }
 
-void FScriptReader::report(size_t offset, const std::string &text)
+FScriptError FScriptReader::errorAt(size_t offset, const FReason &reason) const
 {
     FScriptError error;
     error.file = mFile;
     mLexer.place(offset, &error.line, &error.column);
-    error.text = text;
-    mErrors.push_back(error);
-    if (mLogging)
-        FLogMsg::error("Script", error.toString(), "statement skipped", nullptr);
+    error.reason = reason;
+    return error;
 }
 
-void FScriptReader::failAt(size_t offset, const std::string &text)
+void FScriptReader::report(size_t offset, const FReason &reason)
 {
-    report(offset, text);
+    mErrors.insert(mErrors.end(), reason.causes.begin(), reason.causes.end());
+    mErrors.push_back(errorAt(offset, reason));
+    mErrors.back().reason.causes.clear();
+    if (mLogging)
+        FLogMsg::error("Script", mErrors.back().toString(), "statement skipped", nullptr);
+}
+
+void FScriptReader::failAt(size_t offset, const FReason &reason)
+{
+    report(offset, reason);
     throw Failure();
 }
 
 void FScriptReader::expected(const std::string &what)
 {
-    failAt(mLexer.peek().start, "expected " + what + ", found " + mLexer.found());
+    failAt(mLexer.peek().start, FReason::unexpected(what, mLexer.found()));
 }
 
 void FScriptReader::expectSymbol(const char *symbol, const std::string &what)
@@ -91,7 +93,7 @@ FExprBase FScriptReader::expression()
         if (mLexer.peek().kind != FScriptToken::End)
             expected("the end of the expression");
         if (value && value.valueClass()->isA(FWord::staticClass()))
-            failAt(0, "expected an expression, found the unknown name " + value.toString());
+            failAt(0, FReason::unexpected("an expression", "the unknown name " + value.toString()));
         return value;
     } catch (const Failure &) {
         return FExprBase();
@@ -132,7 +134,7 @@ void FScriptReader::statement()
     const FExprBase expr = parse(0);
     expectSymbol(";", "\";\" behind the statement");
     if (expr && expr.valueClass()->isA(FWord::staticClass()))
-        report(offset, "expected a statement, found the unknown name " + expr.toString());
+        report(offset, FReason::unexpected("a statement", "the unknown name " + expr.toString()));
     else
         execute(expr, offset);
 }
@@ -161,13 +163,14 @@ std::shared_ptr<FObject> FScriptReader::creator()
     if (mLexer.peek().kind != FScriptToken::Name)
         expected("the name of the new object");
     const FScriptToken given = mLexer.take();
-    const auto candidates = FCmdManager::instance()->creators(word.text);
+    auto candidates = FCmdManager::instance()->creators(word.text);
     if (!mLexer.isSymbol("("))
         expected("\"(\" behind the name " + given.text);
     if (candidates.empty())
-        failAt(word.start, "expected a creator command, found \"" + word.text + "\"");
+        failAt(word.start, FReason::unexpected("a creator command", "\"" + word.text + "\""));
+    keepAllowed(&candidates, word.start, word.text);
     const std::vector<FExprBase> args = arguments();
-    std::string why;
+    FReason why;
     const auto info = FCommands::pick(candidates, args, &why);
     if (!info)
         failAt(word.start, why);
@@ -178,19 +181,15 @@ std::shared_ptr<FObject> FScriptReader::creator()
         failAt(word.start, command->error());
     const std::shared_ptr<FObject> object = command->result().getExpr();
     const auto managed = std::dynamic_pointer_cast<FManaged>(object);
-    if (managed && managed->isRegistered() && managed->getName() != given.text)
-        FLogMsg::info(
-            "Script",
-            [&] {
-                FScriptError place;
-                place.file = mFile;
-                mLexer.place(given.start, &place.line, &place.column);
-                place.text = "the name " + given.text +
-                             (FObjectManager::instance()->find(given.text) ? " is taken"
-                                                                           : " is no identifier");
-                return place.toString();
-            }(),
-            "the object is named " + managed->getName(), &std::cout);
+    if (mRules)
+        mMade[given.text] = object;
+    if (managed && managed->isRegistered() && managed->getName() != given.text) {
+        const bool taken = bool(FObjectManager::instance()->find(given.text));
+        const FReason why = "the name " + given.text + (taken ? " is taken" : " is no identifier");
+        const std::string now = "the object is named " + managed->getName();
+        FLogMsg::info("Script", errorAt(given.start, why).toString(), now, &std::cout);
+        mRenamings.push_back(errorAt(given.start, why.text() + ": " + now));
+    }
     if (mLexer.isSymbol("{"))
         block(object);
     else if (mLexer.isSymbol(";"))
@@ -271,10 +270,10 @@ FExprBase FScriptReader::parse(int minimum)
             const FExprBase yes = parse(1);
             expectSymbol(":", "\":\" of the condition");
             const FExprBase no = parse(1);
-            std::string why;
-            left = FOperators::make("?", {left, yes, no}, &why);
+            std::string unfit;
+            left = FOperators::make("?", {left, yes, no}, &unfit);
             if (!left)
-                failAt(offset, "expected a value, found " + why);
+                failAt(offset, FReason::unexpected("a value", unfit));
             continue;
         }
         const int own = token.kind == FScriptToken::Symbol || token.kind == FScriptToken::Name
@@ -284,10 +283,11 @@ FExprBase FScriptReader::parse(int minimum)
             return left;
         const FScriptToken symbol = mLexer.take();
         const FExprBase right = parse(FOperators::isRightAssociative(symbol.text) ? own : own + 1);
-        std::string why;
-        left = FOperators::make(symbol.text, {left, right}, &why);
+        std::string unfit;
+        left = FOperators::make(symbol.text, {left, right}, &unfit);
         if (!left)
-            failAt(symbol.start, "expected a value beside \"" + symbol.text + "\", found " + why);
+            failAt(symbol.start,
+                   FReason::unexpected("a value beside \"" + symbol.text + "\"", unfit));
     }
 }
 
@@ -307,10 +307,11 @@ FExprBase FScriptReader::unary()
             if (const auto i = operand.ptr<FInteger>())
                 return FExprBase(f_make_shared<FInteger>(-i->value()));
         }
-        std::string why;
-        const FExprBase node = FOperators::make(symbol.text, {operand}, &why);
+        std::string unfit;
+        const FExprBase node = FOperators::make(symbol.text, {operand}, &unfit);
         if (!node)
-            failAt(symbol.start, "expected a value behind \"" + symbol.text + "\", found " + why);
+            failAt(symbol.start,
+                   FReason::unexpected("a value behind \"" + symbol.text + "\"", unfit));
         return node;
     }
     return postfix(primary());
@@ -333,11 +334,11 @@ FExprBase FScriptReader::postfix(FExprBase value)
 FExprBase FScriptReader::call(const FExprBase &receiver, const FScriptToken &word)
 {
     const std::vector<FExprBase> args = arguments();
+    const std::string wanted = "an object to call " + word.text + " on";
     if (!receiver)
-        failAt(word.start, "expected an object to call " + word.text + " on, found nothing");
+        failAt(word.start, FReason::unexpected(wanted, "nothing"));
     if (receiver.valueClass()->isA(FWord::staticClass()))
-        failAt(word.start, "expected an object to call " + word.text +
-                               " on, found the unknown name " + receiver.toString());
+        failAt(word.start, FReason::unexpected(wanted, "the unknown name " + receiver.toString()));
     // A parameter is an object with commands of its own, besides standing for its value.
     const FClassInfo &klass =
         receiver.isExpression() ? *receiver.valueClass() : receiver.getExpr()->classInfo();
@@ -347,12 +348,13 @@ FExprBase FScriptReader::call(const FExprBase &receiver, const FScriptToken &wor
             if (const auto first = list->getObject(0).getPtr())
                 candidates = FCmdManager::instance()->getByReceiver(first->classInfo(), word.text);
     if (candidates.empty())
-        failAt(word.start, std::string("expected a command of ") + klass.name + ", found \"" +
-                               word.text + "\"");
-    std::string why;
+        failAt(word.start, FReason::unexpected(std::string("a command of ") + klass.name,
+                                               "\"" + word.text + "\""));
+    keepAllowed(&candidates, word.start, word.text);
+    FReason why;
     const auto info = FCommands::pick(candidates, args, &why);
     if (!info)
-        failAt(word.start, word.text + ": " + why);
+        failAt(word.start, why.about(word.text));
     const auto node = FCmd::make(info);
     node->setReceiver(receiver);
     node->setArguments(args);
@@ -440,17 +442,18 @@ FExprBase FScriptReader::name()
         if (function)
             candidates.insert(candidates.begin(), function);
         if (candidates.empty())
-            failAt(word.start, "expected a function, found \"" + word.text + "\"");
+            failAt(word.start, FReason::unexpected("a function", "\"" + word.text + "\""));
+        keepAllowed(&candidates, word.start, word.text);
         const std::vector<FExprBase> args = arguments();
-        std::string why;
+        FReason why;
         const auto info = FCommands::pick(candidates, args, &why);
         if (!info)
-            failAt(word.start, word.text + ": " + why);
+            failAt(word.start, why.about(word.text));
         const auto node = FCmd::make(info);
         node->setArguments(args);
         return FExprBase(node);
     }
-    if (const auto object = FObjectManager::instance()->find(word.text))
+    if (const auto object = findObject(word.text))
         return FExprBase(object);
     if (word.text == "nan")
         return FExprBase(f_make_shared<FDouble>(quietNan()));
@@ -459,20 +462,34 @@ FExprBase FScriptReader::name()
     return FExprBase(f_make_shared<FWord>(word.text));
 }
 
-FExprBase FScript::parseExpression(const std::string &text, std::vector<FScriptError> *errors)
+void FScriptReader::keepAllowed(Candidates *candidates, size_t offset, const std::string &word)
+{
+    if (!mRules)
+        return;
+    const auto end = std::remove_if(candidates->begin(), candidates->end(),
+                                    [&](const auto &info) { return !mRules->allows(*info); });
+    candidates->erase(end, candidates->end());
+    if (candidates->empty())
+        failAt(offset, FReason::unexpected("data only, as this comes from elsewhere",
+                                           "the command \"" + word + "\""));
+}
+
+std::shared_ptr<FObject> FScriptReader::findObject(const std::string &name) const
+{
+    if (!mRules)
+        return FObjectManager::instance()->find(name);
+    const auto at = mMade.find(name);
+    return at == mMade.end() ? nullptr : at->second;
+}
+
+FExprBase FScript::parseExpression(const std::string &text, std::vector<FScriptError> *errors,
+                                   const FImportRules *rules)
 {
     FScriptReader reader(text, "expression");
     reader.setLogging(false);
+    reader.setRules(rules);
     const FExprBase value = reader.expression();
     if (errors)
         *errors = reader.errors();
     return value;
-}
-
-bool FCmdInput::run()
-{
-    if (!mStream)
-        return true;
-    FScriptReader reader(S(mStream->readAll()), mFile);
-    return reader.run();
 }

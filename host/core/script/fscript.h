@@ -2,18 +2,11 @@
 #ifndef FSCRIPT_H
 #define FSCRIPT_H
 #include "fcmd.h"
+#include "fscripterror.h"
 #include "fscriptlexer.h"
 
+class FImportRules;
 class FManaged;
-
-/// An error in a script.
-struct FScriptError
-{
-    std::string file;
-    size_t line = 0, column = 0;
-    std::string text; ///< what was expected and found
-    std::string toString() const;
-};
 
 /// Reads a script and executes it statement by statement. Errors go to the log, with place, found
 /// and expected, and the reading goes on with the next statement.
@@ -23,26 +16,36 @@ public:
     static constexpr int kMaxNesting = 100;
     static constexpr size_t kMaxList = 1000000;
 
-    FScriptReader(std::string source, std::string file);
+    /// \p firstLine: the number of the first line, for a part of a file.
+    FScriptReader(std::string source, std::string file, size_t firstLine = 1);
 
     /// Executes all statements; true if there was no error.
     bool run();
     /// Parses the whole source as one expression, without executing it.
     FExprBase expression();
     const std::vector<FScriptError> &errors() const { return mErrors; }
+    /// Objects that got another name than the script gives them.
+    const std::vector<FScriptError> &renamings() const { return mRenamings; }
     /// Result of the last statement that was an expression.
     const FExprBase &lastResult() const { return mLast; }
     /// Errors are logged as they come unless this is off.
     void setLogging(bool on) { mLogging = on; }
+    /// Takes the script as data from elsewhere: it may say what the rules allow, and knows the
+    /// objects only that it has made itself. They must outlive the reader.
+    void setRules(const FImportRules *rules) { mRules = rules; }
 
 private:
     struct Failure
     {
     };
-    [[noreturn]] void failAt(size_t offset, const std::string &text);
+    [[noreturn]] void failAt(size_t offset, const FReason &reason);
     [[noreturn]] void expected(const std::string &what);
     void expectSymbol(const char *symbol, const std::string &what);
-    void report(size_t offset, const std::string &text);
+    void report(size_t offset, const FReason &reason);
+    FScriptError errorAt(size_t offset, const FReason &reason) const;
+    using Candidates = std::vector<std::shared_ptr<const FCommandInfo>>;
+    void keepAllowed(Candidates *candidates, size_t offset, const std::string &word);
+    std::shared_ptr<FObject> findObject(const std::string &name) const;
 
     void statement();
     bool keyLine();
@@ -69,29 +72,18 @@ private:
 
     FScriptLexer mLexer;
     std::string mFile;
-    std::vector<FScriptError> mErrors;
+    std::vector<FScriptError> mErrors, mRenamings;
+    const FImportRules *mRules = nullptr;
+    std::map<std::string, std::shared_ptr<FObject>> mMade; // under rules only
     FExprBase mLast;
     int mDepth = 0;
     bool mLogging = true;
 };
 
 namespace FScript {
-/// \p text as an expression, null if it is none. Errors go to \p errors or nowhere.
-FExprBase parseExpression(const std::string &text, std::vector<FScriptError> *errors = nullptr);
+/// \p text as an expression, null if it is none. Errors go to \p errors or nowhere. With \p rules
+/// it is data from elsewhere and refers to no object.
+FExprBase parseExpression(const std::string &text, std::vector<FScriptError> *errors = nullptr,
+                          const FImportRules *rules = nullptr);
 } // namespace FScript
-
-class QTextStream;
-
-/// Executes what a stream holds, command by command. Never throws.
-class FCmdInput
-{
-public:
-    void setStream(QTextStream &stream) { mStream = &stream; }
-    void setFile(const std::string &file) { mFile = file; }
-    bool run();
-
-private:
-    QTextStream *mStream = nullptr;
-    std::string mFile = "script";
-};
 #endif

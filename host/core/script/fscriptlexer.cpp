@@ -4,6 +4,7 @@
 #include "ftext.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace {
 bool isNameStart(unsigned char c) { return std::isalpha(c) || c == '_' || c >= 0x80; }
@@ -14,8 +15,9 @@ bool isDigit(const std::string &source, size_t at)
 }
 } // namespace
 
-FScriptLexer::FScriptLexer(std::string source)
+FScriptLexer::FScriptLexer(std::string source, size_t firstLine)
     : mSource(std::move(source))
+    , mKnownLine(firstLine)
 {
     if (mSource.compare(0, 3, "\xEF\xBB\xBF") == 0)
         mSource.replace(0, 3, "   ");
@@ -112,6 +114,10 @@ FScriptToken FScriptLexer::scan(size_t from) const
             token.text = close == std::string::npos ? "a text without closing quote"
                                                     : "a text of more than 1 GiB";
             token.end = close == std::string::npos ? mSource.size() : close + 1;
+        } else if (std::memchr(&mSource[at], 0, close - at)) {
+            token.kind = FScriptToken::Bad;
+            token.text = "a text with a zero character";
+            token.end = close + 1;
         } else {
             token.kind = FScriptToken::Text;
             token.text = FLiteral::unquoted(mSource, at, close);
@@ -157,22 +163,32 @@ void FScriptLexer::skipLine()
     mToken = scan(end == std::string::npos ? mSource.size() : end + 1);
 }
 
+// Counts on from the place that was asked for last, or back: a line may hold many errors.
 void FScriptLexer::place(size_t offset, size_t *line, size_t *column) const
 {
+    const auto countIn = [this](size_t from, size_t to) {
+        return size_t(std::count_if(
+            mSource.begin() + long(from), mSource.begin() + long(to),
+            [](char c) { return (c & 0xC0) != 0x80; }));
+    };
+    const auto linesIn = [this](size_t from, size_t to) {
+        return size_t(std::count(mSource.begin() + long(from), mSource.begin() + long(to), '\n'));
+    };
     offset = std::min(offset, mSource.size());
-    if (offset < mKnownOffset) {
-        mKnownOffset = mKnownLineStart = 0;
-        mKnownLine = 1;
-    }
-    for (size_t at = mKnownOffset; (at = mSource.find('\n', at)) < offset;) {
-        mKnownLineStart = ++at;
-        ++mKnownLine;
+    const bool back = offset < mKnownOffset;
+    const size_t from = std::min(offset, mKnownOffset), to = std::max(offset, mKnownOffset);
+    const size_t lines = linesIn(from, to);
+    if (lines == 0) {
+        const size_t moved = countIn(from, to);
+        mKnownColumn = back ? mKnownColumn - moved : mKnownColumn + moved;
+    } else {
+        const size_t end = offset == 0 ? std::string::npos : mSource.rfind('\n', offset - 1);
+        mKnownColumn = 1 + countIn(end == std::string::npos ? 0 : end + 1, offset);
+        mKnownLine = back ? mKnownLine - lines : mKnownLine + lines;
     }
     mKnownOffset = offset;
     *line = mKnownLine;
-    *column = size_t(1 + std::count_if(mSource.begin() + long(mKnownLineStart),
-                                       mSource.begin() + long(offset),
-                                       [](char c) { return (c & 0xC0) != 0x80; }));
+    *column = mKnownColumn;
 }
 
 std::string FScriptLexer::found() const

@@ -17,7 +17,8 @@ struct FScriptToken
 class FScriptLexer
 {
 public:
-    explicit FScriptLexer(std::string source);
+    /// \p firstLine: the number of the first line, for a part of a file.
+    explicit FScriptLexer(std::string source, size_t firstLine = 1);
 
     const FScriptToken &peek() const { return mToken; }
     FScriptToken take();
@@ -54,6 +55,6 @@ private:
     std::string mSource;
     FScriptToken mToken;
     bool mInList = false;
-    mutable size_t mKnownOffset = 0, mKnownLine = 1, mKnownLineStart = 0;
+    mutable size_t mKnownOffset = 0, mKnownLine, mKnownColumn = 1; // of the place last asked for
 };
 #endif

@@ -3,6 +3,7 @@
 #define FSCRIPTTYPE_H
 #include "fbasictype.h"
 #include "fenum.h"
+#include "fscripterror.h"
 
 #include <limits>
 
@@ -15,9 +16,9 @@ struct FScriptType;
 
 namespace FScriptTypes {
 std::string describe(const FExprBase &expr);
-inline bool fail(const FExprBase &found, const char *expected, std::string *why)
+inline bool fail(const FExprBase &found, const char *expected, FReason *why)
 {
-    *why = std::string("expected ") + expected + ", found " + describe(found);
+    *why = FReason::unexpected(expected, describe(found));
     return false;
 }
 } // namespace FScriptTypes
@@ -34,7 +35,7 @@ struct FScriptType<double> : FScriptNative<double>
 {
     static std::string name() { return "double"; }
     static const FClassInfo *resultClass() { return &FDouble::staticClass(); }
-    static bool from(const FExprBase &expr, double *value, std::string *why)
+    static bool from(const FExprBase &expr, double *value, FReason *why)
     {
         return (!dynamic_cast<FBool *>(expr.getValueObject().get()) &&
                 FConvert::toDouble(expr, value)) ||
@@ -48,7 +49,7 @@ struct FScriptType<int> : FScriptNative<int>
 {
     static std::string name() { return "int"; }
     static const FClassInfo *resultClass() { return &FInteger::staticClass(); }
-    static bool from(const FExprBase &expr, int *value, std::string *why)
+    static bool from(const FExprBase &expr, int *value, FReason *why)
     {
         long long whole;
         if (!FConvert::toInt(expr, &whole) || whole != int(whole))
@@ -64,7 +65,7 @@ struct FScriptType<unsigned> : FScriptNative<unsigned>
 {
     static std::string name() { return "unsigned"; }
     static const FClassInfo *resultClass() { return &FUnsigned::staticClass(); }
-    static bool from(const FExprBase &expr, unsigned *value, std::string *why)
+    static bool from(const FExprBase &expr, unsigned *value, FReason *why)
     {
         long long whole;
         if (!FConvert::toInt(expr, &whole) || whole < 0 || whole > 0xffffffffLL)
@@ -80,7 +81,7 @@ struct FScriptType<bool> : FScriptNative<bool>
 {
     static std::string name() { return "bool"; }
     static const FClassInfo *resultClass() { return &FBool::staticClass(); }
-    static bool from(const FExprBase &expr, bool *value, std::string *why)
+    static bool from(const FExprBase &expr, bool *value, FReason *why)
     {
         return FConvert::toBool(expr, value) || FScriptTypes::fail(expr, "true or false", why);
     }
@@ -92,7 +93,7 @@ struct FScriptType<std::string> : FScriptNative<std::string>
 {
     static std::string name() { return "string"; }
     static const FClassInfo *resultClass() { return &FString::staticClass(); }
-    static bool from(const FExprBase &expr, std::string *value, std::string *why)
+    static bool from(const FExprBase &expr, std::string *value, FReason *why)
     {
         return FConvert::toText(expr, value) || FScriptTypes::fail(expr, "a text in quotes", why);
     }
@@ -107,7 +108,7 @@ struct FScriptType<QString> : FScriptNative<QString>
 {
     static std::string name() { return "QString"; }
     static const FClassInfo *resultClass() { return &FString::staticClass(); }
-    static bool from(const FExprBase &expr, QString *value, std::string *why)
+    static bool from(const FExprBase &expr, QString *value, FReason *why)
     {
         std::string text;
         if (!FScriptType<std::string>::from(expr, &text, why))
@@ -132,7 +133,7 @@ struct FScriptType<FUtf8Text> : FScriptNative<FUtf8Text>
 {
     static std::string name() { return FScriptType<QString>::name(); }
     static const FClassInfo *resultClass() { return &FString::staticClass(); }
-    static bool from(const FExprBase &expr, FUtf8Text *value, std::string *why)
+    static bool from(const FExprBase &expr, FUtf8Text *value, FReason *why)
     {
         const auto object = std::dynamic_pointer_cast<FString>(expr.getValueObject());
         if (object)
@@ -147,7 +148,7 @@ struct FScriptType<FExprBase> : FScriptNative<FExprBase>
 {
     static std::string name() { return "FObject"; }
     static const FClassInfo *klass() { return &FObject::staticClass(); }
-    static bool from(const FExprBase &expr, FExprBase *value, std::string *)
+    static bool from(const FExprBase &expr, FExprBase *value, FReason *)
     {
         *value = expr;
         return true;
@@ -162,7 +163,7 @@ struct FScriptType<FExpr<T, B>>
     static std::string name() { return T::className(); }
     static const FClassInfo *klass() { return &T::staticClass(); }
     static const FClassInfo *resultClass() { return &T::staticClass(); }
-    static bool from(const FExprBase &expr, FExpr<T, B> *value, std::string *why)
+    static bool from(const FExprBase &expr, FExpr<T, B> *value, FReason *why)
     {
         if (const FClassInfo *found = expr.valueClass()) {
             const bool fits =
@@ -195,7 +196,7 @@ struct FScriptType<std::vector<FExpr<T, true>>>
     static std::string name() { return "FCONTAINER"; }
     static const FClassInfo *klass() { return &FObjectList::staticClass(); }
     static const FClassInfo *resultClass() { return &FObjectList::staticClass(); }
-    static bool from(const FExprBase &expr, std::vector<FExpr<T, true>> *value, std::string *why)
+    static bool from(const FExprBase &expr, std::vector<FExpr<T, true>> *value, FReason *why)
     {
         const auto list = expr.ptr<FObjectList>();
         if (!list)
@@ -224,7 +225,7 @@ struct FScriptType<std::vector<std::string>> : FScriptNative<std::vector<std::st
 {
     static std::string name() { return "strings"; }
     static const FClassInfo *resultClass() { return &FObjectList::staticClass(); }
-    static bool from(const FExprBase &expr, std::vector<std::string> *value, std::string *why)
+    static bool from(const FExprBase &expr, std::vector<std::string> *value, FReason *why)
     {
         const auto list = expr.ptr<FObjectList>();
         if (!list)
@@ -253,7 +254,7 @@ struct FScriptEnum
     static std::string name() { return FEnum<T>::className(); }
     static const FClassInfo *klass() { return nullptr; }
     static const FClassInfo *resultClass() { return &FEnum<T>::staticClass(); }
-    static bool from(const FExprBase &expr, T *value, std::string *why)
+    static bool from(const FExprBase &expr, T *value, FReason *why)
     {
         const auto object = expr.getValueObject();
         std::string text;

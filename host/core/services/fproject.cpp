@@ -10,9 +10,9 @@
 #include "fsafefile.h"
 #include "fscript.h"
 #include "fselectionset.h"
+#include "fuserfile.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QTextStream>
 #include <unordered_set>
@@ -36,50 +36,37 @@ bool FProject::load(const QString &path)
     setPath(path);
     const std::string name = S(path);
     mErrors.clear();
-    const auto fail = [&](size_t line, const std::string &text) {
-        FScriptError error;
-        error.file = name;
-        error.line = line;
-        error.text = text;
-        mErrors.push_back(error);
+    mRenamings.clear();
+    const auto fail = [&](size_t line, const FReason &reason) {
+        mErrors.push_back({name, line, 0, reason});
         return false;
     };
-    QFile file(path);
-    if (QFileInfo(path).isDir() || !file.open(QIODevice::ReadOnly)) {
-        const std::string why =
-            QFileInfo(path).isDir() ? "it is a directory" : S(file.errorString());
-        FLogMsg::error("Project", "Could not open file " + name + " for reading", why, nullptr);
-        return fail(0, "the file can't be opened: " + why);
-    }
     std::string text;
-    if (file.isSequential()) {
-        text = file.readAll().toStdString();
-    } else {
-        FLargeText::reserve(&text, size_t(file.size()));
-        text.resize(size_t(file.size()));
-        const qint64 got = file.read(&text[0], file.size());
-        if (got != file.size() || !file.atEnd()) {
-            const std::string why = got < 0 ? S(file.errorString()) : "it changed meanwhile";
-            FLogMsg::error("Project", "Could not read file " + name, why, nullptr);
-            return fail(0, "the file can't be read: " + why);
-        }
+    QString why;
+    if (!FUserFile::read(path, &text, &why)) {
+        FLogMsg::error("Project", "Could not open file " + name + " for reading", S(why), nullptr);
+        return fail(0, "the file can't be opened: " + S(why));
     }
-    const size_t bad = FUtf8::firstBadByte(text.data(), text.size());
+    const size_t zero = text.find('\0'), other = FUtf8::firstBadByte(text.data(), text.size());
+    const size_t bad = std::min(zero, other);
     if (bad != std::string::npos) {
         const auto line = 1 + std::count(text.begin(), text.begin() + std::ptrdiff_t(bad), '\n');
-        const std::string found = "expected UTF-8 text, found the byte 0x" +
-                                  S(QString::number(uchar(text[bad]), 16).toUpper());
-        FLogMsg::error("Project", name + ":" + std::to_string(line) + ": " + found,
-                       "nothing was loaded", nullptr);
-        return fail(size_t(line), found);
+        const FReason reason = FReason::unexpected(
+            "UTF-8 text", "the byte 0x" + S(QString::number(uchar(text[bad]), 16).toUpper()));
+        fail(size_t(line), reason);
+        FLogMsg::error("Project", mErrors.back().toString(), "nothing was loaded", nullptr);
+        return false;
     }
     FScriptReader reader(std::move(text), name);
     bool ok;
     {
         const FLoadingScope loading;
+        mIsLoading = true;
         ok = reader.run();
+        mIsLoading = false;
     }
-    mErrors = reader.errors();
+    mErrors.insert(mErrors.begin(), reader.errors().begin(), reader.errors().end());
+    mRenamings = reader.renamings();
     FHistory::instance()->clear();
     std::vector<std::shared_ptr<FObject>> objects;
     for (const auto &object : FObjectManager::instance()->all())
@@ -176,13 +163,24 @@ QString FProject::text() const
 
 bool FProject::save(const QString &path, QString *why)
 {
-    if (!FSafeFile::write(path, utf8(), why))
+    const QByteArray bytes = utf8();
+    if (bytes.size() > FUserFile::kMostBytes) { // it could not be loaded again
+        *why = QStringLiteral("The project can't be saved: ") + FUserFile::tooLarge(bytes.size());
+        return false;
+    }
+    if (!FSafeFile::write(path, bytes, why))
         return false;
     if (QFileInfo(path).absoluteFilePath() == mPath) {
         FHistory::instance()->markClean();
         FChanges::noteProject(FChanges::Saved);
     }
     return true;
+}
+
+void FProject::noteLoadError(const std::string &object, const FReason &reason)
+{
+    if (mIsLoading)
+        mErrors.push_back({S(mPath), 0, 0, reason.about(object)});
 }
 
 void FProject::clear()
@@ -196,6 +194,7 @@ void FProject::clear()
     FLogMsg::clear();
     mPath.clear();
     mErrors.clear();
+    mRenamings.clear();
     const FLoadingScope unrecorded;
     for (const auto &starter : mStarters)
         starter();

@@ -8,6 +8,7 @@
 #include <vector>
 
 class FManaged;
+struct FReason;
 struct FScriptError;
 
 /// The project: a script that makes its objects.
@@ -24,6 +25,11 @@ public:
     /// What was wrong with the project that was loaded last; errors of the file as a whole have no
     /// line.
     const std::vector<FScriptError> &errors() const { return mErrors; }
+    /// Objects of that project that got other names than its file gives them.
+    const std::vector<FScriptError> &renamings() const { return mRenamings; }
+    /// Adds to errors() what goes wrong behind a statement, while a project is loaded; what is
+    /// there is as good as before.
+    void noteLoadError(const std::string &object, const FReason &reason);
     /// Writes the project whole or not at all.
     bool save(const QString &path, QString *why);
     /// The project as a script: suppliers before what refers to them, else in the order of
@@ -43,7 +49,8 @@ public:
 
 private:
     QString mPath;
-    std::vector<FScriptError> mErrors;
+    std::vector<FScriptError> mErrors, mRenamings;
+    bool mIsLoading = false;
     std::vector<std::function<void()>> mStarters;
 };
 #endif

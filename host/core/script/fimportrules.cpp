@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "fimportrules.h"
+
+#include "fcmdmanager.h"
+
+#include <algorithm>
+
+bool FImportRules::allows(const FCommandInfo &command) const
+{
+    const auto understood = [&](const FClassInfo *made) {
+        return command.receiver && made->isA(*command.receiver) &&
+               !FCmdManager::instance()->isHidden(*made, command);
+    };
+    switch (command.kind) {
+    case FCommandKind::Creator:
+        return std::find(mClasses.begin(), mClasses.end(), command.receiver) != mClasses.end();
+    case FCommandKind::Attribute:
+        return command.saved && std::any_of(mClasses.begin(), mClasses.end(), understood);
+    case FCommandKind::Member:
+    case FCommandKind::MutableMember:
+        return (command.isConst() || command.fills) &&
+               std::any_of(mClasses.begin(), mClasses.end(), understood);
+    case FCommandKind::Global:
+        return command.pure;
+    case FCommandKind::Operator:
+        return true;
+    }
+    return false;
+}
