@@ -1,7 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-// Undo and redo of whatever scripts can do: the saved bytes tell whether anything was lost.
+// Undo and redo of whatever scripts can do: the saved bytes tell whether anything was lost, and a
+// mirror that only the change feed tells must show it.
+#include "fdefinitiongenint.h"
+#include "fdispatcher.h"
+#include "fgenintcomputation.h"
+#include "fgenintresultsfile.h"
+#include "fgenintworkbench.h"
 #include "fhistory.h"
 #include "fmarloctrl.h"
+#include "mirror.h"
 #include "modeltest.h"
 #include "statements.h"
 #include "testseed.h"
@@ -33,6 +40,8 @@ private Q_SLOTS:
     void everyStepCanBeUndoneAndRedone();
     void listsComeBackWithTheirElements();
     void refusedStatementsLeaveNoStep();
+    void workbenchHearsOfUndoToo();
+    void oldestStepsGoBeyondTheLimit();
 
 private:
     ModelTest mModel;
@@ -50,6 +59,11 @@ void TestHistory::everyStepCanBeUndoneAndRedone()
 {
     QFETCH(unsigned, seed);
     Statements statements(seed);
+    Mirror mirror;
+    const auto mirrored = [&] {
+        QCoreApplication::processEvents();
+        return mirror.picture.difference(Picture::fresh());
+    };
     FHistory *history = FHistory::instance();
     // A block of members makes several steps; what is known of a step is the text behind it.
     std::map<size_t, std::pair<QString, QString>> known{
@@ -71,6 +85,8 @@ void TestHistory::everyStepCanBeUndoneAndRedone()
         QVERIFY2(history->stepCount() > before->first || text == before->second.second,
                  qPrintable("no step for " + statement));
         known[history->stepCount()] = {statement, text};
+        if (i % 3 == 0)
+            QCOMPARE(mirrored(), QString());
     }
     const size_t all = history->stepCount();
     QVERIFY(known.size() > 40);
@@ -81,8 +97,10 @@ void TestHistory::everyStepCanBeUndoneAndRedone()
     for (int round = 0; round < 2; ++round) {
         while (history->canUndo())
             QVERIFY(history->undo() && agrees("undo to "));
+        QCOMPARE(mirrored(), QString());
         while (history->canRedo())
             QVERIFY(history->redo() && agrees("redo to "));
+        QCOMPARE(mirrored(), QString());
         QCOMPARE(history->stepCount(), all);
     }
     // What is saved loads to the same bytes.
@@ -131,6 +149,83 @@ void TestHistory::refusedStatementsLeaveNoStep()
           "v.setValue(\"none\",1);", "parameter c(none+1);"})
         QVERIFY2(!ModelTest::run(statement).isEmpty(), statement);
     QCOMPARE(FHistory::instance()->stepCount(), before);
+}
+
+void TestHistory::workbenchHearsOfUndoToo()
+{
+    struct Workbench : FGenIntWorkbench
+    {
+        QStringList heard;
+        void refreshCommandFileEditors(const FDefinitionGenInt *d) override { note("texts", d); }
+        void refreshResultsFileEditors(const FGenIntResultsFile *f) override { note("rules", f); }
+        void definitionChanged(const FDefinitionGenInt *d) override { note("structure", d); }
+        void setTitles(const FGenIntComputation *, const std::string &name) override
+        {
+            heard << "title " + Q(name);
+        }
+        void note(const char *what, const FManaged *object)
+        {
+            QVERIFY(!FHistory::instance()->isTransactionOpen());
+            heard << what + (" " + Q(object->getName()));
+        }
+        QStringList turn()
+        {
+            QCoreApplication::processEvents();
+            QStringList all = heard;
+            heard.clear();
+            all.sort();
+            return all;
+        }
+    } workbench;
+    ModelTest::run("genericIntegrationCommandFile t() { .setContent(\"<entry>a</entry>\"); }"
+                   "genericIntegrationResultsFile r() {}"
+                   "genericIntegrationDefinition d() { .addEntry(\"a\",1.0); .setFiles([t,r]); }"
+                   "genericIntegrationConfiguration c() { .setDefinition(d); }"
+                   "genericIntegrationComputation k() { .setConfiguration(c); }");
+    QCoreApplication::processEvents();
+    FGenIntWorkbench::setInstance(&workbench);
+    const std::pair<const char *, QStringList> steps[] = {
+        {"d.renameEntry(\"a\",\"b\");", {"structure d", "texts d"}},
+        {"r.setFileName(\"out.txt\");", {"rules r"}},
+        {"k.setName(\"run\");", {"title run"}},
+        {"c.setEntry(\"b\",5);", {"structure d"}}};
+    for (const auto &step : steps) {
+        QCOMPARE(ModelTest::run(step.first), QStringList());
+        QCOMPARE(workbench.turn(), step.second);
+    }
+    for (int i = 3; i >= 0; --i) {
+        QVERIFY(FHistory::instance()->undo());
+        const QStringList heard = workbench.turn();
+        QCOMPARE(heard, i == 2 ? QStringList{"title k"} : steps[i].second);
+    }
+    FGenIntWorkbench::setInstance(nullptr);
+    ModelTest::run("k.setName(\"other\");");
+    QCOMPARE(workbench.turn(), QStringList());
+}
+
+void TestHistory::oldestStepsGoBeyondTheLimit()
+{
+    ModelTest::run("genericIntegrationCommandFile t() { .setFileName(\"t\"); }");
+    FHistory *history = FHistory::instance();
+    const FExprBase t(ModelTest::object<FManaged>("t"));
+    const size_t limit = history->limit();
+    history->setLimit(1 << 20);
+    for (int i = 0; i < 40; ++i) {
+        const std::string text(size_t(100000), char('a' + i % 26));
+        FDispatcher::execute(t, "setContent", {FExprBase(f_make_shared<FString>(text))});
+        if (i % 4 == 0) // shares the text: costs next to nothing
+            FDispatcher::execute(t, "setForceWindowsLineEndings",
+                                 {FExprBase(f_make_shared<FBool>(i % 8 == 0))});
+    }
+    QVERIFY(history->bytes() <= size_t(1 << 20));
+    QVERIFY2(history->stepCount() >= 7 && history->stepCount() < 20,
+             std::to_string(history->stepCount()).c_str());
+    QVERIFY(!history->isClean());
+    while (history->canUndo())
+        history->undo();
+    QVERIFY(!history->isClean()); // the clean state is out of reach
+    QCOMPARE(ModelTest::log().filter("oldest steps").size(), 1);
+    history->setLimit(limit);
 }
 
 QTEST_GUILESS_MAIN(TestHistory)

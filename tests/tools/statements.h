@@ -10,8 +10,10 @@
 class Statements
 {
 public:
-    explicit Statements(unsigned seed)
+    /// With \p hostOnly none that need classes beyond parameters and designs.
+    explicit Statements(unsigned seed, bool hostOnly = false)
         : mRandom(seed)
+        , mHostOnly(hostOnly)
     {
     }
 
@@ -27,6 +29,9 @@ public:
             p + ".addDocu(\"say \\\"" + n + "\\\"\",\"Description\");",
             "design " + name("v") + "() { .setValue(\"" + p + "\"," + n + "); }",
             name("v") + ".setValue(\"" + p + "\"," + name("p") + "*2);",
+            name("v") + ".unsetValue(\"" + p + "\");",
+            name("v") + ".duplicate(\"" + name("v") + "\");",
+            name(QString("pv").mid(below(2), 1)) + ".destroy();", // the last for the host alone
             "genericIntegrationCommandFile " + t + "() { .setFileName(\"" + t + ".txt\"); }",
             t + ".setContent(\"a <entry>" + e + "</entry>" + n + " \xc3\xa4\");",
             t + ".setForceWindowsLineEndings(" + (below(2) ? "true" : "false") + ");",
@@ -47,13 +52,11 @@ public:
             k + ".setArguments(\"-n " + n + "\");",
             k + ".setEnvironment([\"A=" + n + "\"]);",
             k + ".setTimeout(" + n + ");",
-            name("v") + ".unsetValue(\"" + p + "\");",
-            name("v") + ".duplicate(\"" + name("v") + "\");",
             d + ".removeFile(" + t + ");",
             d + ".addFile(" + r + ");",
             r + ".changeValue(\"v" + n + "\",2,1,\"x\",Last);",
             name(QString("prtdckv").mid(below(7), 1)) + ".destroy();"};
-        return all[below(all.size())];
+        return all[below(mHostOnly ? 9 : all.size())];
     }
     /// Any managed object, or null.
     std::shared_ptr<FManaged> object()
@@ -66,5 +69,6 @@ private:
     QString name(const QString &stem) { return stem + QString::number(below(3)); }
     QString entry() { return QString(below(2) ? "g|" : "") + QChar('a' + below(4)); }
     std::mt19937 mRandom;
+    bool mHostOnly;
 };
 #endif

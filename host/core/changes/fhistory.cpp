@@ -55,6 +55,7 @@ void FHistory::commit(bool keep)
     if (!keep) {
         const Step dropped = std::exchange(mCurrent, Step());
         std::vector<Restore> states;
+        states.reserve(touched.size());
         for (const std::shared_ptr<FObject> &object : touched)
             states.push_back({object, object->recordedState(), true});
         putBack(states, dropped.removed, dropped.created);

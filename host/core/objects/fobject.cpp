@@ -58,7 +58,7 @@ const FClassInfo &FObject::staticClass()
 }
 
 FObject::FObject(const FObject &other)
-    : std::enable_shared_from_this<FObject>()
+    : std::enable_shared_from_this<FObject>() // NOLINT(bugprone-copy-constructor-init): new owner
     , mDocu(other.mDocu)
 {
 }

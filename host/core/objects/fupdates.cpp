@@ -28,10 +28,10 @@ std::vector<FObject *> gPending; // holes are null
 bool gFlushing = false;
 bool gPosted = false;
 
-std::string describe(const FObject *object)
+std::string describe(const FObject &object)
 {
-    const auto managed = dynamic_cast<const FManaged *>(object);
-    return managed ? managed->getName() : object->scriptText();
+    const auto managed = dynamic_cast<const FManaged *>(&object);
+    return managed ? managed->getName() : object.scriptText();
 }
 } // namespace
 
@@ -130,7 +130,7 @@ void FUpdates::update(FObject *start)
                     return;
                 if (supplier->mUpdating) {
                     FLogMsg::error("Update", "Cyclic dependency",
-                                   describe(object) + " and " + describe(supplier) +
+                                   describe(*object) + " and " + describe(*supplier) +
                                        " depend on each other",
                                    nullptr);
                     return;

@@ -1,141 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // A client that is fed by the change feed alone equals a fresh walk of the model after each turn.
-#include "fchanges.h"
-#include "fdefinitiongenint.h"
-#include "fdesign.h"
 #include "fdispatcher.h"
-#include "fgenintcomputation.h"
-#include "fgenintresultsfile.h"
-#include "fgenintworkbench.h"
-#include "fhistory.h"
 #include "fmarloctrl.h"
-#include "fselectionset.h"
+#include "mirror.h"
 #include "modeltest.h"
 #include "statements.h"
 #include "testseed.h"
-
-#include <QtTest>
-#include <map>
-
-namespace {
-/// All that a window could show of an object.
-QString rowOf(const FManaged &object)
-{
-    QString text;
-    QTextStream stream(&text);
-    stream << object.getName() << " " << object.getClass() << " " << object.getDbId() << " "
-           << quintptr(object.treeParent().get()) << " " << object.isUpToDate();
-    for (const auto &child : object.getChildren<FManaged>())
-        stream << " " << child->getDbId();
-    object.saveScopeManner(stream, 0, false, false);
-    stream.flush();
-    return text;
-}
-
-struct Picture
-{
-    std::map<const FObject *, QString> rows;
-    QStringList selection;
-    std::string undo, redo;
-    bool clean = true;
-    QString design;
-    size_t messages = 0;
-
-    void readSelection()
-    {
-        selection.clear();
-        for (const auto &object : FSelectionSet::instance()->getObjects())
-            selection << QString::number(quintptr(object.getExpr().get()));
-    }
-    void readHistory()
-    {
-        undo = FHistory::instance()->undoTitle();
-        redo = FHistory::instance()->redoTitle();
-    }
-    void readClean() { clean = FHistory::instance()->isClean(); }
-    void readDesign() { design = Q(FDesign::current()->getName()); }
-    void readRows()
-    {
-        rows.clear();
-        for (const auto &object : FObjectManager::instance()->all())
-            rows[object.get()] = rowOf(*object);
-    }
-    static Picture fresh()
-    {
-        Picture picture;
-        picture.readRows();
-        picture.readSelection();
-        picture.readHistory();
-        picture.readClean();
-        picture.readDesign();
-        picture.messages = FLogMsg::count();
-        return picture;
-    }
-    QString difference(const Picture &other) const
-    {
-        for (const auto &row : rows) {
-            const auto at = other.rows.find(row.first);
-            if (at == other.rows.end())
-                return "only in one: " + row.second;
-            if (at->second != row.second)
-                return row.second + "\nand\n" + at->second;
-        }
-        if (rows.size() != other.rows.size())
-            return "other objects";
-        if (selection != other.selection)
-            return "selection " + selection.join(",") + " and " + other.selection.join(",");
-        if (undo != other.undo || redo != other.redo || clean != other.clean)
-            return "history " + Q(undo) + "|" + Q(redo) + " and " +
-                   Q(other.undo + "|" + other.redo);
-        return design != other.design || messages != other.messages ? "design or log" : "";
-    }
-};
-
-/// Listens to the feed and to nothing else.
-class Mirror : public QObject
-{
-public:
-    Picture picture = Picture::fresh();
-    int turns = 0;
-
-    Mirror()
-    {
-        FChanges *feed = FChanges::instance();
-        connect(feed, &FChanges::projectChanged, this, [this](unsigned events) {
-            if (events & (FChanges::Opened | FChanges::Closed))
-                picture.readRows();
-            picture.readClean();
-        });
-        connect(
-            feed, &FChanges::changed, this,
-            [this](const QVector<FChange> &changes) {
-                ++turns;
-                for (const FChange &change : changes)
-                    if (const auto managed = std::dynamic_pointer_cast<FManaged>(change.object))
-                        take(*managed, change.what);
-            });
-        connect(
-            feed, &FChanges::selectionChanged, this, [this] { picture.readSelection(); });
-        connect(
-            feed, &FChanges::historyChanged, this, [this] { picture.readHistory(); });
-        connect(
-            feed, &FChanges::designChanged, this, [this] { picture.readDesign(); });
-        connect(feed, &FChanges::logChanged, this, [this] { picture.messages = FLogMsg::count(); });
-    }
-
-private:
-    void take(const FManaged &object, unsigned what)
-    {
-        const bool known = picture.rows.count(&object) > 0;
-        QVERIFY2(bool(what & (FChanges::Created | FChanges::Revived)) == !known,
-                 qPrintable(Q(object.getName()) + (known ? " came twice" : " never came")));
-        if (what & FChanges::Removed)
-            picture.rows.erase(&object);
-        else
-            picture.rows[&object] = rowOf(object);
-    }
-};
-} // namespace
 
 class TestFeed : public QObject
 {
@@ -148,9 +18,8 @@ private Q_SLOTS:
     void tellsTheNetChangeOnce();
     void nothingIsLostWhenBlocked();
     void dispatcherLeavesNothingOfAFailure();
-    void stepsJoinAndAreBounded();
+    void stepsJoin();
     void cleanMarkFollowsUndo();
-    void workbenchHearsOfUndoToo();
 
 private:
     ModelTest mModel;
@@ -167,7 +36,7 @@ void TestFeed::mirrorEqualsTheModel_data()
 void TestFeed::mirrorEqualsTheModel()
 {
     QFETCH(unsigned, seed);
-    Statements statements(seed);
+    Statements statements(seed, true);
     Mirror mirror;
     FHistory *history = FHistory::instance();
     for (int i = 0; i < 400; ++i) {
@@ -282,7 +151,7 @@ void TestFeed::nothingIsLostWhenBlocked()
 void TestFeed::dispatcherLeavesNothingOfAFailure()
 {
     ModelTest::run("parameter a(1); parameter b(a+1); design d() { .setValue(\"a\",2); }"
-                   "genericIntegrationCommandFile t() { .setFileName(\"t.txt\"); }");
+                   "design t();");
     const QString before = FProject::instance()->text();
     const size_t steps = FHistory::instance()->stepCount();
     QStringList lines;
@@ -327,12 +196,12 @@ void TestFeed::dispatcherLeavesNothingOfAFailure()
     QCOMPARE(FProject::instance()->text(), after);
 }
 
-void TestFeed::stepsJoinAndAreBounded()
+void TestFeed::stepsJoin()
 {
-    ModelTest::run("parameter a(0); genericIntegrationCommandFile t() { .setFileName(\"t\"); }");
+    ModelTest::run("parameter a(0);");
     FHistory *history = FHistory::instance();
     const size_t steps = history->stepCount();
-    const FExprBase a(ModelTest::object<FManaged>("a")), t(ModelTest::object<FManaged>("t"));
+    const FExprBase a(ModelTest::object<FManaged>("a"));
     const auto set = [&](int value) {
         FDispatcher::execute(a, "setValue", {FExprBase(f_make_shared<FInteger>(value))}, "spin a");
     };
@@ -346,25 +215,6 @@ void TestFeed::stepsJoinAndAreBounded()
     QCOMPARE(ModelTest::value("a"), QString("0"));
     QVERIFY(history->redo());
     QCOMPARE(ModelTest::value("a"), QString("5"));
-
-    const size_t limit = history->limit();
-    history->setLimit(1 << 20);
-    for (int i = 0; i < 40; ++i) {
-        const std::string text(size_t(100000), char('a' + i % 26));
-        FDispatcher::execute(t, "setContent", {FExprBase(f_make_shared<FString>(text))});
-        if (i % 4 == 0) // shares the text: costs next to nothing
-            FDispatcher::execute(t, "setForceWindowsLineEndings",
-                                 {FExprBase(f_make_shared<FBool>(i % 8 == 0))});
-    }
-    QVERIFY(history->bytes() <= size_t(1 << 20));
-    QVERIFY2(history->stepCount() >= 7 && history->stepCount() < 20,
-             std::to_string(history->stepCount()).c_str());
-    QVERIFY(!history->isClean());
-    while (history->canUndo())
-        history->undo();
-    QVERIFY(!history->isClean()); // the clean state is out of reach
-    QCOMPARE(ModelTest::log().filter("oldest steps").size(), 1);
-    history->setLimit(limit);
 }
 
 void TestFeed::cleanMarkFollowsUndo()
@@ -383,58 +233,6 @@ void TestFeed::cleanMarkFollowsUndo()
     QVERIFY(!history->isClean());
     history->undo();
     QVERIFY(!history->isClean());
-}
-
-void TestFeed::workbenchHearsOfUndoToo()
-{
-    struct Workbench : FGenIntWorkbench
-    {
-        QStringList heard;
-        void refreshCommandFileEditors(const FDefinitionGenInt *d) override { note("texts", d); }
-        void refreshResultsFileEditors(const FGenIntResultsFile *f) override { note("rules", f); }
-        void definitionChanged(const FDefinitionGenInt *d) override { note("structure", d); }
-        void setTitles(const FGenIntComputation *, const std::string &name) override
-        {
-            heard << "title " + Q(name);
-        }
-        void note(const char *what, const FManaged *object)
-        {
-            QVERIFY(!FHistory::instance()->isTransactionOpen());
-            heard << what + (" " + Q(object->getName()));
-        }
-        QStringList turn()
-        {
-            QCoreApplication::processEvents();
-            QStringList all = heard;
-            heard.clear();
-            all.sort();
-            return all;
-        }
-    } workbench;
-    ModelTest::run("genericIntegrationCommandFile t() { .setContent(\"<entry>a</entry>\"); }"
-                   "genericIntegrationResultsFile r() {}"
-                   "genericIntegrationDefinition d() { .addEntry(\"a\",1.0); .setFiles([t,r]); }"
-                   "genericIntegrationConfiguration c() { .setDefinition(d); }"
-                   "genericIntegrationComputation k() { .setConfiguration(c); }");
-    QCoreApplication::processEvents();
-    FGenIntWorkbench::setInstance(&workbench);
-    const std::pair<const char *, QStringList> steps[] = {
-        {"d.renameEntry(\"a\",\"b\");", {"structure d", "texts d"}},
-        {"r.setFileName(\"out.txt\");", {"rules r"}},
-        {"k.setName(\"run\");", {"title run"}},
-        {"c.setEntry(\"b\",5);", {"structure d"}}};
-    for (const auto &step : steps) {
-        QCOMPARE(ModelTest::run(step.first), QStringList());
-        QCOMPARE(workbench.turn(), step.second);
-    }
-    for (int i = 3; i >= 0; --i) {
-        QVERIFY(FHistory::instance()->undo());
-        const QStringList heard = workbench.turn();
-        QCOMPARE(heard, i == 2 ? QStringList{"title k"} : steps[i].second);
-    }
-    FGenIntWorkbench::setInstance(nullptr);
-    ModelTest::run("k.setName(\"other\");");
-    QCOMPARE(workbench.turn(), QStringList());
 }
 
 QTEST_GUILESS_MAIN(TestFeed)
