@@ -27,6 +27,10 @@ found=$(git grep -nE '#include "(fgenint|fsoftcon|fdefinitiongenint|fconfigurati
     -- host text ':!text/*' || true)
 [ -z "$found" ] || complain "the host knows the library:" "$found"
 
+found=$(git grep -nE '(FHistoryTransaction [a-z]+\(nullptr, |\.(title|menu)\()"' -- host genint |
+    grep -vE '"nolabel"|" \+ ' || true)
+[ -z "$found" ] || complain "texts that a user sees are marked with F_TEXT:" "$found"
+
 base=${CHECK_BASE:-$(git merge-base HEAD origin/main 2>/dev/null || true)}
 [ -n "$base" ] && [ "$base" != "$(git rev-parse HEAD)" ] ||
     base=$(git rev-list -1 --before='1 day ago' HEAD)

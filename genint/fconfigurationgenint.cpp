@@ -215,7 +215,7 @@ void FConfigurationGenInt::initCmds()
                   FArg{"initializeConfiguration", false});
         c.attribute("setDefinition", &T::setGenIntDefinition, &T::genIntDefinition,
                     FArg{"definition"})
-            .title("Definition")
+            .title(F_TEXT("Definition"))
             .component("")
             .attrAsExpr(false)
             .needsGuiReinit()

@@ -67,14 +67,14 @@ void FDefinitionGenInt::addFile(const FExpr<FGenIntFile> &file)
     mFiles.back().registerClient(shared_from_this(), false);
     sortIn(file);
     setOutOfDate(0);
-    FHistoryTransaction transaction(nullptr, "add file", true);
+    FHistoryTransaction transaction(nullptr, F_TEXT("add file"), true);
     transaction.addStep(shared_from_this());
 }
 
 void FDefinitionGenInt::setFiles(const Files &files)
 {
     const Files given = files; // may be one of our own lists
-    FHistoryTransaction transaction(nullptr, "set files", true);
+    FHistoryTransaction transaction(nullptr, F_TEXT("set files"), true);
     mFiles.clear();
     mCommandFiles.clear();
     mResultFiles.clear();
@@ -94,7 +94,7 @@ void FDefinitionGenInt::removeFile(const FExpr<FGenIntFile> &file)
     take(file && file.valueClass()->isA(FGenIntCommandFile::staticClass()) ? mCommandFiles
                                                                            : mResultFiles);
     setOutOfDate(0);
-    FHistoryTransaction transaction(nullptr, "remove file", true);
+    FHistoryTransaction transaction(nullptr, F_TEXT("remove file"), true);
     transaction.addStep(shared_from_this());
 }
 
@@ -107,7 +107,7 @@ void FDefinitionGenInt::deleteFile(const FExpr<FGenIntFile> &file)
         "Delete template file " + file->getName() + " permanently?", "Yes", "Cancel", "", 0, -1);
     if (answer != 0)
         return;
-    FHistoryTransaction transaction(nullptr, "delete file", true);
+    FHistoryTransaction transaction(nullptr, F_TEXT("delete file"), true);
     removeFile(file);
     FManaged::destroy(file, true);
 }
@@ -172,14 +172,14 @@ void FDefinitionGenInt::addEntry(const FExpr<FEntryBase> &entry)
     if (!entry ||
         std::find(roots.begin(), roots.end(), static_cast<const FExprBase &>(entry)) != roots.end())
         return;
-    FHistoryTransaction transaction(nullptr, "add entry", true);
+    FHistoryTransaction transaction(nullptr, F_TEXT("add entry"), true);
     FDefinitionBase::addEntry(entry);
     reinitConfigurations(false);
 }
 
 bool FDefinitionGenInt::removeEntry(const FExpr<FEntryBase> &entry)
 {
-    FHistoryTransaction transaction(nullptr, "remove entry", true);
+    FHistoryTransaction transaction(nullptr, F_TEXT("remove entry"), true);
     if (!entry || !FDefinitionCustom::removeEntry(entry))
         return false;
     if (!isLoading())
@@ -189,7 +189,7 @@ bool FDefinitionGenInt::removeEntry(const FExpr<FEntryBase> &entry)
 
 bool FDefinitionGenInt::findAndRemoveEntry(const FExpr<FEntryBase> &entry)
 {
-    FHistoryTransaction transaction(nullptr, "remove entry", true);
+    FHistoryTransaction transaction(nullptr, F_TEXT("remove entry"), true);
     if (removeEntry(entry))
         return true;
     const auto roots = getRootEntries();
@@ -234,7 +234,7 @@ bool FDefinitionGenInt::commandFileReferencesEntry(const FExpr<FEntryBase> &entr
 
 void FDefinitionGenInt::updateCommandFiles(std::string oldName, std::string newName)
 {
-    FHistoryTransaction transaction(nullptr, "rename tags", true);
+    FHistoryTransaction transaction(nullptr, F_TEXT("rename tags"), true);
     for (const auto &handle : mCommandFiles)
         if (const auto file = handle.ptr<FGenIntCommandFile>())
             file->updateFile(Q(oldName), Q(newName));
@@ -262,7 +262,7 @@ void FDefinitionGenInt::reinitConfigurations(bool flag)
 
 void FDefinitionGenInt::setEntryDefsFromDB(std::string text)
 {
-    FHistoryTransaction transaction(nullptr, "set entries", true);
+    FHistoryTransaction transaction(nullptr, F_TEXT("set entries"), true);
     FDefinition::setEntryDefsFromDB(text);
     reassignEntryDefs();
 }
@@ -362,19 +362,19 @@ void FDefinitionGenInt::initCmds()
     FCmdBinder<T> c;
     c.creator("genericIntegrationDefinition", &T::createByName);
     c.attribute("setFiles", &T::setFiles, &T::filesForScript, FArg{"files"})
-        .title("Template Files")
+        .title(F_TEXT("Template Files"))
         .readOnly()
         .systemFlag(2)
         .hidden();
     c.member("addFile", &T::addFile, FArg{"file"});
     c.member("removeFile", &T::removeFile, FArg{"file"});
     c.attribute("setCurFile", &T::setCurFile, &T::getCurFile, FArg{"currentFile"})
-        .title("Current File")
+        .title(F_TEXT("Current File"))
         .readOnly()
         .systemFlag(2)
         .hidden();
     c.attribute("setLastFile", &T::setLastFile, &T::getLastFile, FArg{"lastFile"})
-        .title("Last File")
+        .title(F_TEXT("Last File"))
         .readOnly()
         .systemFlag(2)
         .hidden();

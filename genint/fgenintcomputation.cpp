@@ -191,7 +191,7 @@ void FGenIntComputation::initCmds()
             .component("")
             .cmdFlags(128)
             .title("nolabel")
-            .category("Configuration", 10000.0)
+            .category(F_TEXT("Configuration"), 10000.0)
             .attrAsExpr(false)
             .systemFlag(2)
             .requiredCmd("true")
@@ -199,7 +199,7 @@ void FGenIntComputation::initCmds()
         c.member("getResults", &T::genIntResults);
         c.member("openSoftwareConnector", &T::openForScript)
             .systemFlag(1)
-            .menu("Open Software Connector", 1, ":/softConIcon");
+            .menu(F_TEXT("Open Software Connector"), 1, ":/softConIcon");
     }
     FCmdManager *commands = FCmdManager::instance();
     for (const char *name : {"FMemberCmdconstFCustomComputationgetResults",

@@ -119,7 +119,7 @@ std::shared_ptr<FGenIntFile> FGenIntFile::contentChanged()
 {
     const auto self = shared_from_base<FGenIntFile>();
     setOutOfDate(0);
-    FHistoryTransaction transaction(nullptr, "set content", true);
+    FHistoryTransaction transaction(nullptr, F_TEXT("set content"), true);
     transaction.addStep(self);
     return self;
 }
@@ -132,7 +132,7 @@ std::shared_ptr<FGenIntFile> FGenIntFile::setFileName(const QString &name)
     const QString old = mFileName;
     mFileName = name;
     setOutOfDate(0);
-    FHistoryTransaction transaction(nullptr, "set file name", true);
+    FHistoryTransaction transaction(nullptr, F_TEXT("set file name"), true);
     transaction.addStep(self);
     if (FMarloCtrl::instance()->isLoadingProject())
         return self;               // references are as they were saved
@@ -158,7 +158,7 @@ std::shared_ptr<FGenIntFile> FGenIntFile::setFileName(const QString &name)
 void FGenIntFile::setForceWindowsLineEndings(bool force)
 {
     mForceWindowsLineEndings = force;
-    FHistoryTransaction transaction(nullptr, "set force Windows line endings", true);
+    FHistoryTransaction transaction(nullptr, F_TEXT("set force Windows line endings"), true);
     transaction.addStep(shared_from_this());
 }
 
@@ -189,19 +189,19 @@ void FGenIntFile::initCmds()
     FCmdBinder<FGenIntFile> c;
     c.attribute("setContent", &FGenIntFile::setContentFromScript, &FGenIntFile::getContent,
                 FArg{"content"})
-        .title("Content")
+        .title(F_TEXT("Content"))
         .hidden()
         .guiThread()
         .systemFlag(2);
     c.attribute("setFileName", &FGenIntFile::setFileName, &FGenIntFile::getFileName,
                 FArg{"fileName"})
-        .title("File Name")
+        .title(F_TEXT("File Name"))
         .component("")
         .hidden()
         .guiThread()
         .systemFlag(2);
     c.attribute("setForceWindowsLineEndings", &FGenIntFile::setForceWindowsLineEndings,
                 &FGenIntFile::getForceWindowsLineEndings, FArg{"forceWindowsLineEndings"})
-        .title("Force Windows Line Endings")
+        .title(F_TEXT("Force Windows Line Endings"))
         .guiThread();
 }

@@ -61,15 +61,15 @@ void FGenIntResultsFile::assign(T &field, const T &value, const char *text)
 
 void FGenIntResultsFile::setNumberSeparator(bool checked)
 {
-    assign(mNumberSeparator, checked, "set number separator");
+    assign(mNumberSeparator, checked, F_TEXT("set number separator"));
 }
 void FGenIntResultsFile::setSpacesAndTabsSeparator(bool checked)
 {
-    assign(mSpacesAndTabsSeparator, checked, "set spaces and tabs separator");
+    assign(mSpacesAndTabsSeparator, checked, F_TEXT("set spaces and tabs separator"));
 }
 void FGenIntResultsFile::setRegExprSeparator(const QString &regularExpression)
 {
-    assign(mRegExpSeparator, regularExpression, "set separator expression");
+    assign(mRegExpSeparator, regularExpression, F_TEXT("set separator expression"));
 }
 
 void FGenIntResultsFile::setRegExpSeparator(const std::string &regularExpression)
@@ -101,7 +101,7 @@ void FGenIntResultsFile::addValue(const QString &name, int line, int column, con
     // A new list, so that what history knows of the old one stays as it was.
     const auto longer = std::static_pointer_cast<FObjectList>(list->clone());
     longer->append(FExprBase(value));
-    assign(mValues, FExpr<FObjectList>(longer), "add results value");
+    assign(mValues, FExpr<FObjectList>(longer), F_TEXT("add results value"));
 }
 
 FStatus FGenIntResultsFile::changeValue(const QString &name, int line, int column,
@@ -115,7 +115,7 @@ FStatus FGenIntResultsFile::changeValue(const QString &name, int line, int colum
     value->mAnchor = S(anchor);
     value->mOccurrence = occurrence;
     setOutOfDate(0);
-    FHistoryTransaction transaction(nullptr, "change results value", true);
+    FHistoryTransaction transaction(nullptr, F_TEXT("change results value"), true);
     transaction.addStep(shared_from_this());
     return {};
 }
@@ -131,7 +131,7 @@ void FGenIntResultsFile::setValues(const FExpr<FObjectList> &values)
         }
     if (mCurrentValue && list->count() > 0)
         mCurrentValue = FExpr<FGenIntResultsFileValue>(list->getObject(0));
-    assign(mValues, FExpr<FObjectList>(list), "set values");
+    assign(mValues, FExpr<FObjectList>(list), F_TEXT("set values"));
 }
 
 std::vector<std::shared_ptr<FGenIntResultsFileValue>> FGenIntResultsFile::values() const
@@ -205,7 +205,7 @@ QString FGenIntResultsFile::setCurValueName(const QString &newName)
     const auto value = mCurrentValue.getPtr();
     if (!value || newName == Q(value->mName))
         return newName;
-    FHistoryTransaction transaction(nullptr, "Set results value name", true);
+    FHistoryTransaction transaction(nullptr, F_TEXT("Set results value name"), true);
     QString candidate = newName;
     for (unsigned n = 1; getValue(candidate); ++n)
         candidate = numbered(newName, "_0", n);
@@ -221,7 +221,7 @@ void FGenIntResultsFile::deleteCurrentValue()
         return;
     const auto shorter = std::static_pointer_cast<FObjectList>(mValues.getPtr()->clone());
     shorter->remove(mCurrentValue);
-    assign(mValues, FExpr<FObjectList>(shorter), "delete results value");
+    assign(mValues, FExpr<FObjectList>(shorter), F_TEXT("delete results value"));
 }
 
 FExpr<FParameter> FGenIntResultsFile::createParam(const QString &valueName,
@@ -236,7 +236,7 @@ FExpr<FParameter> FGenIntResultsFile::createParam(const QString &valueName,
     if (!expression)
         return {};
     const std::string name = "eval_" + S(valueName);
-    FHistory::instance()->startTransaction("create evaluation: " + name);
+    FHistory::instance()->startTransaction(F_TEXT("create evaluation: ") + name);
     const FExpr<FParameter> parameter =
         FParameter::create(FObjectManager::instance()->getWorkingScope(), name, FDouble());
     parameter->setImediateUpdate(false, false);
@@ -287,25 +287,25 @@ void FGenIntResultsFile::initCmds()
     FCmdBinder<T> c;
     c.creator("genericIntegrationResultsFile", &T::create);
     c.attribute("setValues", &T::setValues, &T::getValues, FArg{"values"})
-        .title("Values")
+        .title(F_TEXT("Values"))
         .component("")
         .systemFlag(2)
         .hidden();
     c.attribute("setNumberSeparator", &T::setNumberSeparator, &T::getNumberSeparator,
                 FArg{"checked"})
-        .title("Find Numbers")
+        .title(F_TEXT("Find Numbers"))
         .component("")
         .systemFlag(2)
         .hidden();
     c.attribute("setSpacesAndTabsSeparator", &T::setSpacesAndTabsSeparator,
                 &T::getSpacesAndTabsSeparator, FArg{"checked"})
-        .title("Spaces and Tabs Separator")
+        .title(F_TEXT("Spaces and Tabs Separator"))
         .component("")
         .systemFlag(2)
         .hidden();
     c.attribute("setRegExprSeparator", &T::setRegExprSeparator, &T::getRegExprSeparator,
                 FArg{"regularExpression"})
-        .title("RegExp Separator")
+        .title(F_TEXT("RegExp Separator"))
         .component("")
         .systemFlag(2)
         .hidden();

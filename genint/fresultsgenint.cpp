@@ -215,7 +215,7 @@ void FResultsGenInt::initCmds()
     c.creator("genericIntegrationResults", &T::create, FArg{"variant", nullptr},
               FArg{"computationId", 0});
     c.attribute("setOutputHandles", &T::setOutputHandles, &T::getOutputHandles, FArg{"files"})
-        .title("Output Handles")
+        .title(F_TEXT("Output Handles"))
         .readOnly();
     c.member("getDataAt", &T::dataAtCells, FArg{"row"}, FArg{"column"});
     c.member("getDataAt", &T::dataAtHeaderCell, FArg{"row header"}, FArg{"column"});

@@ -123,7 +123,7 @@ std::shared_ptr<FEntry> FConfiguration::entryOf(const std::shared_ptr<FEntryDef>
 void FConfiguration::insertEntry(const std::shared_ptr<FEntry> &entry,
                                  const std::shared_ptr<FEntry> &parent)
 {
-    FHistoryTransaction transaction(nullptr, "add entry", true);
+    FHistoryTransaction transaction(nullptr, F_TEXT("add entry"), true);
     if (parent) {
         parent->addChild(entry);
         transaction.addStep(parent);
@@ -153,7 +153,7 @@ void FConfiguration::build()
     const auto definition = getDefinition().getPtr();
     if (!definition)
         return;
-    FHistoryTransaction transaction(nullptr, "add entries", true);
+    FHistoryTransaction transaction(nullptr, F_TEXT("add entries"), true);
     const auto self = shared_from_base<FConfiguration>();
     const std::function<void(const Roots &, const std::shared_ptr<FEntry> &)> level =
         [&](const Roots &definitions, const std::shared_ptr<FEntry> &parent) {
@@ -197,7 +197,7 @@ void FConfiguration::applyPending()
 
 void FConfiguration::followRename(const std::shared_ptr<FEntryDef> &definition)
 {
-    FHistoryTransaction transaction(nullptr, "rename entry", true);
+    FHistoryTransaction transaction(nullptr, F_TEXT("rename entry"), true);
     forEachEntry(mRoots, [&](const std::shared_ptr<FEntry> &entry) {
         if (entry->getEntryDefinition().getExpr() == definition) {
             entry->rename(definition->getName());
@@ -223,7 +223,7 @@ FStatus FConfiguration::setEntryCommand(const std::string &path, const FExprBase
     if (!getDefinition()) {
         mPending.emplace_back(path, value);
         setOutOfDate(0);
-        FHistoryTransaction transaction(nullptr, "set entry", true);
+        FHistoryTransaction transaction(nullptr, F_TEXT("set entry"), true);
         transaction.addStep(shared_from_this());
         return {};
     }
@@ -337,7 +337,7 @@ void FConfigurationCustom::init(const std::shared_ptr<FConfigurationCustom> &sou
 
 void FConfigurationCustom::setDefinition(const FExpr<FDefinitionCustom> &definition)
 {
-    FHistoryTransaction transaction(nullptr, "set definition", true);
+    FHistoryTransaction transaction(nullptr, F_TEXT("set definition"), true);
     linkDefinition(definition);
     transaction.addStep(shared_from_this());
 }
@@ -377,5 +377,5 @@ void FConfigurationCustom::initCmds()
     FCmdBinder<FConfigurationCustom> c;
     c.attribute("setDefinition", &FConfigurationCustom::setDefinition,
                 &FConfigurationCustom::customDefinition, FArg{"definition"})
-        .title("Definition");
+        .title(F_TEXT("Definition"));
 }

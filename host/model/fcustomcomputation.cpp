@@ -17,7 +17,7 @@ void FCustomComputation::setConfiguration(const FExpr<FConfigurationCustom> &con
 {
     mConfiguration = configuration;
     setOutOfDate(0);
-    FHistoryTransaction transaction(nullptr, "set configuration", true);
+    FHistoryTransaction transaction(nullptr, F_TEXT("set configuration"), true);
     transaction.addStep(shared_from_this());
 }
 
@@ -46,8 +46,8 @@ void FCustomComputation::initCmds()
     FCmdBinder<T> c;
     c.attribute("setConfiguration", &T::setConfiguration, &T::getConfiguration,
                 FArg{"configuration"})
-        .title("Configuration");
+        .title(F_TEXT("Configuration"));
     c.attribute("setCmdFile", &T::setCmdFile, &T::getCmdFile, FArg{"fileName"})
-        .title("Command File");
+        .title(F_TEXT("Command File"));
     c.member("getResults", &T::getResults);
 }

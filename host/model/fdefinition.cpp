@@ -23,7 +23,7 @@ void FDefinitionBase::addEntry(const FExpr<FEntryBase> &entry)
         return;
     if (const auto definition = std::dynamic_pointer_cast<FEntryDef>(object))
         definition->setDefinition(shared_from_base<FDefinitionBase>());
-    FHistoryTransaction transaction(nullptr, "add entry", true);
+    FHistoryTransaction transaction(nullptr, F_TEXT("add entry"), true);
     mRoots.push_back(FExpr<FEntryBase, true>(entry));
     entryAdded(object);
     transaction.addStep(shared_from_this());
@@ -111,7 +111,7 @@ bool FDefinitionBase::removeRoot(const FExprBase &entry)
     const auto at = std::find(mRoots.begin(), mRoots.end(), entry);
     if (at == mRoots.end())
         return false;
-    FHistoryTransaction transaction(nullptr, "remove entry", true);
+    FHistoryTransaction transaction(nullptr, F_TEXT("remove entry"), true);
     mRoots.erase(at);
     entriesChanged();
     transaction.addStep(shared_from_this());
@@ -158,7 +158,7 @@ void FDefinition::setEntryDefsFromDB(std::string text)
         mEntryDefsStatus.error.causes = parser.errors();
         return;
     }
-    FHistoryTransaction transaction(nullptr, "set entries", true);
+    FHistoryTransaction transaction(nullptr, F_TEXT("set entries"), true);
     clearEntries();
     parser.build();
     transaction.addStep(shared_from_this());
@@ -200,7 +200,7 @@ FStatus FDefinition::addEntryCommand(const std::string &path, const FExprBase &v
         return {FReason::unexpected("a default value for entry " + path, "nothing")};
     if (getNameMap().count(S(parts.join('|'))))
         return {"entry " + path + " exists already"};
-    FHistoryTransaction transaction(nullptr, "add entry", true);
+    FHistoryTransaction transaction(nullptr, F_TEXT("add entry"), true);
     std::shared_ptr<FEntryDef> group;
     for (int i = 0; i + 1 < parts.size(); ++i) {
         const std::string name = FEntryDef::correctName(S(parts[i]));
@@ -227,7 +227,7 @@ FStatus FDefinition::removeEntryCommand(const std::string &path)
     const auto entry = getEntryOfScope(path);
     if (!entry)
         return {"no entry " + path + " in definition " + getName()};
-    FHistoryTransaction transaction(nullptr, "remove entry", true);
+    FHistoryTransaction transaction(nullptr, F_TEXT("remove entry"), true);
     findAndRemoveEntry(entry);
     return {};
 }
@@ -247,7 +247,7 @@ void FDefinition::initCmds()
     FCmdBinder<FDefinition> c;
     c.attribute("setEntryDefsFromDB", &FDefinition::setEntryDefsCommand,
                 &FDefinition::entryDefsForScript, FArg{"text"})
-        .title("Entries")
+        .title(F_TEXT("Entries"))
         .hidden()
         .readOnly()
         .savedIf([](const FObject *o) {

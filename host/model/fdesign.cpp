@@ -103,7 +103,7 @@ FStatus FDesign::setValue(const std::string &name, const FExprBase &value)
     Override &own = mValues[place.first->second];
     own.value = value;
     connect(&own);
-    valueChanged(parameter, "set value in design");
+    valueChanged(parameter, F_TEXT("set value in design"));
     return {};
 }
 
@@ -124,7 +124,7 @@ FStatus FDesign::unsetValue(const std::string &name)
     mPlaces.clear();
     for (const Override &own : mValues)
         mPlaces.emplace(own.parameter.getExpr().get(), mPlaces.size());
-    valueChanged(parameter, "unset value in design");
+    valueChanged(parameter, F_TEXT("unset value in design"));
     return {};
 }
 
@@ -143,7 +143,7 @@ void FDesign::valueChanged(const std::shared_ptr<FParameter> &parameter, const c
 
 FExpr<FDesign> FDesign::duplicate(const std::string &name)
 {
-    FHistoryTransaction transaction(nullptr, "duplicate design", true);
+    FHistoryTransaction transaction(nullptr, F_TEXT("duplicate design"), true);
     const auto copy = create(name.empty() ? getName() : name);
     for (const Override &own : mValues)
         if (const auto parameter = own.parameter.getPtr())

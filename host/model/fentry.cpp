@@ -154,7 +154,7 @@ void FEntryDef::setName(const std::string &wanted)
     const auto parent = getParent();
     if (correctName(wanted) == mName)
         return;
-    FHistoryTransaction transaction(nullptr, "rename entry", true);
+    FHistoryTransaction transaction(nullptr, F_TEXT("rename entry"), true);
     std::vector<std::string> before, after;
     collectFullNames(*this, &before);
     mName.clear();
@@ -272,7 +272,7 @@ FStatus FEntry::setValue(const FExprBase &value)
                 " depends on " + getFullName()};
     mValue = value;
     setOutOfDate(0);
-    FHistoryTransaction transaction(nullptr, "set entry", true);
+    FHistoryTransaction transaction(nullptr, F_TEXT("set entry"), true);
     transaction.addStep(shared_from_this());
     return {};
 }
@@ -318,7 +318,7 @@ void FEntry::initCmds()
 {
     FCmdBinder<FEntry> c;
     c.attribute("setValue", &FEntry::setValue, &FEntry::getValue, FArg{"value"})
-        .title("Value")
+        .title(F_TEXT("Value"))
         .disableSaving();
     c.flushNow();
     for (const auto &info :

@@ -26,25 +26,25 @@ void FExternComputation::assign(T &field, const T &value, const char *text)
 
 void FExternComputation::setApplication(const std::string &application)
 {
-    assign(mApplication, application, "set application");
+    assign(mApplication, application, F_TEXT("set application"));
 }
 void FExternComputation::setArguments(const std::string &arguments)
 {
-    assign(mArguments, arguments, "set arguments");
+    assign(mArguments, arguments, F_TEXT("set arguments"));
 }
 void FExternComputation::setStandardInput(const std::string &fileName)
 {
-    assign(mStandardInput, fileName, "set standard input");
+    assign(mStandardInput, fileName, F_TEXT("set standard input"));
 }
 void FExternComputation::setEnvironment(const std::vector<std::string> &variables)
 {
-    assign(mEnvironment, variables, "set environment");
+    assign(mEnvironment, variables, F_TEXT("set environment"));
 }
 FStatus FExternComputation::setTimeout(double seconds)
 {
     if (!(seconds >= 0 && seconds < 1e9))
         return {FReason::unexpected("seconds from 0", shortestNumber(seconds))};
-    assign(mTimeout, seconds, "set time limit");
+    assign(mTimeout, seconds, F_TEXT("set time limit"));
     return {};
 }
 
@@ -277,18 +277,19 @@ void FExternComputation::initCmds()
     using T = FExternComputation;
     FCmdBinder<T> c;
     c.attribute("setDbId", &T::setDbIdCommand, &T::dbIdForScript, FArg{"id"})
-        .title("Id")
+        .title(F_TEXT("Id"))
         .hidden()
         .savedIf([](const FObject *o) { return static_cast<const T *>(o)->hasSavedResults(); });
     c.attribute("setApplication", &T::setApplication, &T::getApplication, FArg{"application"})
-        .title("Application");
+        .title(F_TEXT("Application"));
     c.attribute("setArguments", &T::setArguments, &T::getArguments, FArg{"arguments"})
-        .title("Arguments");
+        .title(F_TEXT("Arguments"));
     c.attribute("setStandardInput", &T::setStandardInput, &T::getStandardInput, FArg{"fileName"})
-        .title("Standard Input");
+        .title(F_TEXT("Standard Input"));
     c.attribute("setEnvironment", &T::setEnvironment, &T::getEnvironment, FArg{"variables"})
-        .title("Environment");
-    c.attribute("setTimeout", &T::setTimeout, &T::getTimeout, FArg{"seconds"}).title("Time Limit");
+        .title(F_TEXT("Environment"));
+    c.attribute("setTimeout", &T::setTimeout, &T::getTimeout, FArg{"seconds"})
+        .title(F_TEXT("Time Limit"));
     // Runs are no changes of the project.
     c.member("run", &T::run).disableHistory();
     c.member("rereadResults", &T::rereadResults).disableHistory();

@@ -101,7 +101,7 @@ void FOvdlDefinitionParser::read(const std::string &text)
             mDefinition = FExpr<FDefinitionCustom>();
         return;
     }
-    FHistoryTransaction transaction(nullptr, "read definition", true);
+    FHistoryTransaction transaction(nullptr, F_TEXT("read definition"), true);
     if (mayMake) {
         // A prototype was handed in: make a new object of its class.
         const auto made =

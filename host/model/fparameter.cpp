@@ -41,7 +41,7 @@ FStatus FParameter::setValue(const FExprBase &value)
     mValue = value;
     ++mClassEpoch;
     setOutOfDate(0);
-    FHistoryTransaction transaction(nullptr, "set value", true);
+    FHistoryTransaction transaction(nullptr, F_TEXT("set value"), true);
     transaction.addStep(self);
     return {};
 }
@@ -92,6 +92,6 @@ void FParameter::initCmds()
     FCmdBinder<FParameter> c;
     c.creator("parameter", &FParameter::create, FArg{"value", nullptr});
     c.attribute("setValue", &FParameter::setValue, &FParameter::getValue, FArg{"value"})
-        .title("Value")
+        .title(F_TEXT("Value"))
         .disableSaving();
 }

@@ -181,7 +181,7 @@ void TestFeed::dispatcherLeavesNothingOfAFailure()
     QVERIFY(FDispatcher::create("parameter", "c", {number}).error.empty());
     QVERIFY(FDispatcher::execute(handle("d"), "duplicate").error.empty());
     QCOMPARE(FHistory::instance()->stepCount(), steps + 3);
-    QCOMPARE(FHistory::instance()->undoTitle(), std::string("duplicate design: d1"));
+    QCOMPARE(FHistory::instance()->undoTitle(), QString("duplicate design: d1"));
     QCOMPARE(lines, (QStringList{"a.setValue(4.5); b.setValue(4.5);", "parameter c(4.5);",
                                  "d.duplicate();"}));
     const QString after = FProject::instance()->text();

@@ -33,7 +33,7 @@ struct Picture
 {
     std::map<const FObject *, QString> rows;
     QStringList selection;
-    std::string undo, redo;
+    QString undo, redo;
     bool clean = true;
     QString design;
     size_t messages = 0;
@@ -82,8 +82,7 @@ struct Picture
         if (selection != other.selection)
             return "selection " + selection.join(",") + " and " + other.selection.join(",");
         if (undo != other.undo || redo != other.redo || clean != other.clean)
-            return "history " + Q(undo) + "|" + Q(redo) + " and " +
-                   Q(other.undo + "|" + other.redo);
+            return "history " + undo + "|" + redo + " and " + other.undo + "|" + other.redo;
         return design != other.design || messages != other.messages ? "design or log" : "";
     }
 };

@@ -93,7 +93,7 @@ void FHistory::pushStep()
     }
     if (mCurrent.text.empty())
         mCurrent.text = mCurrent.fallback.empty() ? "change" : mCurrent.fallback;
-    const std::string line = mCurrent.line.empty() ? "// " + title(mCurrent) : mCurrent.line;
+    const QString line = mCurrent.line.empty() ? "// " + title(mCurrent) : Q(mCurrent.line);
     for (size_t i = mPosition; i < mSteps.size(); ++i)
         mBytes -= mSteps[i].bytes;
     mSteps.resize(mPosition);
@@ -107,7 +107,7 @@ void FHistory::pushStep()
     }
     mJoinOpen = true;
     noteChange(wasClean);
-    Q_EMIT FChanges::instance()->executed(Q(line));
+    Q_EMIT FChanges::instance()->executed(line);
 }
 
 bool FHistory::joinStep()
@@ -159,11 +159,10 @@ void FHistory::setLimit(size_t bytes)
     FChanges::noteHistory();
 }
 
-std::string FHistory::title(const Step &step)
+QString FHistory::title(const Step &step)
 {
-    if (step.about.empty() || step.text.find(step.about) != std::string::npos)
-        return step.text;
-    return step.text + ": " + step.about;
+    const QString text = FText::shown(step.text), about = Q(step.about);
+    return about.isEmpty() || text.contains(about) ? text : text + ": " + about;
 }
 
 void FHistory::noteChange(bool wasClean)
@@ -212,7 +211,7 @@ void FHistory::recordCreation(const std::shared_ptr<FManaged> &object)
 {
     if (!isRecording())
         return;
-    FHistoryTransaction transaction(nullptr, "create " + object->getName(), true);
+    FHistoryTransaction transaction(nullptr, F_TEXT("create ") + object->getName(), true);
     mCurrent.created.push_back(object);
     addStep(object);
 }
@@ -221,7 +220,7 @@ void FHistory::recordRemoval(const std::shared_ptr<FManaged> &object)
 {
     if (!isRecording())
         return;
-    FHistoryTransaction transaction(nullptr, "destroy " + object->getName(), true);
+    FHistoryTransaction transaction(nullptr, F_TEXT("destroy ") + object->getName(), true);
     mCurrent.removed.push_back(object);
 }
 

@@ -46,9 +46,9 @@ public:
     /// The texts of the transactions, as they were given.
     std::string undoText() const { return canUndo() ? mSteps[mPosition - 1].text : std::string(); }
     std::string redoText() const { return canRedo() ? mSteps[mPosition].text : std::string(); }
-    /// The same with the object that the step was about, for menus and lists.
-    std::string undoTitle() const { return canUndo() ? title(mSteps[mPosition - 1]) : ""; }
-    std::string redoTitle() const { return canRedo() ? title(mSteps[mPosition]) : ""; }
+    /// The same in the user's language, with the object that the step was about.
+    QString undoTitle() const { return canUndo() ? title(mSteps[mPosition - 1]) : QString(); }
+    QString redoTitle() const { return canRedo() ? title(mSteps[mPosition]) : QString(); }
     size_t stepCount() const { return mPosition; }
     void clear();
 
@@ -89,7 +89,7 @@ private:
         std::shared_ptr<const Values> values;
         bool recorded; ///< history knows the object so from now on
     };
-    static std::string title(const Step &step);
+    static QString title(const Step &step);
     bool isRecording() const;
     void putBack(const std::vector<Restore> &states, const Objects &appear, const Objects &vanish);
     void apply(const Step &step, bool forward);

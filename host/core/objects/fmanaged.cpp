@@ -29,7 +29,7 @@ std::shared_ptr<FManaged> FManaged::setName(const std::string &name)
     mName = FObjectManager::instance()->uniqueName(name.empty() ? getClass() : name);
     FObjectManager::instance()->reindex(this);
     setOutOfDate(0);
-    FHistoryTransaction transaction(nullptr, "set name", true);
+    FHistoryTransaction transaction(nullptr, F_TEXT("set name"), true);
     transaction.addStep(self);
     return self;
 }
@@ -61,7 +61,7 @@ void FManaged::destroy(const std::shared_ptr<FManaged> &object, bool)
 {
     if (!object || object->isDestroyed() || object->isNull())
         return;
-    FHistoryTransaction transaction(nullptr, "destroy " + object->getName(), true);
+    FHistoryTransaction transaction(nullptr, F_TEXT("destroy ") + object->getName(), true);
     object->setDestroyed(true); // a destructor that comes back here finds nothing to do
     object->destructFObject();
     {
@@ -175,7 +175,7 @@ void FManaged::initCmds()
 {
     FCmdBinder<FManaged> c;
     c.attribute("setName", &FManaged::setNameCommand, &FManaged::nameForScript, FArg{"name"})
-        .title("Name")
+        .title(F_TEXT("Name"))
         .disableSaving()
         .typeOf(0, "FObjectName");
     c.member("destroy", &FManaged::destroyThis);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ftext.h"
 
+#include <QCoreApplication>
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -21,6 +22,8 @@ unsigned long byteOffset(const QString &text, int position)
     return position < 0 ? std::string::npos : (unsigned long)(text.left(position).toUtf8().size());
 }
 } // namespace
+
+QString FText::shown(const std::string &marked) { return qtTrId(marked.c_str()); }
 
 std::string fromNumber(int value, int base) { return S(numberText(value, base)); }
 std::string fromNumber(unsigned value, int base) { return S(numberText(value, base)); }

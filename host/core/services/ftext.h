@@ -11,6 +11,14 @@ using TString = std::string;
 template <class T>
 using f_shared_ptr = std::shared_ptr<T>;
 
+/// Marks a text that a user sees: it stays as it is in the model, in scripts and in the log, and
+/// FText::shown gives it in the user's language. lupdate -tr-function-alias QT_TRID_NOOP+=F_TEXT
+/// finds the marks.
+#define F_TEXT(text) QT_TRID_NOOP(text)
+namespace FText {
+QString shown(const std::string &marked);
+} // namespace FText
+
 /// Indent width of saved scripts.
 constexpr unsigned TAB = 4;
 
