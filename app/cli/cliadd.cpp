@@ -37,6 +37,8 @@ private:
     }
     bool findDefinition();
     bool setProgram();
+    /// Fills \p file from the one that is added; false if not all of it can be kept.
+    bool fill(FGenIntFile *file);
     bool addTemplate();
     bool addSample();
     void call(const std::string &object, const std::string &command, const std::string &argument)
@@ -50,6 +52,7 @@ private:
 
     const FCliOptions &mOptions;
     QString mSource, mName;
+    std::string mBytes;      // of the file that is added
     std::string mBefore;     // the project's file as it was
     std::string mStatements; // what changes in objects that were there
     bool mIsNew = false, mIsCanonical = false;
@@ -103,7 +106,7 @@ std::shared_ptr<FGenIntComputation> FAddition::makeComputation(const std::string
 {
     if (!mConfiguration)
         makeConfiguration();
-    const auto made = FGenIntComputation::create(name);
+    auto made = FGenIntComputation::create(name);
     made->setConfiguration(FExpr<FConfigurationCustom>(mConfiguration));
     mComputations.push_back(made);
     return made;
@@ -152,6 +155,15 @@ bool FAddition::setProgram()
     return true;
 }
 
+bool FAddition::fill(FGenIntFile *file)
+{
+    file->initFromFile(mSource);
+    if (file->utf8() ? *file->utf8() == mBytes : S(file->text()) == mBytes)
+        return true;
+    FCli::err("cannot keep " + S(mSource) + " byte for byte: expected UTF-8 text without a mark");
+    return false;
+}
+
 bool FAddition::addTemplate()
 {
     if (mDefinition->getFile(S(mName))) {
@@ -160,7 +172,8 @@ bool FAddition::addTemplate()
         return false;
     }
     const auto file = FGenIntCommandFile::create(S(QFileInfo(mName).fileName()));
-    file->initFromFile(mSource);
+    if (!fill(file.get()))
+        return false;
     file->setFileName(mName);
     mDefinition->addFile(FExpr<FGenIntFile>(file));
     return true;
@@ -176,14 +189,16 @@ bool FAddition::addSample()
     }
     if (!there) {
         const auto file = FGenIntResultsFile::create(S(QFileInfo(mName).fileName()));
-        file->initFromFile(mSource);
+        if (!fill(file.get()))
+            return false;
         file->setFileName(mName);
         mDefinition->addFile(FExpr<FGenIntFile>(file));
         return true;
     }
     // The rules and the names stay.
     const auto read = f_make_shared<FGenIntResultsFile>(std::string());
-    read->initFromFile(mSource);
+    if (!fill(read.get()))
+        return false;
     const QString content = read->getContent();
     there->setContent(content);
     call(there->getName(), "setContent", FLiteral::quoted(S(content)));
@@ -221,10 +236,8 @@ int FAddition::perform()
     QString why = relativePathProblem(mName);
     if (!why.isEmpty())
         return fail(kUsage, "the file name " + S(mName) + " is refused: " + S(why));
-    QFile source(mSource);
-    if (!FUserFile::open(&source, &why))
+    if (!FUserFile::read(mSource, &mBytes, &why))
         return fail(kFailed, "cannot read " + S(mSource) + ": " + S(why));
-    source.close();
     mIsNew = !QFileInfo::exists(path);
     if (mIsNew) {
         FProject::instance()->setPath(path);
@@ -254,7 +267,7 @@ int FAddition::perform()
         return kUnwritable;
     FCli::out("definition " + mDefinition->getName() + ": " +
               (mOptions.sample.empty() ? "template " : "sample ") + S(mName) + " of " +
-              std::to_string(QFileInfo(mSource).size()) + " bytes");
+              std::to_string(mBytes.size()) + " bytes");
     return kDone;
 }
 } // namespace

@@ -135,7 +135,7 @@ void TestDoors::loadingWritesNothing()
 void TestDoors::endsInWordsWithoutMemory()
 {
 #if defined(__SANITIZE_ADDRESS__) || (defined(__has_feature) && __has_feature(address_sanitizer))
-    QSKIP("the sanitizer needs its address space");
+    QSKIP("the sanitizer needs its address space", "");
 #endif
     const FSandbox box;
     box.write("p.tbk", "parameter a(\"" + QByteArray(200000000, 'x') + "\");\n");
@@ -163,7 +163,7 @@ void TestDoors::tellsWhyNothingWasExpanded()
     QCOMPARE(call.code, 4);
     QVERIFY2(call.err.contains("Not a directory"), call.err);
     if (::geteuid() == 0)
-        QSKIP("root may write everywhere");
+        QSKIP("root may write everywhere", "");
     QVERIFY(QDir(box.path()).mkdir("locked"));
     QCOMPARE(::chmod(box.path("locked").toUtf8().constData(), 0500), 0);
     for (const char *folder : {"locked", "locked/sub"}) {
@@ -229,6 +229,7 @@ void TestDoors::refusesToAdd_data()
         << QStringList{"--sample", "f", "--as", "in.txt"} << "has an input template in.txt";
     QTest::newRow("unknown definition")
         << QStringList{"--template", "f", "--definition", "none"} << "no definition none";
+    QTest::newRow("other bytes") << QStringList{"--sample", "latin1"} << "byte for byte";
     QTest::newRow("open quote") << QStringList{"--template", "f", "--program", "sh 'x"}
                                 << "a quote without end";
 }
@@ -240,6 +241,7 @@ void TestDoors::refusesToAdd()
     const FSandbox box;
     box.write("p.tbk", sumProject());
     box.write("f", "x\n");
+    box.write("latin1", "gr\xf6\xdf");
     const FCall call = box.call(QStringList{"add", "p.tbk"} + arguments);
     QCOMPARE(call.code, 2);
     QVERIFY2(call.err.contains(words.toUtf8()), call.err);

@@ -66,7 +66,8 @@ void FExprBase::release()
         return;
     }
     std::vector<std::shared_ptr<FObject>> aside;
-    if (tDepth++ == 0)
+    const bool isOutermost = tDepth++ == 0;
+    if (isOutermost)
         tAside = &aside;
     mObject.reset();
     while (!aside.empty()) {
@@ -74,6 +75,8 @@ void FExprBase::release()
         aside.pop_back();
     }
     --tDepth;
+    if (isOutermost)
+        tAside = nullptr;
 }
 
 void FExprBase::bind(std::shared_ptr<FObject> object)
