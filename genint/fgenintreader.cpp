@@ -114,7 +114,15 @@ void FGenIntReader::read(const FExpr<FGenIntResultsFile> &handle,
     if (!file || !table)
         return;
     if (!directory.isEmpty()) {
-        readFile(handle, table, directory + "/" + file->getFileName(), directory);
+        const QString path = directory + "/" + file->getFileName();
+        QString why;
+        if (!safeJoin(directory, file->getFileName(), &why).isEmpty()) {
+            readFile(handle, table, path, directory);
+            return;
+        }
+        FLogMsg::info("FGenIntReader", S(why), std::string(), &std::cout);
+        aborted("Could not open file " + S(path) + " for reading");
+        noteMissing(*file, table.get(), "no file");
         return;
     }
     mImportedObjects.clear();
@@ -162,8 +170,13 @@ void FGenIntReader::readFile(const FExpr<FGenIntResultsFile> &handle,
 bool FGenIntReader::import(const FGenIntResultsFileValue &value, const QString &cell,
                            const QString &directory)
 {
+    QString why;
+    const QString path = safeJoin(directory, cell, &why); // the name stands in the result's text
+    if (path.isEmpty())
+        FLogMsg::error("FGenIntReader", "Could not import the file of value " + value.mName, S(why),
+                       nullptr);
     FOvdlConfigurationParser parser("");
-    if (!parser.doImport(value.mImportType, S(directory + cell), value.mName))
+    if (path.isEmpty() || !parser.doImport(value.mImportType, S(path), value.mName))
         return false;
     mImportedObjects = parser.objects();
     return true;

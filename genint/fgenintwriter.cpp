@@ -6,9 +6,10 @@
 #include "fgenintwritercore.h"
 #include "flogmsg.h"
 #include "fpathmanager.h"
-#include "fsafefile.h"
+#include "frunfolder.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QHash>
 #include <algorithm>
 #include <iostream>
@@ -101,6 +102,32 @@ std::shared_ptr<FDefinitionGenInt> definitionOf(const FExpr<FConfigurationGenInt
     return definition;
 }
 
+/// Whether a file of that name can be made or replaced; a link can't.
+bool isFree(const QString &path, QString *why)
+{
+    const QFileInfo info(path);
+    if (info.isSymLink() || (info.exists() && !info.isFile()))
+        *why = path + (info.isSymLink() ? " is a symbolic link" : " is no file");
+    else if (!QFileInfo(info.path()).isDir() || !QFileInfo(info.path()).isWritable() ||
+             (info.exists() && !info.isWritable()))
+        *why = path + " can't be written";
+    return why->isEmpty();
+}
+
+/// What stands at \p path is the user's, and is replaced whole or not at all.
+bool replaceFile(const FGenIntCommandFile &file, const FTagValues &values, const QString &path)
+{
+    QByteArray text;
+    file.expander().expandTo(std::cref(values), [&text](const char *data, qint64 size) {
+        text.append(data, int(size));
+    });
+    QString why;
+    if (FSafeFile::write(path, text, &why))
+        return true;
+    FLogMsg::error(kSource, S(why), "Writing process aborted.", nullptr);
+    return false;
+}
+
 /// The file is opened before a value is asked for, so that a folder that can't be written to is
 /// told first. \p *folderThere is a folder that needn't be looked for again.
 bool writeFile(const FGenIntCommandFile &file, const FTagValues &values, const QString &directory,
@@ -116,13 +143,16 @@ bool writeFile(const FGenIntCommandFile &file, const FTagValues &values, const Q
                                               S(why));
         return false;
     };
-    const QString target = safeJoin(directory, file.getFileName(), &why, LastPart::Unchecked);
+    const QString target =
+        FRunFolder::join(directory, file.getFileName(), &why, LastPart::Unchecked);
     if (target.isEmpty())
         return fail();
     // A backslash separates folders too, though only here.
     const QString folder = path.left(std::max(path.lastIndexOf('/'), path.lastIndexOf('\\')));
     if (folder != *folderThere && (QDir(folder).exists() || QDir().mkpath(folder)))
         *folderThere = folder;
+    if (!FPathManager::instance()->runInProgress())
+        return isFree(target, &why) ? replaceFile(file, values, target) : fail();
     FPlainFile out;
     if (!out.open(target, &why))
         return fail();

@@ -11,8 +11,9 @@
 #include <unistd.h>
 
 namespace {
+constexpr uint64_t kMostTail = 4 << 20; // it stays in memory, one for each output
 char sBuffer[256 * 1024];
-}
+} // namespace
 
 FOutputCapture::~FOutputCapture()
 {
@@ -25,9 +26,9 @@ FOutputCapture::~FOutputCapture()
 
 bool FOutputCapture::open(const char *file, uint64_t limit)
 {
-    mHeadLimit = limit == 0 ? UINT64_MAX : limit / 2;
-    mTailLimit = limit == 0 ? 0 : limit - limit / 2;
-    mFile = ::open(file, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOCTTY, 0666);
+    mTailLimit = std::min(limit - limit / 2, kMostTail);
+    mHeadLimit = limit == 0 ? UINT64_MAX : limit - mTailLimit;
+    mFile = ::open(file, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOCTTY | O_NOFOLLOW, 0666);
     int ends[2];
     if (mFile < 0 || ::pipe2(ends, O_CLOEXEC) != 0) {
         mError = errno;

@@ -6,8 +6,9 @@
 
 /// Takes one output of a program through a pipe into a file that never grows far beyond a limit.
 ///
-/// The first half of the limit is written as it comes; of the rest the end stays in memory and is
-/// written last, behind a line that tells how many bytes were left out. A program that floods its
+/// The first part is written as it comes, half of the limit at least; of the rest the end stays in
+/// memory, a few MiB of it, and is written last, behind a line that tells how many bytes were left
+/// out. A program that floods its
 /// output is never blocked, not even when the disk is full.
 class FOutputCapture
 {
@@ -17,7 +18,8 @@ public:
     FOutputCapture(const FOutputCapture &) = delete;
     FOutputCapture &operator=(const FOutputCapture &) = delete;
 
-    /// Makes \p file and the pipe; a \p limit of 0 keeps everything. False: see error().
+    /// Makes \p file, which is no link, and the pipe; a \p limit of 0 keeps everything. False: see
+    /// error().
     bool open(const char *file, uint64_t limit);
     /// To be called once the program has its own copy of the writing end.
     void closeWriteEnd();

@@ -62,16 +62,20 @@ int startedChild(void *argument)
 }
 } // namespace
 
+bool FProgram::find(std::string *why)
+{
+    mPath = command[0];
+    const char *problem = mPath.find('/') == std::string::npos
+                              ? FProgramSearch::find(command[0], ::getenv("PATH"), &mPath)
+                              : nullptr;
+    if (problem)
+        *why = problem;
+    return !problem;
+}
+
 pid_t FProgram::start(std::string *why) const
 {
-    std::string path = command[0];
-    if (path.find('/') == std::string::npos) {
-        if (const char *problem = FProgramSearch::find(command[0], ::getenv("PATH"), &path)) {
-            *why = problem;
-            return -1;
-        }
-    }
-    FStart start = {this, path.c_str(), 0};
+    FStart start = {this, mPath.c_str(), 0};
     alignas(64) static char stack[32 * 1024];
     // Sharing the memory until the program is loaded costs nothing, and brings its error back.
     const pid_t pid =
@@ -84,6 +88,6 @@ pid_t FProgram::start(std::string *why) const
         return pid;
     while (::waitpid(pid, nullptr, 0) < 0 && errno == EINTR) {
     }
-    *why = execProblem(path, start.error);
+    *why = execProblem(mPath, start.error);
     return -1;
 }

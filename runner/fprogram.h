@@ -13,8 +13,13 @@ struct FProgram
     int input = -1, output = -1, errors = -1; // what becomes its standard files
     uint64_t fileLimit = 0;                   // bytes of any one file it writes, 0 none
 
-    /// Its process number, or -1 with the words for it in \p why ("not found", ...). A name
-    /// without a slash is looked up in PATH; the current folder is where it starts.
+    /// Looks a name without a slash up in PATH. False with the reason in words ("not found", ...).
+    bool find(std::string *why);
+    /// Its process number, or -1 with the words for it in \p why. The current folder is where it
+    /// starts. After find().
     pid_t start(std::string *why) const;
+
+private:
+    std::string mPath;
 };
 #endif

@@ -26,10 +26,10 @@ bool FRunnerOptions::parse(int argc, char **argv, std::string *why)
     {
         const char *name;
         std::string *text;
-    } texts[] = {{"--directory", &directory}, {"--record", &recordFile},
-                 {"--stdin", &stdinFile},     {"--stdout", &stdoutFile},
-                 {"--stderr", &stderrFile},   {"--computation", &computation},
-                 {"--design", &design}};
+    } texts[] = {
+        {"--directory", &directory}, {"--record", &recordFile}, {"--stdin", &stdinFile},
+        {"--stdout", &stdoutFile},   {"--stderr", &stderrFile}, {"--computation", &computation},
+        {"--design", &design},       {"--prepared", &prepared}, {"--place", &place}};
     int i = 1;
     for (; i < argc && std::strcmp(argv[i], "--") != 0; i += 2) {
         const std::string name = argv[i];
@@ -47,8 +47,16 @@ bool FRunnerOptions::parse(int argc, char **argv, std::string *why)
             *text = value;
         else if (name == "--expect")
             expected.emplace_back(value);
+        else if (name == "--variable")
+            variables.emplace_back(value);
+        else if (name == "--wait-for")
+            good = (waitForAll = !std::strcmp(value, "all")) || !std::strcmp(value, "first");
         else if (name == "--control")
             good = readNumber(value, &control) && control >= 0;
+        else if (name == "--folder")
+            good = readNumber(value, &folder) && folder >= 0;
+        else if (name == "--parent")
+            good = readNumber(value, &parent) && parent >= 0;
         else if (name == "--time-limit")
             good = readSeconds(value, &timeLimit);
         else if (name == "--grace")
@@ -66,7 +74,8 @@ bool FRunnerOptions::parse(int argc, char **argv, std::string *why)
             return false;
         }
     }
-    if (directory.empty() || control < 0 || i + 1 >= argc) {
+    if (directory.empty() || control < 0 || i + 1 >= argc || place.empty() != prepared.empty() ||
+        (!place.empty() && parent < 0)) {
         *why = "expected --directory DIR --control FD [OPTIONS] -- PROGRAM [ARG...]";
         return false;
     }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "frunreport.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -99,6 +100,34 @@ private:
     }
     std::string mText;
 };
+/// Variables that change how a program is loaded or how it counts and prints.
+bool isTelling(const char *entry)
+{
+    for (const char *start : {"LD_", "OMP_", "GOMP_", "KMP_", "MKL_", "OPENBLAS_", "LC_",
+                              "LANG=", "LANGUAGE=", "TZ=", "PATH="})
+        if (std::strncmp(entry, start, std::strlen(start)) == 0)
+            return true;
+    return false;
+}
+
+/// Those, and the ones that are named, as a JSON object.
+std::string environmentJson(const std::vector<std::string> &names)
+{
+    std::string json = "{";
+    for (char **entry = environ; *entry; ++entry) {
+        const char *sign = std::strchr(*entry, '=');
+        if (!sign)
+            continue;
+        const std::string name(*entry, size_t(sign - *entry));
+        if (!isTelling(*entry) && std::find(names.begin(), names.end(), name) == names.end())
+            continue;
+        json += json.size() > 1 ? ", " : "";
+        appendString(&json, name);
+        json += ": ";
+        appendString(&json, sign + 1);
+    }
+    return json + '}';
+}
 } // namespace
 
 std::string FRunReport::toJson(const FRunnerOptions &options) const
@@ -114,11 +143,13 @@ std::string FRunReport::toJson(const FRunnerOptions &options) const
     json.string("design", options.design);
     json.raw("command", command);
     json.string("directory", options.directory);
+    json.raw("environment", environmentJson(options.variables));
     json.string("start", utcText(startMs));
     json.raw("seconds", secondsText(seconds));
     json.raw("cpuSeconds", secondsText(cpuSeconds));
     json.raw("exitCode", hasExitCode ? std::to_string(exitCode) : "null");
     json.raw("signal", hasSignal ? std::to_string(signal) : "null");
+    json.raw("processesEnded", std::to_string(processesEnded));
     json.raw("peakMemoryKiB", std::to_string(peakMemoryKiB));
     json.string("state", state);
     json.string("reason", reason);
@@ -145,10 +176,18 @@ bool writeAll(int fd, const char *text, size_t size)
     return true;
 }
 
-bool replaceFile(const std::string &file, const std::string &text, std::string *why)
+void splitPath(const std::string &path, std::string *folder, std::string *name)
 {
-    const std::string temporary = file + '.' + std::to_string(::getpid()) + ".tmp";
-    const int fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    const size_t slash = path.rfind('/');
+    *folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+    *name = path.substr(slash + 1);
+}
+
+bool replaceFile(int folder, const std::string &name, const std::string &text, std::string *why)
+{
+    const std::string temporary = name + '.' + std::to_string(::getpid()) + ".tmp";
+    const int fd =
+        ::openat(folder, temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (fd < 0) {
         *why = std::strerror(errno);
         return false;
@@ -156,11 +195,11 @@ bool replaceFile(const std::string &file, const std::string &text, std::string *
     int error = writeAll(fd, text.data(), text.size()) ? 0 : errno;
     if (::close(fd) != 0 && error == 0)
         error = errno;
-    if (error == 0 && ::rename(temporary.c_str(), file.c_str()) != 0)
+    if (error == 0 && ::renameat(folder, temporary.c_str(), folder, name.c_str()) != 0)
         error = errno;
     if (error == 0)
         return true;
     *why = std::strerror(error);
-    ::unlink(temporary.c_str());
+    ::unlinkat(folder, temporary.c_str(), 0);
     return false;
 }

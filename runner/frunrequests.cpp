@@ -11,11 +11,11 @@
 #include <unistd.h>
 
 namespace {
-/// Reads \p size bytes, and the file that came with them if there is one. False at the end.
-bool receiveAll(int socket, void *bytes, size_t size, int *file)
+/// Reads \p size bytes, and the files that came with them if there are any. False at the end.
+bool receiveAll(int socket, void *bytes, size_t size, int *files, int *count)
 {
     while (size > 0) {
-        alignas(cmsghdr) char room[CMSG_SPACE(sizeof(int))];
+        alignas(cmsghdr) char room[CMSG_SPACE(FRunRequests::kFiles * sizeof(int))];
         iovec part = {bytes, size};
         msghdr message = {};
         message.msg_iov = &part;
@@ -28,8 +28,11 @@ bool receiveAll(int socket, void *bytes, size_t size, int *file)
         if (got <= 0)
             return false;
         const cmsghdr *header = CMSG_FIRSTHDR(&message);
-        if (header && header->cmsg_type == SCM_RIGHTS)
-            std::memcpy(file, CMSG_DATA(header), sizeof *file);
+        if (header && header->cmsg_type == SCM_RIGHTS) {
+            const size_t length = header->cmsg_len - CMSG_LEN(0);
+            std::memcpy(files, CMSG_DATA(header), length);
+            *count = int(length / sizeof(int));
+        }
         bytes = static_cast<char *>(bytes) + got;
         size -= size_t(got);
     }
@@ -42,7 +45,7 @@ FRunRequests::FRunRequests(int socket)
     // A pipe of the caller must not stay open because of this process. The socket is the last of
     // the files that are meant for it.
     ::close_range(unsigned(socket) + 1, ~0U, 0);
-    mSocket = ::fcntl(socket, F_DUPFD_CLOEXEC, kControl + 1);
+    mSocket = ::fcntl(socket, F_DUPFD_CLOEXEC, kControl + kFiles);
     ::close(socket);
     // Between two runs only the end of the caller ends this process.
     for (int signal : {SIGINT, SIGTERM, SIGHUP})
@@ -57,16 +60,13 @@ bool FRunRequests::receive()
 {
     (void)!::chdir("/"); // the folder of the last run may go
     uint32_t sizes[2];
-    int control = -1;
-    if (mSocket < 0 || !receiveAll(mSocket, sizes, sizeof sizes, &control))
+    int files[kFiles], count = 0;
+    if (mSocket < 0 || !receiveAll(mSocket, sizes, sizeof sizes, files, &count))
         return false;
     mText.resize(sizes[1]);
-    if (!receiveAll(mSocket, mText.data(), mText.size(), &control) || control < 0)
+    if (!receiveAll(mSocket, mText.data(), mText.size(), files, &count) || count == 0)
         return false;
-    if (control != kControl) {
-        ::dup2(control, kControl);
-        ::close(control);
-    }
+    place(files, count);
     // What was meant for an earlier run, or for none.
     const timespec atOnce = {};
     while (::sigtimedwait(&mHeld, nullptr, &atOnce) > 0) {
@@ -74,6 +74,26 @@ bool FRunRequests::receive()
     unpack(sizes[0]);
     return true;
 }
+
+void FRunRequests::place(const int *files, int count)
+{
+    bool right = true;
+    for (int i = 0; i < count; ++i)
+        right = right && files[i] == kControl + i;
+    if (right)
+        return; // as it is unless a standard file was missing
+    int above[kFiles];
+    for (int i = 0; i < count; ++i) {
+        above[i] = ::fcntl(files[i], F_DUPFD_CLOEXEC, kControl + kFiles);
+        ::close(files[i]);
+    }
+    for (int i = 0; i < count; ++i) {
+        ::dup2(above[i], kControl + i);
+        ::close(above[i]);
+    }
+}
+
+void FRunRequests::closeFiles() { ::close_range(kControl, kControl + kFiles - 1, 0); }
 
 void FRunRequests::close()
 {

@@ -15,14 +15,17 @@
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/signalfd.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
 const int64_t kSecond = 1000000000;
-const double kLeftoverGrace = 0.1; // seconds for what a program leaves behind
-const double kLongest = 1e9;       // seconds; longer is no limit
+const unsigned kExchange = 1u << 1; // RENAME_EXCHANGE, absent from older headers
+const double kLeftoverGrace = 0.1;  // seconds for what a program leaves behind
+const double kLongest = 1e9;        // seconds; longer is no limit
 
 int64_t now(clockid_t clock)
 {
@@ -74,18 +77,10 @@ FSupervisor::~FSupervisor()
 FRunReport FSupervisor::run()
 {
     mReport.startMs = now(CLOCK_REALTIME) / 1000000;
+    std::string why;
     if (!prepare() || !openFiles())
         return mReport;
-    FProgram program;
-    program.command = const_cast<char **>(mOptions.command.data());
-    program.input = mInput >= 0 ? mInput : mNull;
-    program.output = mOutput.writeEnd() >= 0 ? mOutput.writeEnd() : mNull;
-    program.errors = errorCapture()->writeEnd() >= 0 ? errorCapture()->writeEnd() : mNull;
-    program.fileLimit = mOptions.fileLimit;
-    std::string why;
-    mStart = now(CLOCK_MONOTONIC);
-    mProgram = program.start(&why);
-    if (mProgram < 0) {
+    if (!startProgram(&why)) {
         mReport.set("not-started", std::string("cannot start ") + mOptions.command[0] + ": " + why);
         return mReport;
     }
@@ -98,12 +93,67 @@ FRunReport FSupervisor::run()
     return mReport;
 }
 
+bool FSupervisor::startProgram(std::string *why)
+{
+    FProgram program;
+    program.command = const_cast<char **>(mOptions.command.data());
+    program.input = mInput >= 0 ? mInput : mNull;
+    program.output = mOutput.writeEnd() >= 0 ? mOutput.writeEnd() : mNull;
+    program.errors = errorCapture()->writeEnd() >= 0 ? errorCapture()->writeEnd() : mNull;
+    program.fileLimit = mOptions.fileLimit;
+    if (!program.find(why))
+        return false;
+    if (!takePlace(false)) {
+        *why = std::string("its folder can't take its place: ") + std::strerror(errno);
+        return false;
+    }
+    mStart = now(CLOCK_MONOTONIC);
+    mProgram = program.start(why);
+    if (mProgram < 0 && !takePlace(true))
+        *why += std::string("; the folder before can't come back: ") + std::strerror(errno);
+    // The caller can remove what was replaced.
+    if (mProgram >= 0 && !mOptions.place.empty())
+        (void)!::send(mOptions.control, "started\n", 8, MSG_NOSIGNAL);
+    return mProgram >= 0;
+}
+
+bool FSupervisor::takePlace(bool back)
+{
+    if (mOptions.place.empty())
+        return true;
+    const int parent = mOptions.parent;
+    const char *prepared = mOptions.prepared.c_str(), *place = mOptions.place.c_str();
+    // At once, so that a kill leaves one or the other whole.
+    if (::syscall(SYS_renameat2, parent, prepared, parent, place, kExchange) == 0)
+        return true;
+    if (errno == ENOENT)
+        return back ? ::renameat(parent, place, parent, prepared) == 0
+                    : ::renameat(parent, prepared, parent, place) == 0;
+    if (errno != EINVAL && errno != ENOSYS && errno != EOPNOTSUPP && errno != EPERM)
+        return false;
+    // A file system that can't: in between nothing stands in the place.
+    const std::string aside = mOptions.prepared + ".old";
+    return ::renameat(parent, place, parent, aside.c_str()) == 0 &&
+           ::renameat(parent, prepared, parent, place) == 0 &&
+           ::renameat(parent, aside.c_str(), parent, prepared) == 0;
+}
+
 bool FSupervisor::prepare()
 {
-    mReport.inDirectory = ::chdir(mOptions.directory.c_str()) == 0;
-    if (!mReport.inDirectory) {
+    const bool inDirectory = mOptions.folder >= 0 ? ::fchdir(mOptions.folder) == 0
+                                                  : ::chdir(mOptions.directory.c_str()) == 0;
+    const int error = errno;
+    if (inDirectory || mOptions.recordFile[0] == '/')
+        openRecordFolder();
+    if (!inDirectory) {
+        errno = error;
         mReport.set("not-started",
                     "cannot enter directory " + mOptions.directory + ": " + std::strerror(errno));
+        return false;
+    }
+    if (mReport.recordFolder < 0 && !mOptions.recordFile.empty()) {
+        mReport.set("not-started", "cannot open the folder of " + mOptions.recordFile + ": " +
+                                       std::strerror(errno));
         return false;
     }
     mSignals = openSignals();
@@ -116,6 +166,16 @@ bool FSupervisor::prepare()
         return true;
     mReport.set("cancelled", "cancelled");
     return false;
+}
+
+void FSupervisor::openRecordFolder()
+{
+    std::string folder, name;
+    splitPath(mOptions.recordFile, &folder, &name);
+    // A slash at the end would follow a link.
+    while (folder.size() > 1 && folder.back() == '/')
+        folder.pop_back();
+    mReport.recordFolder = ::open(folder.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
 }
 
 FOutputCapture *FSupervisor::errorCapture()
@@ -165,11 +225,13 @@ int FSupervisor::openInput()
 void FSupervisor::supervise()
 {
     while (reap()) {
-        if (mProgram < 0 && mPhase == FPhase::Running)
+        if (mProgram < 0 && mPhase == FPhase::Running && !mOptions.waitForAll)
             stop(FCause::Program, kLeftoverGrace);
         waitForEvent();
         checkTimes();
     }
+    if (mOptions.waitForAll)
+        mReport.seconds = double(now(CLOCK_MONOTONIC) - mStart) / double(kSecond);
     mOutput.finish();
     mErrors.finish();
     mReport.stdoutBytes = mOutput.total();
@@ -272,8 +334,11 @@ void FSupervisor::stop(FCause cause, double graceSeconds)
     mCause = cause;
     mPhase = FPhase::Terminating;
     mDeadline = later(graceSeconds);
-    if (!signalDescendants(SIGTERM) && mProgram >= 0)
+    const int left = signalDescendants(SIGTERM);
+    if (left < 0 && mProgram >= 0)
         ::kill(-mProgram, SIGTERM);
+    if (cause == FCause::Program)
+        mReport.processesEnded = std::max(0, left);
 }
 
 void FSupervisor::killAll()
@@ -282,7 +347,7 @@ void FSupervisor::killAll()
     mDeadline = later(1); // for what may not be killed yet, such as a program with other rights
     if (mProgram >= 0)
         ::kill(-mProgram, SIGKILL); // the group at once, however fast it multiplies
-    mTreeKnown = signalDescendants(SIGKILL);
+    mTreeKnown = signalDescendants(SIGKILL) >= 0;
 }
 
 const std::string *FSupervisor::missingFile() const

@@ -8,8 +8,9 @@
 
 /// Carries one program from its start until nothing of it is left, and tells what became of it.
 ///
-/// The program and all it starts end with its first process, with the time limit, with a word of
-/// the caller or with the caller's end. One thread that sleeps until something happens.
+/// The program and all it starts end with its first process (with its last one if the options say
+/// so), with the time limit, with a word of the caller or with the caller's end. One thread that
+/// sleeps until something happens.
 class FSupervisor
 {
 public:
@@ -29,6 +30,10 @@ private:
     enum class FPhase { Running, Terminating, Killing };
 
     bool prepare();
+    void openRecordFolder();
+    bool startProgram(std::string *why);
+    /// Puts the prepared folder in its place, or takes it back.
+    bool takePlace(bool back);
     bool openFiles();
     int openInput();
     FOutputCapture *errorCapture();

@@ -47,11 +47,15 @@ int carry(int argc, char **argv, FRunRequests *requests)
 
     FRunReport report = FSupervisor(options).run();
     std::string json = report.toJson(options);
-    const bool hasPlace = report.inDirectory || options.recordFile[0] == '/';
-    if (hasPlace && !options.recordFile.empty() && !replaceFile(options.recordFile, json, &why)) {
+    std::string folder, name;
+    splitPath(options.recordFile, &folder, &name);
+    if (report.recordFolder >= 0 && !name.empty() &&
+        !replaceFile(report.recordFolder, name, json, &why)) {
         report.set("failed", "cannot write " + options.recordFile + ": " + why);
         json = report.toJson(options);
     }
+    if (report.recordFolder >= 0)
+        ::close(report.recordFolder);
     if (requests && ::waitpid(-1, nullptr, WNOHANG) >= 0)
         requests->close();
     return send(options.control, json) ? 0 : 1;
@@ -65,7 +69,7 @@ int main(int argc, char **argv)
     FRunRequests requests(std::atoi(argv[2]));
     while (requests.receive()) {
         carry(requests.argc(), requests.argv(), &requests);
-        ::close(FRunRequests::kControl);
+        FRunRequests::closeFiles();
     }
     return 0;
 }

@@ -108,9 +108,10 @@ int FCli::extract(const FCliOptions &options)
         const size_t before = FLogMsg::count();
         FGenIntReader reader;
         reader.setTellPlaces(options.json);
-        reader.readFile(file, table,
-                        info.isDir() ? folder + "/" + file->getFileName() : info.filePath(),
-                        folder);
+        if (info.isDir())
+            reader.read(file, table, folder);
+        else
+            reader.readFile(file, table, info.filePath(), folder);
         if (table->rows().empty() && FLogMsg::count() > before)
             code = kFailed;
         if (options.json) {

@@ -99,7 +99,7 @@ QJsonObject runJson(const FRunRecord &record, const QJsonArray &tables)
 {
     return {{"computation", Q(record.computation)},
             {"design", Q(record.design)},
-            {"state", Q(record.state)},
+            {"state", record.stateText()},
             {"reason", Q(record.reason)},
             {"exitCode", record.hasExitCode ? QJsonValue(record.exitCode) : QJsonValue()},
             {"signal", record.hasSignal ? QJsonValue(record.signal) : QJsonValue()},

@@ -3,6 +3,7 @@
 #include "fgenintcheckparts.h"
 #include "fgenintcomputation.h"
 #include "fprogramsearch.h"
+#include "frunfolder.h"
 #include "fsafefile.h"
 
 #include <QFile>
@@ -53,7 +54,7 @@ public:
         : mComputation(computation)
         , mFindings(findings)
     {
-        for (const char *name : {"stdout.txt", "stderr.txt", "run.json"})
+        for (const char *name : {"stdout.txt", "stderr.txt", FRunFolder::kOwn})
             mFiles.emplace(name, "the run itself");
     }
 

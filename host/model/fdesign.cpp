@@ -16,7 +16,9 @@ std::shared_ptr<FDesign> &theBaseline()
     return design;
 }
 std::weak_ptr<FDesign> gCurrent;
+std::weak_ptr<FDesign> gChosen; // while a scope is open
 bool gSwitching = false;
+int gScopes = 0, gEvaluating = 0;
 std::vector<FDesignObserver *> &observers()
 {
     static std::vector<FDesignObserver *> all;
@@ -51,7 +53,34 @@ std::shared_ptr<FDesign> FDesign::current()
     return design && !design->isDestroyed() ? design : baseline();
 }
 
+std::shared_ptr<FDesign> FDesign::chosen()
+{
+    const auto design = gScopes > 0 ? gChosen.lock() : nullptr;
+    return design && !design->isDestroyed() ? design : gScopes > 0 ? baseline() : current();
+}
+
 bool FDesign::isSwitching() { return gSwitching; }
+
+const FDesign *FDesign::concerned() { return gEvaluating > 0 ? current().get() : nullptr; }
+
+FDesign::Scope::Scope(const std::shared_ptr<FDesign> &design)
+    : mEvaluates(design && !design->isDestroyed())
+{
+    const auto before = current();
+    if (gScopes++ == 0)
+        gChosen = before;
+    gEvaluating += mEvaluates;
+    if (mEvaluates)
+        evaluateFor(design);
+}
+
+FDesign::Scope::~Scope()
+{
+    gEvaluating -= mEvaluates;
+    if (gScopes == 1)
+        evaluateFor(chosen());
+    --gScopes;
+}
 
 std::vector<std::shared_ptr<FDesign>> FDesign::all()
 {
@@ -64,6 +93,21 @@ std::vector<std::shared_ptr<FDesign>> FDesign::all()
 
 void FDesign::setCurrent(const std::shared_ptr<FDesign> &design)
 {
+    if (gScopes > 0 && design) {
+        const bool isNew = chosen() != design;
+        gChosen = design;
+        if (isNew)
+            FChanges::noteDesign();
+        return;
+    }
+    const auto before = current();
+    evaluateFor(design);
+    if (current() != before)
+        FChanges::noteDesign();
+}
+
+void FDesign::evaluateFor(const std::shared_ptr<FDesign> &design)
+{
     // The one before may have just left the project: what it set is stale all the same.
     const std::shared_ptr<FDesign> known = gCurrent.lock(), before = known ? known : current();
     if (!design || design == before)
@@ -75,7 +119,6 @@ void FDesign::setCurrent(const std::shared_ptr<FDesign> &design)
     for (FDesignObserver *observer : observers())
         observer->designSwitched();
     gSwitching = false;
-    FChanges::noteDesign();
 }
 
 void FDesign::touch() const
@@ -151,6 +194,20 @@ FExpr<FDesign> FDesign::duplicate(const std::string &name)
     return copy;
 }
 
+std::shared_ptr<FManaged> FDesign::setName(const std::string &name)
+{
+    for (const FDesignObserver *observer : observers())
+        if (name != getName() && isRegistered() && !observer->mayRename(this))
+            return shared_from_base<FManaged>();
+    return FEntity::setName(name);
+}
+
+void FDesign::nameChanged(const std::string &before)
+{
+    for (FDesignObserver *observer : observers())
+        observer->designRenamed(this, before);
+}
+
 const FExprBase *FDesign::valueOf(const FParameter *parameter) const
 {
     const auto place = mPlaces.find(parameter);
@@ -207,8 +264,14 @@ void FDesign::stateRestored()
 
 void FDesign::retire()
 {
-    if (gCurrent.lock().get() == this)
-        setCurrent(baseline());
+    for (FDesignObserver *observer : observers())
+        observer->designRetired(this);
+    if (gChosen.lock().get() == this)
+        gChosen = baseline();
+    if (gCurrent.lock().get() == this) {
+        evaluateFor(baseline());
+        FChanges::noteDesign();
+    }
     for (Override &own : mValues) // else the parameters go on depending on each other
         own.value.deregisterClient(own.parameter.getExpr());
     FEntity::retire();

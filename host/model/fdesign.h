@@ -15,6 +15,11 @@ public:
     virtual void designSwitched() = 0;
     /// The values of \p design changed.
     virtual void designEdited(const FDesign *design) = 0;
+    /// \p design leaves the project.
+    virtual void designRetired(const FDesign *design) = 0;
+    /// False while its name must stay.
+    virtual bool mayRename(const FDesign *design) const = 0;
+    virtual void designRenamed(const FDesign *design, const std::string &before) = 0;
 };
 
 /// A design: values of parameters that differ from the baseline. Exactly one design is current.
@@ -26,14 +31,36 @@ public:
         : FEntity(std::move(name))
     {
     }
+    /// Refused with a message while a run of the design is under way: its folder has that name.
+    std::shared_ptr<FManaged> setName(const std::string &name) override;
     static std::shared_ptr<FDesign> create(const std::string &name);
     /// The design of the parameters' own values, in every project.
     static std::shared_ptr<FDesign> baseline();
+    /// The one that values are evaluated for.
     static std::shared_ptr<FDesign> current();
+    /// The one that the user sees. The current one, but while a run is started or concluded.
+    static std::shared_ptr<FDesign> chosen();
     /// Makes \p design current; what differs goes stale, runs keep their state per design.
     static void setCurrent(const std::shared_ptr<FDesign> &design);
     /// True while the current design changes: staleness is then no news for a run.
     static bool isSwitching();
+    /// The design whose results alone are concerned by what gets stale now; null for all designs.
+    static const FDesign *concerned();
+
+    /// Evaluates for another design for its lifetime; the user's comes back with the outermost
+    /// scope. Nobody who watches the model is told of it. Without a design it only keeps scopes
+    /// inside it from going back in between.
+    class Scope
+    {
+    public:
+        explicit Scope(const std::shared_ptr<FDesign> &design);
+        ~Scope();
+        Scope(const Scope &) = delete;
+        Scope &operator=(const Scope &) = delete;
+
+    private:
+        bool mEvaluates;
+    };
     static std::vector<std::shared_ptr<FDesign>> all();
     /// \p observer lives as long as the program.
     static void addObserver(FDesignObserver *observer);
@@ -56,6 +83,9 @@ public:
 
     static void initCmds();
 
+protected:
+    void nameChanged(const std::string &before) override;
+
 private:
     struct Override
     {
@@ -63,6 +93,7 @@ private:
         FExprBase value;
     };
     static void connect(Override *own);
+    static void evaluateFor(const std::shared_ptr<FDesign> &design);
     void touch() const;
     void valueChanged(const std::shared_ptr<FParameter> &parameter, const char *text);
     std::vector<Override> mValues;

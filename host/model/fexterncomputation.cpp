@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fexterncomputation.h"
 
+#include "fchanges.h"
 #include "fcmdbinder.h"
 #include "fdesign.h"
 #include "fhistory.h"
@@ -8,7 +9,10 @@
 #include "fmarloctrl.h"
 #include "fobjectmanager.h"
 #include "fpathmanager.h"
+#include "frunfolder.h"
+#include "frunlock.h"
 #include "frunqueue.h"
+#include "fviewctrl.h"
 
 #include <QDir>
 #include <algorithm>
@@ -48,6 +52,11 @@ FStatus FExternComputation::setTimeout(double seconds)
     return {};
 }
 
+void FExternComputation::setWaitForAll(bool on)
+{
+    assign(mWaitForAll, on, F_TEXT("set waiting for all processes"));
+}
+
 void FExternComputation::init(const std::shared_ptr<FExternComputation> &source)
 {
     if (!source || source->isNull())
@@ -57,6 +66,7 @@ void FExternComputation::init(const std::shared_ptr<FExternComputation> &source)
     mStandardInput = source->mStandardInput;
     mEnvironment = source->mEnvironment;
     mTimeout = source->mTimeout;
+    mWaitForAll = source->mWaitForAll;
     setOutOfDate(0);
 }
 
@@ -86,8 +96,10 @@ void FExternComputation::stalenessPassed() const
         // Only the current design is concerned, and its state is looked up afterwards.
         return;
     }
+    if (const FDesign *design = FDesign::concerned())
+        return stateOf(design).setStale();
     for (auto &state : mStates)
-        state.second.upToDate = false;
+        state.second.setStale();
 }
 
 void FExternComputation::designChanged()
@@ -105,7 +117,56 @@ void FExternComputation::designChanged()
 void FExternComputation::designEdited(const FDesign *design)
 {
     for (const auto &handle : getManageds<FExternComputation>())
-        handle.getPtr()->stateOf(design).upToDate = false;
+        handle.getPtr()->stateOf(design).setStale();
+}
+
+bool FExternComputation::isRunningFor(const FDesign *design) const
+{
+    return stateOf(design).running;
+}
+
+unsigned long FExternComputation::editionFor(const FDesign *design) const
+{
+    return stateOf(design).edition;
+}
+
+namespace {
+/// Whether the folders of \p object may get other names now.
+bool mayMoveRuns(const FManaged &object, const FExternComputation *running)
+{
+    std::string why;
+    const std::string designs = FPathManager::instance()->getDesignsDirAbs();
+    if (running)
+        why = running->getName() + " runs";
+    else if (!QDir(Q(designs)).exists() || FRunLock::take(designs, &why))
+        return true;
+    FLogMsg::error("Run", object.getName() + " can't be renamed now: its folder has that name", why,
+                   nullptr);
+    return false;
+}
+
+void moveRuns(const std::string &from, const std::string &to)
+{
+    QString why;
+    if (!FMarloCtrl::instance()->isLoadingProject() && !FRunFolder::move(from, to, &why))
+        FLogMsg::error("Run", "Could not rename a folder of runs", S(why), nullptr);
+}
+} // namespace
+
+std::shared_ptr<FManaged> FExternComputation::setName(const std::string &name)
+{
+    if (name != getName() && isRegistered() && !FMarloCtrl::instance()->isLoadingProject() &&
+        !mayMoveRuns(*this, mRunning > 0 ? this : nullptr))
+        return shared_from_base<FManaged>();
+    return FManaged::setName(name);
+}
+
+void FExternComputation::nameChanged(const std::string &before)
+{
+    for (const auto &design : FDesign::all()) {
+        const std::string folder = FPathManager::instance()->getDesignDirAbs(design) + "/";
+        moveRuns(folder + before, folder + getName());
+    }
 }
 
 namespace {
@@ -143,16 +204,12 @@ FStatus FExternComputation::run()
         return {"a run can't start while a project is loading"};
     if (FUpdates::isFlushing())
         return {"a run can't start because a value is updated"};
+    if (FViewCtrl::instance()->hasGui())
+        return guiRun();
     if (mRunning > 0)
         return {getName() + " is running"};
     FRunQueue queue;
-    const auto design = FDesign::current();
-    std::vector<std::shared_ptr<FExternComputation>> chain;
-    for (const auto &supplier : supplierComputations())
-        if (!supplier->isUpToDateFor(design))
-            chain.push_back(supplier);
-    chain.push_back(shared_from_base<FExternComputation>());
-    queue.add(design, chain);
+    queue.add(FDesign::chosen(), staleChain());
     queue.run(1);
     const auto &records = queue.records();
     for (const FRunRecord &record : records)
@@ -161,10 +218,29 @@ FStatus FExternComputation::run()
     return {};
 }
 
-void FExternComputation::guiRun()
+std::vector<std::shared_ptr<FExternComputation>> FExternComputation::staleChain() const
 {
-    FRunQueue::background()->add(FDesign::current(), {shared_from_base<FExternComputation>()});
-    FRunQueue::background()->start(1);
+    std::vector<std::shared_ptr<FExternComputation>> chain;
+    const auto design = FDesign::chosen();
+    for (const auto &supplier : supplierComputations())
+        if (!supplier->isUpToDateFor(design))
+            chain.push_back(supplier);
+    chain.push_back(
+        std::const_pointer_cast<FExternComputation>(shared_from_base<FExternComputation>()));
+    return chain;
+}
+
+FStatus FExternComputation::guiRun()
+{
+    if (FMarloCtrl::instance()->isLoadingProject())
+        return {"a run can't start while a project is loading"};
+    const auto design = FDesign::chosen();
+    FRunQueue *queue = FRunQueue::background();
+    if (isRunningFor(design.get()) || queue->isQueued(this, design.get()))
+        return {getName() + " is running"};
+    queue->add(design, staleChain());
+    queue->start(queue->jobs());
+    return {};
 }
 
 bool FExternComputation::canReread() const
@@ -202,30 +278,47 @@ FStatus FExternComputation::rereadResults()
         results = makeResults(design);
     if (!results)
         return {getName() + " has no results that could be read"};
+    if (const auto generic = std::dynamic_pointer_cast<FResultsGeneric>(results))
+        generic->setRunNote(std::nullopt);
     processReread(results);
     for (FObject *client : clients().objects())
         client->setOutOfDate(0);
     return {};
 }
 
-void FExternComputation::runEnded(const std::shared_ptr<FDesign> &design, bool succeeded)
+void FExternComputation::runStarted(const FDesign *design)
+{
+    ++mRunning;
+    stateOf(design).running = true;
+    FChanges::note(this, FChanges::State);
+}
+
+void FExternComputation::runStopped(const FDesign *design)
 {
     --mRunning;
+    stateOf(design).running = false;
+    FChanges::note(this, FChanges::State);
+}
+
+void FExternComputation::takeResults(const std::shared_ptr<FDesign> &design,
+                                     const FRunRecord &record)
+{
     DesignState &state = stateOf(design.get());
-    if (succeeded) {
+    if (record.succeeded()) {
         if (const auto results = makeResults(design)) {
-            if (const auto generic = std::dynamic_pointer_cast<FResultsGeneric>(results))
+            if (const auto generic = std::dynamic_pointer_cast<FResultsGeneric>(results)) {
                 generic->setResultFiles(resultsFileNames());
+                generic->setRunNote(record.note());
+            }
             applyOutputHandles(results);
         }
-        state.upToDate = true;
     } else {
         const FHistoryBlocker unrecorded;
         if (const auto old = state.results.getPtr())
             FManaged::destroy(old, true);
         state.results = FExpr<FComputationResults>();
-        state.upToDate = false;
     }
+    state.upToDate = record.succeeded() && !record.inputsChanged;
     for (FObject *client : clients().objects())
         client->setOutOfDate(0);
     setUpToDate(state.upToDate);
@@ -233,17 +326,20 @@ void FExternComputation::runEnded(const std::shared_ptr<FDesign> &design, bool s
 
 void FExternComputation::retire()
 {
-    for (auto &state : mStates)
-        if (const auto results = state.second.results.getPtr())
+    FRunQueue::forget(this, nullptr);
+    for (auto &[design, state] : mStates) {
+        if (const auto results = state.results.getPtr())
             FManaged::destroy(results, true);
-    mStates.clear();
+        state.results = FExpr<FComputationResults>();
+        state.setStale(); // a run that is being ended still has its folder
+    }
     FManaged::retire();
 }
 
 void FExternComputation::visitState(FStateVisitor &state)
 {
     FManaged::visitState(state);
-    state(mApplication)(mArguments)(mStandardInput)(mEnvironment)(mTimeout);
+    state(mApplication)(mArguments)(mStandardInput)(mEnvironment)(mTimeout)(mWaitForAll);
 }
 
 bool FExternComputation::hasSavedResults() const
@@ -272,6 +368,20 @@ void FExternComputation::initCmds()
         {
             FExternComputation::designEdited(design);
         }
+        void designRetired(const FDesign *design) override { FRunQueue::forget(nullptr, design); }
+        bool mayRename(const FDesign *design) const override
+        {
+            const FExternComputation *running = nullptr;
+            for (const auto &handle : getManageds<FExternComputation>())
+                if (handle.getPtr()->isRunningFor(design))
+                    running = handle.getPtr().get();
+            return FMarloCtrl::instance()->isLoadingProject() || mayMoveRuns(*design, running);
+        }
+        void designRenamed(const FDesign *design, const std::string &before) override
+        {
+            const std::string folder = FPathManager::instance()->getDesignsDirAbs() + "/";
+            moveRuns(folder + before, folder + design->getName());
+        }
     } observer;
     FDesign::addObserver(&observer);
     using T = FExternComputation;
@@ -290,6 +400,9 @@ void FExternComputation::initCmds()
         .title(F_TEXT("Environment"));
     c.attribute("setTimeout", &T::setTimeout, &T::getTimeout, FArg{"seconds"})
         .title(F_TEXT("Time Limit"));
+    c.attribute("setWaitForAll", &T::setWaitForAll, &T::getWaitForAll, FArg{"wait"})
+        .title(F_TEXT("Wait For All Processes"))
+        .savedIf([](const FObject *o) { return static_cast<const T *>(o)->getWaitForAll(); });
     // Runs are no changes of the project.
     c.member("run", &T::run).disableHistory();
     c.member("rereadResults", &T::rereadResults).disableHistory();

@@ -4,20 +4,9 @@
 #include "fconfiguration.h"
 #include "fdesign.h"
 #include "fresults.h"
+#include "frunrecord.h"
 
 #include <QMap>
-
-/// The outcome of one run.
-struct FRunRecord
-{
-    std::string computation, design, directory;
-    std::string state;  ///< finished, failed, timeout, cancelled, not-started
-    std::string reason; ///< in words
-    bool hasExitCode = false, hasSignal = false;
-    int exitCode = 0, signal = 0;
-    double seconds = 0;
-    bool succeeded() const { return state == "finished"; }
-};
 
 /// A run of an external program, for each design on its own. What is told here is the same for
 /// every kind of computation; derived classes write the input and read the results.
@@ -44,15 +33,23 @@ public:
     /// Seconds, 0 for no limit.
     FStatus setTimeout(double seconds);
     double getTimeout() const { return mTimeout; }
+    /// Whether a run ends with the last process that the program started and left behind. Else such
+    /// processes are ended when the program has ended.
+    void setWaitForAll(bool on);
+    bool getWaitForAll() const { return mWaitForAll; }
+
+    /// Refused with a message while a run is under way: its folder has that name.
+    std::shared_ptr<FManaged> setName(const std::string &name) override;
 
     using FManaged::init;
     void init(const std::shared_ptr<FExternComputation> &source);
 
-    /// Runs for the current design and waits; what the computation depends on runs first if it is
-    /// out of date. Refused while a project loads.
+    /// Runs for the user's design; what the computation depends on runs first if it is out of date.
+    /// Waits for the end, but with a window only queues the run. Refused while a project loads, and
+    /// while the same run is queued or under way.
     FStatus run();
-    /// Starts the same and returns; nothing blocks.
-    void guiRun();
+    /// Queues the same and returns; nothing blocks.
+    FStatus guiRun();
     /// Takes the files on disk as the results of the current design.
     FStatus rereadResults();
     bool isRunning() const { return mRunning > 0; }
@@ -60,6 +57,9 @@ public:
     /// Other computations whose results this one needs, directly or not, in the order of running.
     std::vector<std::shared_ptr<FExternComputation>> supplierComputations() const;
     bool isUpToDateFor(const std::shared_ptr<FDesign> &design) const;
+    bool isRunningFor(const FDesign *design) const;
+    /// Changes with everything that makes the results for \p design stale.
+    unsigned long editionFor(const FDesign *design) const;
 
     /// Results of the current design, null before its first run. Never starts one.
     FExpr<FComputationResults> currentResults() const;
@@ -83,9 +83,12 @@ public:
     virtual void openSoftwareConnector() const {}
 
     // For the run driver
-    void runStarted() { ++mRunning; }
-    /// Makes the results of a run known; with \p succeeded false there are none.
-    void runEnded(const std::shared_ptr<FDesign> &design, bool succeeded);
+    void runStarted(const FDesign *design);
+    /// Nothing runs for \p design any more.
+    void runStopped(const FDesign *design);
+    /// Makes the results of a run known; without success there are none. If the inputs changed
+    /// while it ran, the results are stale.
+    void takeResults(const std::shared_ptr<FDesign> &design, const FRunRecord &record);
     static void designChanged();
     static void designEdited(const FDesign *design);
 
@@ -98,14 +101,24 @@ public:
 
     static void initCmds();
 
+protected:
+    void nameChanged(const std::string &before) override;
+
 private:
     struct DesignState
     {
         std::weak_ptr<FDesign> design;
         FExpr<FComputationResults> results;
-        bool upToDate = false;
+        bool upToDate = false, running = false;
+        unsigned long edition = 0;
+        void setStale()
+        {
+            upToDate = false;
+            ++edition;
+        }
     };
     DesignState &stateOf(const FDesign *design) const;
+    std::vector<std::shared_ptr<FExternComputation>> staleChain() const;
     std::shared_ptr<FComputationResults> makeResults(const std::shared_ptr<FDesign> &design);
     template <class T>
     void assign(T &field, const T &value, const char *text);
@@ -115,6 +128,7 @@ private:
     std::string mApplication, mArguments, mStandardInput;
     std::vector<std::string> mEnvironment;
     double mTimeout = 0;
+    bool mWaitForAll = false;
     int mRunning = 0;
     mutable std::map<const FDesign *, DesignState> mStates;
 };

@@ -3,21 +3,20 @@
 
 #include "fdesign.h"
 #include "flogmsg.h"
+#include "fobjectmanager.h"
 #include "fpathmanager.h"
-#include "frunnerlink.h"
+#include "frunfolder.h"
+#include "frunlock.h"
 #include "frunsync.h"
 #include "fsafefile.h"
 
-#include <QCoreApplication>
-#include <QDir>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <cerrno>
+#include <QTimer>
+#include <algorithm>
 #include <cstring>
-#include <sys/socket.h>
-#include <unistd.h>
 
 FExternRun::FExternRun(std::shared_ptr<FExternComputation> computation,
                        std::shared_ptr<FDesign> design, double timeout)
@@ -27,20 +26,31 @@ FExternRun::FExternRun(std::shared_ptr<FExternComputation> computation,
 {
     mRecord.computation = mComputation->getName();
     mRecord.design = mDesign->getName();
-    mRecord.state = "not-started";
 }
 
 FExternRun::~FExternRun()
 {
-    mNotifier.reset();
-    if (mSocket >= 0) {
-        ::shutdown(mSocket, SHUT_WR); // the runner ends its program, and closes when that is done
-        char rest[512];
-        for (ssize_t got = 1; got > 0 || (got < 0 && errno == EINTR);)
-            got = ::read(mSocket, rest, sizeof rest);
-        ::close(mSocket);
-    }
-    FRunnerLink::giveBack(std::move(mRunner));
+    if (mStarted)
+        mComputation->runStopped(mDesign.get());
+}
+
+void FExternRun::letEnd(std::unique_ptr<FExternRun> run, std::function<void()> done)
+{
+    // Not destroyed with the program: what still runs then is ended by its executor alone.
+    static auto *ending = new std::vector<std::unique_ptr<FExternRun>>;
+    FExternRun *own = run.get();
+    own->mEnded = [own, done = std::move(done)] {
+        if (own->mFolder)
+            own->mFolder->settle();
+        QTimer::singleShot(0, [own, done] {
+            ending->erase(std::remove_if(ending->begin(), ending->end(),
+                                         [own](const auto &other) { return other.get() == own; }),
+                          ending->end());
+            done();
+        });
+    };
+    ending->push_back(std::move(run));
+    own->cancel();
 }
 
 std::string FExternRun::programOf(const FExternComputation &computation)
@@ -97,15 +107,25 @@ bool FExternRun::splitWords(const std::string &text, std::vector<std::string> *w
 void FExternRun::start(std::function<void()> ended)
 {
     mEnded = std::move(ended);
-    FDesign::setCurrent(mDesign);
-    mComputation->runStarted();
+    mSince = QDateTime::currentDateTimeUtc();
+    const FDesign::Scope evaluated(mDesign);
+    mComputation->runStarted(mDesign.get());
+    mStarted = true;
     bool launched = false;
+    std::string why;
+    FPathManager *paths = FPathManager::instance();
+    mRecord.directory = paths->getResultsDirAbs(mComputation, mDesign);
+    mLock = FRunLock::take(paths->getDesignsDirAbs(), &why);
+    if (mLock)
+        mFolder = FRunFolder::prepare(mLock, mRecord.directory, &why);
     {
-        const FPathManager::RunScope scope(mComputation, mDesign);
+        const FPathManager::RunScope scope(mComputation, mDesign,
+                                           mFolder ? mFolder->path() : mRecord.directory);
         const_cast<const FExternComputation &>(*mComputation).prepareRun();
         mComputation->prepareRun();
         mComputation->computationStarted();
-        launched = prepare() && launch();
+        launched = (mFolder || fail(why)) && prepare() && launch();
+        mEdition = mComputation->editionFor(mDesign.get());
     }
     if (!launched)
         mEnded();
@@ -113,22 +133,14 @@ void FExternRun::start(std::function<void()> ended)
 
 bool FExternRun::prepare()
 {
+    if (sharesItsFolder())
+        return false;
     FPathManager *paths = FPathManager::instance();
-    mRecord.directory = paths->getResultsDirAbs(mComputation, mDesign);
-    const QString directory = Q(mRecord.directory);
+    const QString directory = Q(mFolder->path());
     QString why;
-    if (QFileInfo::exists(directory) && !FSafeFile::removeTree(directory, &why)) {
-        fail("cannot empty the run folder " + mRecord.directory + ": " + S(why));
-        return false;
-    }
-    if (!QDir().mkpath(directory + "/.turnbuckle")) {
-        fail("cannot make the run folder " + mRecord.directory + ": " + std::strerror(errno));
-        return false;
-    }
     const auto isInside = [&](const std::string &name, const char *what) {
-        if (safeJoin(directory, Q(name), &why).isEmpty())
-            fail(std::string("name of ") + what + ": " + S(why));
-        return why.isEmpty();
+        return !safeJoin(directory, Q(name), &why).isEmpty() ||
+               fail(std::string("name of ") + what + ": " + S(why));
     };
     for (const std::string &name : mComputation->requiredResultFiles())
         if (!isInside(name, "a result file"))
@@ -140,153 +152,92 @@ bool FExternRun::prepare()
     const size_t before = FLogMsg::count();
     const bool written = mComputation->writeOutputFile();
     const std::string &failure = paths->runFailure();
-    if (!failure.empty()) {
-        fail(failure);
-        return false;
-    }
-    if (!written) {
-        fail("cannot write the input files" +
-             (FLogMsg::count() > before ? ": " + FLogMsg::last().message : std::string()));
-        return false;
-    }
-    return true;
+    if (!failure.empty())
+        return fail(failure);
+    return written ||
+           fail("cannot write the input files" +
+                (FLogMsg::count() > before ? ": " + FLogMsg::last().message : std::string()));
 }
 
-std::vector<std::string> FExternRun::commandLine(const std::vector<std::string> &words) const
+bool FExternRun::sharesItsFolder() const
 {
-    std::vector<std::string> line{FRunnerLink::runnerPath(),
-                                  "--directory",
-                                  mRecord.directory,
-                                  "--control",
-                                  "3",
-                                  "--record",
-                                  ".turnbuckle/run.json",
-                                  "--stdout",
-                                  "stdout.txt",
-                                  "--stderr",
-                                  "stderr.txt",
-                                  "--computation",
-                                  mRecord.computation,
-                                  "--design",
-                                  mRecord.design};
-    if (mTimeout > 0) {
-        line.push_back("--time-limit");
-        line.push_back(shortestNumber(mTimeout));
-    }
-    if (!mComputation->getStandardInput().empty()) {
-        line.push_back("--stdin");
-        line.push_back(mComputation->getStandardInput());
-    }
-    for (const std::string &file : mComputation->requiredResultFiles()) {
-        line.push_back("--expect");
-        line.push_back(file);
-    }
-    line.push_back("--");
-    line.insert(line.end(), words.begin(), words.end());
-    return line;
+    QByteArray text;
+    FRunRecord old;
+    if (mFolder->prepared().empty() || !FRunFolder::read(mRecord.directory, "run.json", &text) ||
+        !old.read(text))
+        return false;
+    const std::pair<std::string, std::string> names[] = {{old.design, mRecord.design},
+                                                         {old.computation, mRecord.computation}};
+    for (const auto &[other, own] : names)
+        if (other != own && Q(other).compare(Q(own), Qt::CaseInsensitive) == 0 &&
+            FObjectManager::instance()->find(other)) {
+            const_cast<FExternRun *>(this)->fail(
+                "the folder is the one of " + other +
+                ": this file system takes the names for one; rename one of them");
+            return true;
+        }
+    return false;
 }
 
 bool FExternRun::launch()
 {
-    const std::string application = programOf(*mComputation);
-    std::vector<std::string> words;
-    if (application.empty()) {
-        fail("no program is set");
-        return false;
-    }
-    words.push_back(application);
-    if (!splitWords(mComputation->getArguments(), &words)) {
-        fail("a quote without end in the arguments " + mComputation->getArguments());
-        return false;
-    }
-    int sockets[2];
-    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets) != 0) {
-        fail(std::string("cannot make a socket: ") + std::strerror(errno));
-        return false;
-    }
+    FRunJob job;
+    job.command.push_back(programOf(*mComputation));
+    if (job.command[0].empty())
+        return fail("no program is set");
+    if (!splitWords(mComputation->getArguments(), &job.command))
+        return fail("a quote without end in the arguments " + mComputation->getArguments());
+    job.computation = mRecord.computation;
+    job.design = mRecord.design;
+    job.directory = mRecord.directory;
+    job.variables = mComputation->getEnvironment();
+    job.expected = mComputation->requiredResultFiles();
+    job.standardInput = mComputation->getStandardInput();
+    job.timeLimit = mTimeout;
+    job.waitForAll = mComputation->getWaitForAll();
+    job.folder = mFolder;
+    job.lock = mLock;
     std::string why;
-    mRunner = FRunnerLink::take();
-    const bool started =
-        mRunner->start(commandLine(words), mComputation->getEnvironment(), sockets[1], &why);
-    ::close(sockets[1]);
-    if (!started) {
-        ::close(sockets[0]);
-        fail(why);
-        return false;
-    }
-    mSocket = sockets[0];
-    mNotifier = std::make_unique<QSocketNotifier>(mSocket, QSocketNotifier::Read);
-    QObject::connect(mNotifier.get(), &QSocketNotifier::activated, mNotifier.get(),
-                     [this] { readReport(); });
-    return true;
+    mExecution = FRunExecutor::instance()->start(
+        job,
+        [this](const QByteArray &record) {
+            takeRecord(record);
+            mEnded();
+        },
+        &why);
+    return mExecution || fail(why);
 }
 
 void FExternRun::cancel()
 {
-    mCancelled = true;
-    if (mSocket >= 0)
-        (void)!::send(mSocket, "c", 1, MSG_NOSIGNAL);
+    if (mExecution)
+        mExecution->cancel();
 }
 
-void FExternRun::readReport()
+void FExternRun::takeRecord(const QByteArray &record)
 {
-    char buffer[4096];
-    const ssize_t got = ::read(mSocket, buffer, sizeof buffer);
-    if (got < 0 && (errno == EINTR || errno == EAGAIN))
-        return;
-    if (got > 0)
-        mReport.append(buffer, size_t(got));
-    // Only the last line of a report is a brace alone, so its end needn't be waited for.
-    if (got > 0 && (mReport.size() < 3 || mReport.compare(mReport.size() - 3, 3, "\n}\n") != 0))
-        return;
-    mNotifier->setEnabled(false);
-    mNotifier.release()->deleteLater(); // we stand in its signal
-    ::close(mSocket);
-    mSocket = -1;
-    FRunnerLink::giveBack(std::move(mRunner));
-    const QJsonObject report = QJsonDocument::fromJson(QByteArray::fromStdString(mReport)).object();
-    if (report.isEmpty()) {
-        mRecord.state = "failed";
-        mRecord.reason = "turnbuckle-runner ended without a report";
-    } else {
-        mReported = true;
-        mRecord.state = S(report["state"].toString());
-        mRecord.reason = S(report["reason"].toString());
-        mRecord.hasExitCode = report["exitCode"].isDouble();
-        mRecord.exitCode = report["exitCode"].toInt();
-        mRecord.hasSignal = report["signal"].isDouble();
-        mRecord.signal = report["signal"].toInt();
-        mRecord.seconds = report["seconds"].toDouble();
-    }
-    mEnded();
+    mReport = record;
+    if (!mRecord.read(record))
+        mRecord.set(FRunState::Failed, "turnbuckle-runner ended without a report");
 }
 
-void FExternRun::fail(const std::string &reason)
+bool FExternRun::fail(const std::string &reason)
 {
-    mRecord.state = "not-started";
-    mRecord.reason = reason;
+    mRecord.set(FRunState::NotStarted, reason);
+    return false;
 }
 
-bool FExternRun::writeOwn(const char *name, const QByteArray &bytes, QString *why) const
-{
-    return FSafeFile::write(Q(mRecord.directory) + "/.turnbuckle/" + name, bytes, why,
-                            FSafeFile::Durability::Later);
-}
+bool FExternRun::isGone() const { return mComputation->isDestroyed() || mDesign->isDestroyed(); }
 
-void FExternRun::writeRecord() const
+void FExternRun::writeRecord()
 {
-    const QJsonObject json{{"computation", Q(mRecord.computation)},
-                           {"design", Q(mRecord.design)},
-                           {"directory", Q(mRecord.directory)},
-                           {"state", Q(mRecord.state)},
-                           {"reason", Q(mRecord.reason)},
-                           {"exitCode", QJsonValue::Null},
-                           {"signal", QJsonValue::Null},
-                           {"seconds", mRecord.seconds}};
     QString why;
-    if (QFileInfo(Q(mRecord.directory)).isDir() &&
-        !writeOwn("run.json", QJsonDocument(json).toJson(), &why))
-        FLogMsg::error("Run", "Could not write the record of the run", S(why), nullptr);
+    if (!mFolder || mFolder->write("run.json", mRecord.text(mReport), &why))
+        return;
+    // Better none than one that tells something else.
+    mFolder->remove("run.json");
+    FLogMsg::error("Run", "Could not write the record of the run in " + mRecord.directory, S(why),
+                   nullptr);
 }
 
 QByteArray FExternRun::valuesText() const
@@ -302,32 +253,58 @@ QByteArray FExternRun::valuesText() const
                             : QJsonDocument(QJsonObject{{"tables", tables}}).toJson();
 }
 
-void FExternRun::writeValues() const
+bool FExternRun::writeValues(std::string *why) const
 {
     const QByteArray text = valuesText();
-    QString why;
-    if (!text.isEmpty() && !writeOwn("values.json", text, &why))
-        FLogMsg::error("Run", "Could not write the values of the run", S(why), nullptr);
+    QString reason;
+    if (text.isEmpty() || mFolder->write("values.json", text, &reason))
+        return true;
+    *why = "the values can't be written: " + S(reason);
+    return false;
 }
 
 void FExternRun::conclude()
 {
-    FDesign::setCurrent(mDesign);
-    if (!mReported)
+    const FDesign::Scope evaluated(mDesign);
+    mStarted = false;
+    mComputation->runStopped(mDesign.get());
+    if (isGone()) {
+        mRecord.set(FRunState::Cancelled, "removed from the project while it ran");
+        if (mFolder)
+            mFolder->settle();
+        return;
+    }
+    const FRunState ended = mRecord.state;
+    mRecord.inputsChanged =
+        mRecord.succeeded() && mComputation->editionFor(mDesign.get()) != mEdition;
+    if (mRecord.inputsChanged)
+        mRecord.reason += ", but inputs changed during the run";
+    if (mReport.isEmpty() || mRecord.inputsChanged)
         writeRecord();
+    if (mFolder)
+        mFolder->settle();
+    if (ended != FRunState::NotStarted)
+        mRecord.directory = FPathManager::instance()->getResultsDirAbs(mComputation, mDesign);
+    {
+        const FPathManager::RunScope scope(mComputation, mDesign, std::string());
+        mComputation->takeResults(mDesign, mRecord);
+        std::string why;
+        if (mRecord.succeeded() && !writeValues(&why)) {
+            mRecord.set(FRunState::Failed, why);
+            writeRecord();
+            mComputation->takeResults(mDesign, mRecord);
+        }
+        mComputation->computationFinished();
+        const_cast<const FExternComputation &>(*mComputation).finalizeRun();
+        mComputation->finalizeRun();
+    }
     if (!mRecord.succeeded())
         FLogMsg::error("Run",
                        "computation " + mRecord.computation + ", design " + mRecord.design + ": " +
                            mRecord.reason,
                        mRecord.directory, nullptr);
-    {
-        const FPathManager::RunScope scope(mComputation, mDesign);
-        mComputation->runEnded(mDesign, mRecord.succeeded());
-        mComputation->computationFinished();
-        const_cast<const FExternComputation &>(*mComputation).finalizeRun();
-        mComputation->finalizeRun();
-    }
-    if (mRecord.succeeded())
-        writeValues();
-    FRunSync::instance()->add(mRecord.directory);
+    if (mFolder)
+        FRunSync::instance()->add(mRecord.directory);
+    mFolder.reset();
+    mLock.reset();
 }

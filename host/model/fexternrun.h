@@ -3,18 +3,14 @@
 #define FEXTERNRUN_H
 #include "fdesign.h"
 #include "fexterncomputation.h"
+#include "frunexecutor.h"
 
-#include <QSocketNotifier>
+#include <QDateTime>
 #include <functional>
 #include <memory>
 
-class FRunnerLink;
-
-/// One run of one computation for one design: a fresh folder, the input files, the program under
-/// supervision, its report.
-///
-/// The program is started by turnbuckle-runner, which ends all of it when its time is over, when
-/// the run is cancelled, or when this process is gone. Its report comes over a socket.
+/// One run of one computation for one design: a fresh folder, the input files, the program under an
+/// executor, its record, and what the model makes of that.
 class FExternRun
 {
 public:
@@ -25,12 +21,19 @@ public:
     FExternRun &operator=(const FExternRun &) = delete;
 
     /// Calls \p ended exactly once, later or at once, when the program has ended or could not be
-    /// started. The run may be deleted only afterwards.
+    /// started. The run may be deleted only afterwards; see letEnd().
     void start(std::function<void()> ended);
-    /// Tells the model, and keeps what the results read. Once, after the end.
+    /// Tells the model, and keeps what the results read. Once, after the end. A model that is gone
+    /// is told nothing.
     void conclude();
     void cancel();
+    /// Ends \p run, keeps it until that is done, and calls \p done then; nobody waits, and the
+    /// model is told nothing.
+    static void letEnd(std::unique_ptr<FExternRun> run, std::function<void()> done);
     const FRunRecord &record() const { return mRecord; }
+    const std::shared_ptr<FExternComputation> &computation() const { return mComputation; }
+    const std::shared_ptr<FDesign> &design() const { return mDesign; }
+    const QDateTime &since() const { return mSince; }
     /// Splits as a POSIX shell does. False for a quote without end.
     static bool splitWords(const std::string &text, std::vector<std::string> *words);
     /// The program that is started: a name to be found along PATH, or a path. A relative path
@@ -40,25 +43,27 @@ public:
 private:
     bool prepare();
     bool launch();
-    void readReport();
-    void fail(const std::string &reason);
-    std::vector<std::string> commandLine(const std::vector<std::string> &words) const;
-    void writeRecord() const;
+    bool isGone() const;
+    bool fail(const std::string &reason);
+    /// Another name of this run's folder, for file systems that don't tell names apart by case.
+    bool sharesItsFolder() const;
+    void takeRecord(const QByteArray &record);
+    void writeRecord();
     /// What was read, with place and doubt of each number; empty if there is nothing.
     QByteArray valuesText() const;
-    void writeValues() const;
-    /// Our own files stand in a folder of their own, where no file of a program collides with them.
-    bool writeOwn(const char *name, const QByteArray &bytes, QString *why) const;
+    bool writeValues(std::string *why) const;
 
     std::shared_ptr<FExternComputation> mComputation;
     std::shared_ptr<FDesign> mDesign;
     FRunRecord mRecord;
     double mTimeout;
+    QDateTime mSince;
+    unsigned long mEdition = 0; // of what the results depend on, when the inputs were written
     std::function<void()> mEnded;
-    std::unique_ptr<QSocketNotifier> mNotifier;
-    std::unique_ptr<FRunnerLink> mRunner; // while the program runs
-    std::string mReport;
-    int mSocket = -1;
-    bool mReported = false, mCancelled = false;
+    std::shared_ptr<FRunLock> mLock;
+    std::shared_ptr<FRunFolder> mFolder;
+    std::unique_ptr<FRunExecution> mExecution;
+    QByteArray mReport; // the text of the record as the executor left it
+    bool mStarted = false;
 };
 #endif

@@ -4,7 +4,7 @@
 #include "fcmdbinder.h"
 #include "flogmsg.h"
 #include "fpathmanager.h"
-#include "fsafefile.h"
+#include "frunfolder.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -70,9 +70,10 @@ namespace {
 void copyIntoRun(const char *kind, const QString &source, const QString &target, QString why)
 {
     FPathManager *paths = FPathManager::instance();
-    const QString path = source.isEmpty()
-                             ? QString()
-                             : safeJoin(Q(paths->getInputDirAbs(nullptr, nullptr)), target, &why);
+    const QString path =
+        source.isEmpty()
+            ? QString()
+            : FRunFolder::join(Q(paths->getInputDirAbs(nullptr, nullptr)), target, &why);
     if (!path.isEmpty() && QDir().mkpath(QFileInfo(path).path()) &&
         FSafeFile::copyFile(source, path, &why))
         return;

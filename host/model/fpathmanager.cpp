@@ -34,17 +34,23 @@ std::string FPathManager::getProjectDirAbs() const
 
 std::string FPathManager::getSamplesDir() const { return getProjectDirAbs(); }
 
-std::string FPathManager::getDesignDirAbs(const std::shared_ptr<FDesign> &design) const
+std::string FPathManager::getDesignsDirAbs() const
 {
     const QString path = FProject::instance()->path();
     const std::string name = path.isEmpty() ? "unnamed" : S(QFileInfo(path).completeBaseName());
-    return getProjectDirAbs() + "/" + name + "_designs/" +
-           (design ? design : FDesign::current())->getName();
+    return getProjectDirAbs() + "/" + name + "_designs";
+}
+
+std::string FPathManager::getDesignDirAbs(const std::shared_ptr<FDesign> &design) const
+{
+    return getDesignsDirAbs() + "/" + (design ? design : FDesign::current())->getName();
 }
 
 std::string FPathManager::getInputDirAbs(const std::shared_ptr<FExternComputation> &computation,
                                          const std::shared_ptr<FDesign> &design) const
 {
+    if (!computation && !design && !mFolder.empty())
+        return mFolder + "/";
     const FExternComputation *which = computation ? computation.get() : mComputation;
     if (!which)
         return getDesignDirAbs(design) + "/";
@@ -64,8 +70,9 @@ void FPathManager::failRun(const std::string &why)
 }
 
 FPathManager::RunScope::RunScope(const std::shared_ptr<FExternComputation> &computation,
-                                 const std::shared_ptr<FDesign> &design)
+                                 const std::shared_ptr<FDesign> &design, const std::string &folder)
 {
+    instance()->mFolder = folder;
     instance()->mComputation = computation.get();
     instance()->mDesign = design;
     instance()->mFailure.clear();
@@ -75,4 +82,5 @@ FPathManager::RunScope::~RunScope()
 {
     instance()->mComputation = nullptr;
     instance()->mDesign.reset();
+    instance()->mFolder.clear();
 }

@@ -15,6 +15,8 @@ public:
 
     std::string getProjectDirAbs() const;
     std::string getSamplesDir() const;
+    /// The folder above all designs. No "/" at the end.
+    std::string getDesignsDirAbs() const;
     /// No "/" at the end. Null means the current design.
     std::string getDesignDirAbs(const std::shared_ptr<FDesign> &design) const;
     /// Ends in "/". Nulls mean the run in progress.
@@ -30,12 +32,13 @@ public:
     void failRun(const std::string &why);
     const std::string &runFailure() const { return mFailure; }
 
-    /// Sets the run in progress for its lifetime.
+    /// Sets the run in progress for its lifetime. Until the program starts, its folder may lie
+    /// elsewhere: \p folder, without a slash at the end.
     class RunScope
     {
     public:
         RunScope(const std::shared_ptr<FExternComputation> &computation,
-                 const std::shared_ptr<FDesign> &design);
+                 const std::shared_ptr<FDesign> &design, const std::string &folder);
         ~RunScope();
         RunScope(const RunScope &) = delete;
         RunScope &operator=(const RunScope &) = delete;
@@ -44,7 +47,7 @@ public:
 private:
     FExternComputation *mComputation = nullptr;
     std::shared_ptr<FDesign> mDesign;
-    std::string mFailure;
+    std::string mFailure, mFolder;
     mutable QString mProjectPath; // an absolute path, and its resolved folder
     mutable std::string mProjectDir;
 };

@@ -4,8 +4,11 @@
 #include "fcmdbinder.h"
 #include "fdesign.h"
 #include "fexterncomputation.h"
+#include "flogmsg.h"
 #include "fobjectmanager.h"
 #include "fpathmanager.h"
+#include "frunfolder.h"
+#include "frunrecord.h"
 #include "fsafefile.h"
 
 #include <QFile>
@@ -67,9 +70,30 @@ bool FResultsGeneric::fetchResults() const
         mImportedObjects.clear();
         mFilesRead = true;
         setUpToDate();
+        const QString problem = FRunFolder::problemOf(getResultPath());
+        if (!problem.isEmpty()) {
+            FLogMsg::error("Run", "No results can be read", S(problem), nullptr);
+            return true;
+        }
         readOutputFiles();
+        noteDoubtOfRun();
     }
     return true;
+}
+
+void FResultsGeneric::noteDoubtOfRun() const
+{
+    if (!mRunNote) {
+        FRunRecord record;
+        QByteArray text;
+        mRunNote = FRunFolder::read(getResultPath(), "run.json", &text) && record.read(text)
+                       ? record.note()
+                       : std::string();
+    }
+    if (!mRunNote->empty())
+        for (const auto &table : mTables)
+            if (const auto object = table.getPtr())
+                object->addNote(*mRunNote);
 }
 
 FExpr<FTableData> FResultsGeneric::getData(const std::string &name) const

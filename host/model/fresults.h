@@ -7,6 +7,7 @@
 #include "ftabledata.h"
 
 #include <mutex>
+#include <optional>
 
 class FExternComputation;
 
@@ -73,6 +74,9 @@ public:
         mResultFiles = files;
     }
     const std::vector<FExpr<FTableData, true>> &tables() const { return mTables; }
+    /// Doubt that all values of these results share. Without one the record of the run is asked
+    /// when the files are read.
+    void setRunNote(std::optional<std::string> note) { mRunNote = std::move(note); }
     std::string getResultFileName(const std::string &name) const;
     /// An imported table; null if there is none.
     FExpr<FTableData> getImport(const std::string &name) const;
@@ -88,11 +92,13 @@ public:
     static void initCmds();
 
 protected:
+    void noteDoubtOfRun() const;
     FExpr<FTableData> tableCommand(const std::string &name) const { return getData(name); }
     mutable std::recursive_mutex mMutex;
     mutable std::vector<FExpr<FTableData, true>> mTables;
     mutable std::unordered_map<std::string, FExpr<FObject>> mImportedObjects;
     mutable bool mFilesRead = false;
+    mutable std::optional<std::string> mRunNote;
     std::vector<FExpr<FResultsFileName, true>> mResultFiles;
 };
 #endif

@@ -1,12 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "frunnerlink.h"
 
+#include "flogmsg.h"
+#include "fprocesstree.h"
 #include "ftext.h"
+#include "fviewctrl.h"
 
 #include <QCoreApplication>
+#include <QFile>
+#include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstring>
+#include <set>
 #include <spawn.h>
+#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -14,10 +22,34 @@
 extern char **environ;
 
 namespace {
+constexpr int kOrphanAttempts = 200;
+constexpr useconds_t kOrphanPause = 2000; // µs
+
 std::vector<std::unique_ptr<FRunnerLink>> &idleLinks()
 {
     static std::vector<std::unique_ptr<FRunnerLink>> links;
     return links;
+}
+
+/// Runners that were let go and may not have ended yet. Links go at the end of the process, when
+/// nothing that could be destroyed is there for sure.
+std::vector<pid_t> &leaving()
+{
+    static auto *runners = new std::vector<pid_t>;
+    return *runners;
+}
+
+/// All runners of this process.
+std::set<pid_t> &runners()
+{
+    static auto *all = new std::set<pid_t>;
+    return *all;
+}
+
+bool startsInRun(pid_t process)
+{
+    QFile file(QStringLiteral("/proc/%1/environ").arg(process));
+    return file.open(QIODevice::ReadOnly) && ('\0' + file.readAll()).contains("\0TURNBUCKLE_RUN=");
 }
 
 /// Path and environment, each text with a zero byte behind it.
@@ -29,22 +61,24 @@ std::string surroundings()
     return all;
 }
 
-/// Sends all of \p text behind the two \p sizes, and the file \p control with them.
-bool sendRequest(int socket, const uint32_t (&sizes)[2], const std::string &text, int control)
+/// Sends all of \p text behind the two \p sizes, and the \p files with them.
+bool sendRequest(int socket, const uint32_t (&sizes)[2], const std::string &text,
+                 const std::vector<int> &files)
 {
-    alignas(cmsghdr) char room[CMSG_SPACE(sizeof(int))] = {};
+    alignas(cmsghdr) char room[CMSG_SPACE(8 * sizeof(int))] = {};
+    const size_t length = files.size() * sizeof(int);
     iovec parts[] = {{const_cast<uint32_t *>(sizes), sizeof sizes},
                      {const_cast<char *>(text.data()), text.size()}};
     msghdr message = {};
     message.msg_iov = parts;
     message.msg_iovlen = 2;
     message.msg_control = room;
-    message.msg_controllen = sizeof room;
+    message.msg_controllen = CMSG_SPACE(length);
     cmsghdr *header = CMSG_FIRSTHDR(&message);
     header->cmsg_level = SOL_SOCKET;
     header->cmsg_type = SCM_RIGHTS;
-    header->cmsg_len = CMSG_LEN(sizeof(int));
-    std::memcpy(CMSG_DATA(header), &control, sizeof control);
+    header->cmsg_len = CMSG_LEN(length);
+    std::memcpy(CMSG_DATA(header), files.data(), length);
     while (message.msg_iovlen > 0) {
         ssize_t sent = ::sendmsg(socket, &message, MSG_NOSIGNAL);
         if (sent < 0 && errno == EINTR)
@@ -90,7 +124,8 @@ std::string FRunnerLink::runnerPath()
 }
 
 bool FRunnerLink::start(const std::vector<std::string> &words,
-                        const std::vector<std::string> &variables, int control, std::string *why)
+                        const std::vector<std::string> &variables, const std::vector<int> &files,
+                        std::string *why)
 {
     std::string request;
     for (const auto *texts : {&words, &variables})
@@ -101,7 +136,7 @@ bool FRunnerLink::start(const std::vector<std::string> &words,
     for (int attempt = 0; attempt < 2; ++attempt) {
         if (!connect(why))
             return false;
-        if (sendRequest(mSocket, sizes, request, control))
+        if (sendRequest(mSocket, sizes, request, files))
             return true;
         *why = "cannot reach " + words[0] + ": " + std::strerror(errno);
         if (errno != EPIPE && errno != ECONNRESET)
@@ -117,6 +152,8 @@ bool FRunnerLink::connect(std::string *why)
     if (mSocket >= 0 && now == mMadeFor)
         return true;
     disconnect();
+    // Descendants of a runner that is killed come to this process.
+    ::prctl(PR_SET_CHILD_SUBREAPER, 1);
     std::string path = runnerPath(), option = "--serve", number = "3";
     int sockets[2];
     if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets) != 0) {
@@ -136,6 +173,7 @@ bool FRunnerLink::connect(std::string *why)
         *why = "cannot start " + path + ": " + std::strerror(error);
         return false;
     }
+    runners().insert(mRunner);
     mSocket = sockets[0];
     mMadeFor = now;
     return true;
@@ -147,7 +185,49 @@ void FRunnerLink::disconnect()
         ::close(mSocket); // ends the runner, after the run that it carries
     mSocket = -1;
     if (mRunner > 0)
-        while (::waitpid(mRunner, nullptr, 0) < 0 && errno == EINTR) {
-        }
+        leaving().push_back(mRunner);
     mRunner = -1;
+    reapEnded();
+}
+
+void FRunnerLink::reapEnded()
+{
+    auto &all = leaving();
+    all.erase(std::remove_if(all.begin(), all.end(),
+                             [](pid_t runner) {
+                                 if (::waitpid(runner, nullptr, WNOHANG) == 0)
+                                     return false;
+                                 runners().erase(runner);
+                                 return true;
+                             }),
+              all.end());
+}
+
+void FRunnerLink::endOrphans()
+{
+    if (mRunner <= 0)
+        return;
+    // What it left comes to us with its end, and its socket closes a little before.
+    ::kill(mRunner, SIGKILL);
+    while (::waitpid(mRunner, nullptr, 0) < 0 && errno == EINTR) {
+    }
+    runners().erase(mRunner);
+    mRunner = -1;
+    disconnect();
+    const bool hasGui = FViewCtrl::instance()->hasGui();
+    for (int attempt = 0; attempt < kOrphanAttempts; ++attempt) {
+        std::vector<pid_t> orphans;
+        // A window starts other programs too, and those are nobody's orphans.
+        for (const pid_t child : childrenOfThisProcess())
+            if (runners().count(child) == 0 && (!hasGui || startsInRun(child)))
+                orphans.push_back(child);
+        if (orphans.empty())
+            return;
+        signalDescendants(SIGKILL, &orphans);
+        for (const pid_t orphan : orphans)
+            ::waitpid(orphan, nullptr, WNOHANG);
+        ::usleep(kOrphanPause);
+    }
+    FLogMsg::error("Run", "Could not end what a killed turnbuckle-runner left", std::string(),
+                   nullptr);
 }

@@ -23,14 +23,19 @@ public:
     static std::string runnerPath();
 
     /// Starts a run with the options \p words and the \p variables ("NAME=value") beside the
-    /// environment of this process. \p control is the runner's end of the control socket; it stays
-    /// the caller's to close. False with the reason in \p why.
+    /// environment of this process. \p files are the runner's end of the control socket and what
+    /// else FRunRequests takes; they stay the caller's to close. False with the reason in \p why.
     bool start(const std::vector<std::string> &words, const std::vector<std::string> &variables,
-               int control, std::string *why);
+               const std::vector<int> &files, std::string *why);
+    /// To be called when a run ended without a report: its runner was killed, and what it left has
+    /// come to this process. Ends all of that.
+    void endOrphans();
 
 private:
     bool connect(std::string *why);
     void disconnect();
+
+    static void reapEnded();
 
     int mSocket = -1;
     pid_t mRunner = -1;

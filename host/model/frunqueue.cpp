@@ -1,55 +1,100 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "frunqueue.h"
 
-#include "fdesign.h"
+#include "fchanges.h"
 #include "fexternrun.h"
+#include "flogmsg.h"
+#include "fpathmanager.h"
+#include "frunlock.h"
 #include "frunsync.h"
 
+#include <QCoreApplication>
 #include <QEventLoop>
+#include <QPointer>
 #include <QTimer>
 #include <algorithm>
 
-FRunQueue::FRunQueue() = default;
-FRunQueue::~FRunQueue() = default;
+namespace {
+std::vector<FRunQueue *> &allQueues()
+{
+    static std::vector<FRunQueue *> queues;
+    return queues;
+}
+
+unsigned nextId()
+{
+    static unsigned last = 0;
+    return ++last;
+}
+} // namespace
+
+FRunQueue::FRunQueue(QObject *parent)
+    : QObject(parent)
+{
+    allQueues().push_back(this);
+    connect(FChanges::instance(), &FChanges::projectClosing, this, &FRunQueue::drop);
+}
+
+FRunQueue::~FRunQueue()
+{
+    auto &all = allQueues();
+    all.erase(std::find(all.begin(), all.end(), this));
+    drop();
+}
 
 FRunQueue *FRunQueue::background()
 {
-    static FRunQueue queue;
-    return &queue;
+    static QPointer<FRunQueue> queue;
+    if (!queue)
+        queue = new FRunQueue(QCoreApplication::instance());
+    return queue;
 }
 
 void FRunQueue::add(const std::shared_ptr<FDesign> &design,
                     const std::vector<std::shared_ptr<FExternComputation>> &chain)
 {
+    if (isIdle() && !mBusy) {
+        mRecords.clear();
+        mTotal = mFailed = 0;
+        mCancelled = false;
+        mFailure.clear();
+    }
     auto item = std::make_shared<Chain>();
     item->design = design;
-    item->computations.assign(chain.begin(), chain.end());
+    const QDateTime now = QDateTime::currentDateTimeUtc();
+    for (const auto &computation : chain)
+        item->steps.push_back({nextId(), computation, now, 0});
     mTotal += chain.size();
-    mWaiting.push_back(std::move(item));
+    mBusy = true;
+    mWaiting.push_back(item);
+    for (const Step &step : item->steps)
+        Q_EMIT queued(step.id);
 }
 
 void FRunQueue::run(int jobs)
 {
-    const auto before = FDesign::current();
+    const FDesign::Scope restored(nullptr);
     QEventLoop loop;
-    mIdle = [&loop] { loop.quit(); };
+    connect(this, &FRunQueue::idle, &loop, &QEventLoop::quit);
     start(jobs);
     if (!isIdle())
         loop.exec();
-    mIdle = nullptr;
     mEnded.clear();
     FRunSync::instance()->wait();
-    FDesign::setCurrent(before);
+    noteSyncFailures();
 }
 
 bool FRunQueue::isIdle() const
 {
-    return mWaiting.empty() && mRunning.empty() && mConcluding.empty();
+    return mWaiting.empty() && mBlocked.empty() && mRunning.empty() && mConcluding.empty();
 }
 
 void FRunQueue::start(int jobs)
 {
     mJobs = std::max(1, jobs);
+    std::string why; // each run asks for itself, and tells
+    if (!mLock && !isIdle())
+        mLock = FRunLock::take(FPathManager::instance()->getDesignsDirAbs(), &why);
     startMore();
 }
 
@@ -62,86 +107,307 @@ void FRunQueue::startMore()
         const auto chain = mWaiting.front();
         mWaiting.pop_front();
         if (mCancelled)
-            skipRest(*chain, "cancelled");
-        else if (mFailed > 0 && !mKeepGoing)
-            skipRest(*chain, "stopped after a failure");
+            skipRest(*chain, FRunState::Cancelled, "cancelled");
+        else if (!mFailure.empty() && !mPolicy.keepGoing)
+            skipRest(*chain, FRunState::NotStarted, "not started because " + mFailure);
         else
             startNext(chain);
     }
     mStarting = false;
-    if (isIdle() && mIdle)
-        mIdle();
+    if (isIdle() && mBusy)
+        becomeIdle();
 }
 
-void FRunQueue::startNext(const std::shared_ptr<Chain> &chain)
+void FRunQueue::becomeIdle()
 {
-    const auto computation = chain->computations.front();
-    chain->computations.pop_front();
-    mRunning.push_back(std::make_unique<FExternRun>(computation, chain->design, mTimeout));
-    FExternRun *run = mRunning.back().get();
-    run->start([this, run, chain] { ended(run, chain); });
+    mBusy = false;
+    mLock.reset();
+    const auto skipped = std::count_if(mRecords.begin(), mRecords.end(), [this](const auto &one) {
+        return !mFailure.empty() && one.reason == "not started because " + mFailure;
+    });
+    if (skipped > 0)
+        FLogMsg::error("Run",
+                       std::to_string(skipped) + " runs were not started because " + mFailure,
+                       std::string(), nullptr);
+    Q_EMIT idle();
 }
 
-void FRunQueue::ended(FExternRun *run, const std::shared_ptr<Chain> &chain)
+void FRunQueue::startNext(const ChainPtr &chain)
+{
+    const Step &step = chain->steps.front();
+    if (step.computation->isRunningFor(chain->design.get())) {
+        mBlocked.push_back(chain);
+        return;
+    }
+    mRunning.push_back(
+        {std::make_unique<FExternRun>(step.computation, chain->design, mPolicy.timeout), chain});
+    FExternRun *run = mRunning.back().run.get();
+    const unsigned id = step.id;
+    run->start([this, run] { runEnded(run); });
+    Q_EMIT started(id);
+}
+
+void FRunQueue::wakeWaiting()
+{
+    const auto queues = allQueues();
+    for (FRunQueue *queue : queues) {
+        if (queue->mBlocked.empty())
+            continue;
+        auto blocked = std::exchange(queue->mBlocked, {});
+        for (const ChainPtr &chain : blocked) {
+            // What it waited for is done: a supplier that is fresh now needs no second run.
+            while (chain->steps.size() > 1 &&
+                   chain->steps.front().computation->isUpToDateFor(chain->design)) {
+                chain->steps.pop_front();
+                --queue->mTotal;
+            }
+            queue->mWaiting.push_front(chain);
+        }
+        QTimer::singleShot(0, queue, [queue] { queue->startMore(); });
+    }
+}
+
+void FRunQueue::runEnded(FExternRun *run)
 {
     const auto at = std::find_if(mRunning.begin(), mRunning.end(),
-                                 [run](const auto &other) { return other.get() == run; });
-    // The run stands on the stack still; it is deleted from the event loop.
-    if (mEnded.empty())
-        QTimer::singleShot(0, &mContext, [this] { mEnded.clear(); });
-    mEnded.push_back(std::move(*at));
+                                 [run](const auto &other) { return other.run.get() == run; });
+    mConcluding.push_back(std::move(*at));
     mRunning.erase(at);
-    mConcluding.emplace_back(run, chain);
     if (mConcluding.size() > 1)
-        return; // the loop below started it; first come, first recorded
+        return;                             // the loop below started it; first come, first recorded
+    const FDesign::Scope restored(nullptr); // once for all that ended and started
     while (!mConcluding.empty()) {
-        const auto [first, its] = mConcluding.front();
         // A program need not wait for the values of another design.
-        if (first->record().succeeded() && its->computations.empty() && !mCancelled)
+        if (mConcluding.front().run->record().succeeded() &&
+            mConcluding.front().chain->steps.size() == 1 && !mCancelled)
             startMore();
-        first->conclude();
-        conclude(first, its);
+        conclude(&mConcluding.front());
+        // The run stands on the stack still; it is deleted from the event loop.
+        if (mEnded.empty())
+            QTimer::singleShot(0, this, [this] { mEnded.clear(); });
+        mEnded.push_back(std::move(mConcluding.front().run));
         mConcluding.pop_front();
     }
+    wakeWaiting();
     startMore();
 }
 
-void FRunQueue::conclude(FExternRun *run, const std::shared_ptr<Chain> &chain)
+void FRunQueue::conclude(Running *one)
 {
-    const FRunRecord &result = run->record();
-    record(result);
-    if (!result.succeeded())
-        skipRest(*chain, "computation " + result.computation + " did not finish");
-    else if (mCancelled)
-        skipRest(*chain, "cancelled");
-    else if (!chain->computations.empty())
+    const ChainPtr chain = one->chain;
+    const FDesign::Scope evaluated(chain->design); // the listener may ask for its values
+    one->run->conclude();
+    FRunRecord result = one->run->record();
+    if (chain->steps.empty())
+        return; // forgotten meanwhile
+    Step step = chain->steps.front();
+    const bool mayRetry = result.state == FRunState::Failed || result.state == FRunState::TimeLimit;
+    if (mayRetry && step.attempts < mPolicy.retries && !mCancelled && !one->isCancelled) {
+        ++chain->steps.front().attempts;
         startNext(chain);
+        return;
+    }
+    chain->steps.pop_front();
+    result.id = step.id;
+    record(result);
+    if (!result.succeeded()) {
+        if (mFailure.empty())
+            mFailure = "computation " + result.computation + " of design " + result.design +
+                       " did not finish";
+        skipRest(*chain,
+                 result.state == FRunState::Cancelled ? FRunState::Cancelled
+                                                      : FRunState::NotStarted,
+                 "computation " + result.computation + " did not finish");
+    } else if (mCancelled) {
+        skipRest(*chain, FRunState::Cancelled, "cancelled");
+    } else if (!chain->steps.empty()) {
+        startNext(chain);
+    }
 }
 
-void FRunQueue::skipRest(const Chain &chain, const std::string &why)
+void FRunQueue::skipRest(const Chain &chain, FRunState state, const std::string &why)
 {
-    FDesign::setCurrent(chain.design); // the listener may ask for its values
-    for (const auto &computation : chain.computations) {
+    if (chain.steps.empty())
+        return;
+    const FDesign::Scope evaluated(chain.design);
+    for (const Step &step : chain.steps) {
         FRunRecord skipped;
-        skipped.computation = computation->getName();
+        skipped.computation = step.computation->getName();
         skipped.design = chain.design->getName();
-        skipped.state = mCancelled ? "cancelled" : "not-started";
-        skipped.reason = why;
+        skipped.set(state, why);
+        skipped.id = step.id;
         record(skipped);
     }
 }
 
-void FRunQueue::record(const FRunRecord &result)
+void FRunQueue::record(FRunRecord result)
 {
     mFailed += !result.succeeded();
     mRecords.push_back(result);
     if (mListener)
         mListener(result);
+    Q_EMIT ended(result);
+}
+
+void FRunQueue::noteSyncFailures()
+{
+    for (const FRunSync::Failure &failure : FRunSync::instance()->takeFailures()) {
+        FLogMsg::error("Run", "Could not bring the records of runs to the disk", failure.why,
+                       nullptr);
+        for (FRunRecord &one : mRecords) {
+            if (one.directory != failure.folder || !one.succeeded())
+                continue;
+            one.set(FRunState::Failed, "the run can't be brought to the disk: " + failure.why);
+            ++mFailed;
+            if (mListener)
+                mListener(one);
+            Q_EMIT ended(one);
+        }
+    }
+}
+
+std::vector<FRunQueue::Item> FRunQueue::items() const
+{
+    std::vector<Item> all;
+    const auto addSteps = [&](const Chain &chain, size_t from) {
+        for (size_t i = from; i < chain.steps.size(); ++i)
+            all.push_back({chain.steps[i].id, chain.steps[i].computation->getName(),
+                           chain.design->getName(), std::string(), false, chain.steps[i].since});
+    };
+    for (const Running &one : mRunning)
+        if (!one.chain->steps.empty()) {
+            all.push_back({one.chain->steps.front().id, one.run->record().computation,
+                           one.run->record().design, one.run->record().directory, true,
+                           one.run->since()});
+            addSteps(*one.chain, 1);
+        }
+    for (const auto *chains : {&mBlocked, &mWaiting})
+        for (const ChainPtr &chain : *chains)
+            addSteps(*chain, 0);
+    return all;
+}
+
+bool FRunQueue::isQueued(const FExternComputation *computation, const FDesign *design) const
+{
+    const auto has = [&](const Chain &chain) {
+        return chain.design.get() == design &&
+               std::any_of(
+                   chain.steps.begin(), chain.steps.end(),
+                   [&](const Step &step) { return step.computation.get() == computation; });
+    };
+    return std::any_of(mRunning.begin(), mRunning.end(),
+                       [&](const Running &one) { return has(*one.chain); }) ||
+           std::any_of(mWaiting.begin(), mWaiting.end(),
+                       [&](const ChainPtr &one) { return has(*one); }) ||
+           std::any_of(mBlocked.begin(), mBlocked.end(),
+                       [&](const ChainPtr &one) { return has(*one); });
 }
 
 void FRunQueue::cancel()
 {
     mCancelled = true;
-    for (const auto &run : mRunning)
-        run->cancel();
+    for (Running &one : mRunning)
+        one.run->cancel();
+    if (!mBlocked.empty())
+        wakeWaiting();
+    // What waits is recorded when the runs have ended, or now.
+    if (mRunning.empty())
+        startMore();
+}
+
+bool FRunQueue::cancel(unsigned id)
+{
+    for (Running &one : mRunning)
+        if (!one.chain->steps.empty() && one.chain->steps.front().id == id) {
+            one.isCancelled = true;
+            one.run->cancel();
+            return true;
+        }
+    const auto cut = [&](Chain *chain, size_t from) {
+        for (size_t i = from; i < chain->steps.size(); ++i) {
+            if (chain->steps[i].id != id)
+                continue;
+            Chain rest{chain->design, {}};
+            rest.steps.assign(chain->steps.begin() + long(i), chain->steps.end());
+            chain->steps.erase(chain->steps.begin() + long(i), chain->steps.end());
+            skipRest(rest, FRunState::Cancelled, "cancelled");
+            return true;
+        }
+        return false;
+    };
+    for (Running &one : mRunning)
+        if (cut(one.chain.get(), 1))
+            return true;
+    for (auto *chains : {&mBlocked, &mWaiting})
+        for (const ChainPtr &chain : *chains)
+            if (cut(chain.get(), 0)) {
+                chains->erase(std::remove_if(chains->begin(), chains->end(),
+                                             [](const auto &one) { return one->steps.empty(); }),
+                              chains->end());
+                if (isIdle() && mBusy)
+                    becomeIdle();
+                return true;
+            }
+    return false;
+}
+
+void FRunQueue::drop()
+{
+    mWaiting.clear();
+    mBlocked.clear();
+    for (Running &one : mRunning) {
+        one.chain->steps.clear();
+        FExternRun::letEnd(std::move(one.run), &FRunQueue::wakeWaiting);
+    }
+    mRunning.clear();
+    mLock.reset();
+    if (isIdle() && std::exchange(mBusy, false))
+        Q_EMIT idle();
+}
+
+void FRunQueue::forget(const FExternComputation *computation, const FDesign *design)
+{
+    const auto queues = allQueues();
+    for (FRunQueue *queue : queues)
+        queue->forgetHere(computation, design);
+}
+
+void FRunQueue::forgetHere(const FExternComputation *computation, const FDesign *design)
+{
+    const auto concerns = [&](const Chain &chain) {
+        return (design && chain.design.get() == design) ||
+               (computation &&
+                std::any_of(chain.steps.begin(), chain.steps.end(), [&](const Step &step) {
+                    return step.computation.get() == computation;
+                }));
+    };
+    bool some = false;
+    for (auto *chains : {&mBlocked, &mWaiting}) {
+        const auto end = std::remove_if(chains->begin(), chains->end(),
+                                        [&](const ChainPtr &chain) { return concerns(*chain); });
+        some = some || end != chains->end();
+        chains->erase(end, chains->end());
+    }
+    for (size_t i = mRunning.size(); i-- > 0;) {
+        Running &one = mRunning[i];
+        if (!concerns(*one.chain))
+            continue;
+        const bool itself =
+            design == one.run->design().get() || computation == one.run->computation().get();
+        if (!itself) { // a later step of the chain
+            auto &steps = one.chain->steps;
+            steps.erase(std::find_if(steps.begin() + 1, steps.end(),
+                                     [&](const Step &step) {
+                                         return step.computation.get() == computation;
+                                     }),
+                        steps.end());
+            continue;
+        }
+        one.chain->steps.clear();
+        FExternRun::letEnd(std::move(one.run), &FRunQueue::wakeWaiting);
+        mRunning.erase(mRunning.begin() + long(i));
+        some = true;
+    }
+    if (some)
+        QTimer::singleShot(0, this, [this] { startMore(); });
 }

@@ -27,6 +27,13 @@ void FTableData::setColumns(const std::vector<std::vector<double>> &columns,
             mRows[row].push_back(row < column.size() ? column[row] : quietNan());
 }
 
+void FTableData::addNote(const std::string &note)
+{
+    mOrigins.resize(std::max(mOrigins.size(), mRows.size()));
+    for (Origin &origin : mOrigins)
+        origin.note += (origin.note.empty() ? "" : ", ") + note;
+}
+
 QJsonArray FTableData::rowsJson(bool withTypes) const
 {
     const auto textOrNull = [](const std::string &text) {

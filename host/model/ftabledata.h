@@ -39,6 +39,8 @@ public:
     };
     void setOrigins(std::vector<Origin> origins) { mOrigins = std::move(origins); }
     const std::vector<Origin> &origins() const { return mOrigins; }
+    /// Adds a doubt to every row.
+    void addNote(const std::string &note);
     /// The first column as objects with name, value, text, note and where; null for what there
     /// isn't. With \p withTypes the type's class as well.
     QJsonArray rowsJson(bool withTypes = false) const;

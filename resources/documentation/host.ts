@@ -368,6 +368,18 @@
         <translation>.setTimeout(60);</translation>
     </message>
     <message>
+        <source>!FExternComputation.attribute.setWaitForAll(bool,wait)</source>
+        <translation>Says whether a run ends with the last process that the program started and left in the background. Otherwise such processes are ended when the program has ended, and every value of the run carries a note. The time limit counts for both.</translation>
+    </message>
+    <message>
+        <source>!FExternComputation.attribute.setWaitForAll(bool,wait):argument0</source>
+        <translation>true to wait for all processes</translation>
+    </message>
+    <message>
+        <source>!FExternComputation.attribute.setWaitForAll(bool,wait):example</source>
+        <translation>.setWaitForAll(true);</translation>
+    </message>
+    <message>
         <source>!FExternComputation.mutableMember.rereadResults()</source>
         <translation>Reads the result files on the disk again without a run.</translation>
     </message>

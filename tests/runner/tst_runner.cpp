@@ -116,7 +116,7 @@ public:
         if (mServed) {
             std::string why;
             mLink = FRunnerLink::take();
-            QVERIFY2(mLink->start(line(options, command), {}, sockets[1], &why), why.c_str());
+            QVERIFY2(mLink->start(line(options, command), {}, {sockets[1]}, &why), why.c_str());
         } else {
             mRunner = spawn(line(options, command), sockets[1]);
             QVERIFY(mRunner > 0);
@@ -266,9 +266,15 @@ private Q_SLOTS:
     void recordTellsWhatRan()
     {
         Run run;
-        run.outcome({"--computation", "a \"name\"", "--design", "d\xff"},
+        qputenv("LD_SOME_WORD", "loud");
+        run.outcome({"--computation", "a \"name\"", "--design", "d\xff", "--variable", "HOME"},
                     {fakesim(), "exit", "0", "\t"});
+        qunsetenv("LD_SOME_WORD");
         const QJsonObject report = run.report();
+        const QJsonObject environment = report["environment"].toObject();
+        QCOMPARE(environment["LD_SOME_WORD"].toString(), QString("loud"));
+        QCOMPARE(environment["HOME"].toString(), qEnvironmentVariable("HOME"));
+        QVERIFY(!environment.contains("PWD"));
         QCOMPARE(report["computation"].toString(), QString("a \"name\""));
         QCOMPARE(report["design"].toString(), QString("d") + QChar(QChar::ReplacementCharacter));
         QCOMPARE(report["directory"].toString().toStdString(), run.directory());
@@ -350,7 +356,7 @@ private Q_SLOTS:
             const Words line = run.line({}, {fakesim(), "fork-hang", "daemon", "hang"});
             FRunnerLink link;
             if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets) != 0 ||
-                (served ? !link.start(line, {}, sockets[1], &why)
+                (served ? !link.start(line, {}, {sockets[1]}, &why)
                         : Run::spawn(line, sockets[1]) < 0))
                 ::_exit(1);
             ::close(sockets[1]);
@@ -426,6 +432,28 @@ private Q_SLOTS:
             QCOMPARE(run.report()[QString(name) + "Bytes"].toInt(), size);
             QCOMPARE(run.report()[QString(name) + "Omitted"].toInt(), omitted);
         }
+    }
+
+    void floodsStayInLittleMemory()
+    {
+        Run run(true);
+        run.start({"--capture-limit", "30000000"}, {fakesim(), "flood", "50000000"});
+        QByteArrayList pids;
+        int most = 0; // KiB
+        for (const QByteArray &pid :
+             contentOf(QStringLiteral("/proc/self/task/%1/children").arg(::getpid()))
+                 .trimmed()
+                 .split(' '))
+            pids << pid;
+        run.finish();
+        for (const QByteArray &pid : pids) {
+            const QByteArray status = contentOf("/proc/" + pid + "/status");
+            const int at = status.indexOf("VmHWM:");
+            if (at >= 0)
+                most = std::max(most, status.mid(at + 6, 20).simplified().split(' ')[0].toInt());
+        }
+        QVERIFY2(most > 0 && most < 16 * 1024, qPrintable(QString::number(most)));
+        QCOMPARE(run.report()["stdoutOmitted"].toInt(), 20000000);
     }
 
     void bothOutputsMayShareAFile()

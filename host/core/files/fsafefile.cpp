@@ -329,6 +329,20 @@ bool FSafeFile::write(const QString &path, const QByteArray &bytes, QString *why
     return placed || fail(why, what, path, systemWords(errno));
 }
 
+bool FSafeFile::replaceIn(int folder, const char *name, const QByteArray &bytes, QString *why)
+{
+    const QString what = QStringLiteral("write"), path = QString::fromUtf8(name);
+    TemporaryFile temporary(folder, 0666);
+    Descriptor &file = temporary.file();
+    if (!file.isOpen())
+        return fail(why, what, path, systemWords(errno));
+    QString reason;
+    if (!writeAll(file, bytes.constData(), bytes.size(), &reason) ||
+        !hasSize(file, bytes.size(), &reason))
+        return fail(why, what, path, reason);
+    return (file.close() && temporary.moveTo(name)) || fail(why, what, path, systemWords(errno));
+}
+
 bool FSafeFile::writePlain(const QString &path, const char *data, qint64 size, QString *why)
 {
     FPlainFile file;

@@ -54,6 +54,10 @@ public:
     /// copied.
     static bool copyFile(const QString &from, const QString &to, QString *why);
 
+    /// Puts \p bytes in the place of the entry \p name of the open \p folder. A link that stands
+    /// there is replaced, not followed. Not synced.
+    static bool replaceIn(int folder, const char *name, const QByteArray &bytes, QString *why);
+
     /// Brings a file or the names in a folder to the disk.
     static bool syncPath(const QString &path, QString *why);
 

@@ -24,11 +24,13 @@ std::shared_ptr<FManaged> FManaged::setName(const std::string &name)
         mName = name;
         return self;
     }
+    const std::string before = mName;
     mName.clear(); // the own name is free for the own object
     FObjectManager::instance()->reindex(this);
     mName = FObjectManager::instance()->uniqueName(name.empty() ? getClass() : name);
     FObjectManager::instance()->reindex(this);
-    setOutOfDate(0);
+    if (mName != before)
+        nameChanged(before);
     FHistoryTransaction transaction(nullptr, F_TEXT("set name"), true);
     transaction.addStep(self);
     return self;
@@ -93,7 +95,13 @@ bool FManaged::isSelected() const
 
 void FManaged::retire() { FSelectionSet::instance()->remove(FExprBase(shared_from_this())); }
 
-void FManaged::stateRestored() { FObjectManager::instance()->reindex(this); }
+void FManaged::stateRestored()
+{
+    const std::string before = mIndexedName;
+    FObjectManager::instance()->reindex(this);
+    if (isListed() && !before.empty() && before != mName)
+        nameChanged(before);
+}
 
 FExpr<FManaged> FManaged::setNameCommand(const QString &name) { return setName(S(name)); }
 

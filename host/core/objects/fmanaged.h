@@ -20,7 +20,8 @@ public:
     {
     }
 
-    /// Corrects the name to a unique identifier and keeps it.
+    /// Corrects the name to a unique identifier and keeps it, unless something speaks against it:
+    /// that is told in the log.
     virtual std::shared_ptr<FManaged> setName(const std::string &name);
     virtual std::string getName() const { return mName; }
     /// Id of the object in its project, 0 before registration; kept by undo, saving and loading.
@@ -96,6 +97,10 @@ public:
     static void initCmds();
 
 protected:
+    /// The object has another name than \p before, by setName, undo or redo. By default that is news
+    /// for all who depend on it.
+    virtual void nameChanged(const std::string & /*before*/) { setOutOfDate(0); }
+
     unsigned mManageFlag = 0; ///< 2: not a row of the object tree
 
 private:
