@@ -16,7 +16,7 @@ def machine():
     """Processor, cores and kernel in a line."""
     info = pathlib.Path("/proc/cpuinfo").read_text(encoding="utf-8").splitlines()
     models = [line.split(":", 1)[1].strip() for line in info if line.startswith("model name")]
-    return f"{len(models)} × {models[0] if models else platform.machine()}, Linux {platform.release()}"
+    return f"{len(models)} × {models[0] if models else platform.machine()}, Linux {'.'.join(platform.release().split('.')[:2])}"
 
 
 def main():

@@ -4,5 +4,5 @@
 set -e
 here=$(cd "$(dirname "$0")" && pwd)
 build=$(cd "$1" && pwd)
-F_UPDATE_EXPECTED=1 "$build/bin/genint_tst_registry" registryIsAsAgreed
+F_UPDATE_EXPECTED=1 "$build/bin/genint_tst_registry" registryIsAsExpected
 "$build/bin/turnbuckle" commands --markdown >"$here/../docs/script-reference.md"

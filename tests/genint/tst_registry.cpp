@@ -53,7 +53,7 @@ private Q_SLOTS:
     void namesAreUnique();
     void everyKeyHasItsText();
     void translatorAnswersKeysOnly();
-    void registryIsAsAgreed();
+    void registryIsAsExpected();
 };
 
 void TestRegistry::namesAreUnique()
@@ -88,7 +88,7 @@ void TestRegistry::translatorAnswersKeysOnly()
 }
 
 /// The expected file changes only together with what scripts may say: tests/update_expected.sh.
-void TestRegistry::registryIsAsAgreed()
+void TestRegistry::registryIsAsExpected()
 {
     std::string found;
     for (const auto &info : FCmdManager::instance()->all())
