@@ -120,11 +120,15 @@ FStatus FGenIntResultsFile::changeValue(const QString &name, int line, int colum
     return {};
 }
 
-void FGenIntResultsFile::setValues(const FExpr<FObjectList> &values)
+FStatus FGenIntResultsFile::setValues(const FExpr<FObjectList> &values)
 {
     const auto list = f_make_shared<FObjectList>(FGenIntResultsFileValue::mpNull, 0U);
     if (const auto given = values.getPtr())
         for (const auto &element : given->getObjects()) {
+            const FStatus checked = FGenIntResultsFileValue::checkList(element);
+            if (!checked)
+                return {
+                    checked.error.about("rule " + fromNumber((unsigned long)(list->count() + 1)))};
             const auto value = f_make_shared<FGenIntResultsFileValue>();
             value->setPrimitiveValue(element);
             list->append(FExprBase(value));
@@ -132,6 +136,7 @@ void FGenIntResultsFile::setValues(const FExpr<FObjectList> &values)
     if (mCurrentValue && list->count() > 0)
         mCurrentValue = FExpr<FGenIntResultsFileValue>(list->getObject(0));
     assign(mValues, FExpr<FObjectList>(list), F_TEXT("set values"));
+    return {};
 }
 
 std::vector<std::shared_ptr<FGenIntResultsFileValue>> FGenIntResultsFile::values() const

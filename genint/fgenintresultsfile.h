@@ -36,8 +36,9 @@ public:
     /// setters of the value under edit, which an editor calls while the user still types.
     FStatus changeValue(const QString &name, int line, int column, const QString &anchor,
                         GenIntAnchorOccurrence occurrence);
-    /// Replaces the rules by the ones of a list in saved form.
-    void setValues(const FExpr<FObjectList> &values);
+    /// Replaces the rules by the ones of a list in saved form. Fails, and changes nothing, if one
+    /// is no rule.
+    FStatus setValues(const FExpr<FObjectList> &values);
     const FExpr<FObjectList> &getValues() const { return mValues; }
     std::vector<std::shared_ptr<FGenIntResultsFileValue>> values() const;
     /// The first of that name, ignoring case.

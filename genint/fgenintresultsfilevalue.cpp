@@ -50,6 +50,65 @@ void FGenIntResultsFileValue::setTypeFromString(const std::string &className)
         setType(FObject::getPrototype(className));
 }
 
+namespace {
+/// Last in any case, as a word or in quotes; any other word means what the table of the words says.
+GenIntAnchorOccurrence occurrenceOf(const FExprBase &element)
+{
+    std::string word;
+    if (!FConvert::toText(element, &word))
+        word = element.toString();
+    if (equals(word, "Last", false))
+        return GenIntAnchorOccurrence::Last;
+    return GenIntAnchorOccurrence(FEnum<GenIntAnchorOccurrence>::mStrRep.getValue(word));
+}
+} // namespace
+
+FStatus FGenIntResultsFileValue::checkList(const FExprBase &element)
+{
+    const auto list = element.ptr<FObjectList>();
+    const auto found = [](const FExprBase &what) { return FScriptTypes::describe(what); };
+    if (!list)
+        return {FReason::unexpected("a rule in brackets", found(element))};
+    if (list->count() < 7 || list->count() > 9)
+        return {FReason::unexpected(
+            "name, line, column, anchor, occurrence, type, import type, average, rows",
+            fromNumber((unsigned long)list->count()) + " elements")};
+    static const char *const kTexts[] = {"name",  nullptr, nullptr,      "anchor",
+                                         nullptr, "type",  "import type"};
+    std::string text;
+    for (unsigned i = 0; i < 7; ++i)
+        if (kTexts[i] && !FConvert::toText(list->getObject(i), &text))
+            return {FReason::unexpected(std::string(kTexts[i]) + " of the rule in quotes",
+                                        found(list->getObject(i)))};
+    for (unsigned i : {1U, 2U}) {
+        long long number;
+        if (!FConvert::toInt(list->getObject(i), &number) || number < INT_MIN || number > INT_MAX)
+            return {FReason::unexpected(i == 1 ? "a whole number for the line"
+                                               : "a whole number for the column",
+                                        found(list->getObject(i)))};
+    }
+    const FExprBase word = list->getObject(4);
+    if (!FConvert::toText(word, &text) && word.valueClass() &&
+        !word.valueClass()->isA(FWord::staticClass()) &&
+        !word.valueClass()->isA(FEnumBase::staticClass()))
+        return {FReason::unexpected("First or Last", found(word))};
+    FConvert::toText(list->getObject(5), &text);
+    const auto type = FObject::getPrototype(text);
+    if (!text.empty() && (!type || !type->classInfo().isA(FBasicType::staticClass())))
+        return {FReason::unexpected("\"FDouble\", \"FFileName\" or \"\" for the type",
+                                    "\"" + text + "\"")};
+    bool average;
+    if (list->count() > 7 && !FConvert::toBool(list->getObject(7), &average))
+        return {FReason::unexpected("0 or 1 for the average", found(list->getObject(7)))};
+    const FExprBase rows = list->getObject(8);
+    long long number;
+    if (rows && !rows.isExpression() &&
+        rows.getExpr()->classInfo().isA(FBasicType::staticClass()) &&
+        (!FConvert::toInt(rows, &number) || number < 0))
+        return {FReason::unexpected("a number of rows", found(rows))};
+    return {};
+}
+
 void FGenIntResultsFileValue::setPrimitiveValue(const FExprBase &expr)
 {
     const auto list = expr.ptr<FObjectList>();
@@ -67,8 +126,7 @@ void FGenIntResultsFileValue::setPrimitiveValue(const FExprBase &expr)
     number(1, &mLine);
     number(2, &mColumn);
     text(3, &mAnchor);
-    mOccurrence = GenIntAnchorOccurrence(
-        FEnum<GenIntAnchorOccurrence>::mStrRep.getValue(list->getObject(4).toString()));
+    mOccurrence = occurrenceOf(list->getObject(4));
     std::string typeName;
     text(5, &typeName);
     setTypeFromString(typeName);

@@ -2,6 +2,7 @@
 #ifndef FGENINTRESULTSFILEVALUE_H
 #define FGENINTRESULTSFILEVALUE_H
 #include "fbasictype.h"
+#include "fcmd.h"
 #include "fscripttype.h"
 
 enum class GenIntAnchorOccurrence : unsigned { First = 0, Last = 1 };
@@ -23,6 +24,10 @@ public:
     /// Takes the class of \p type; null leaves the value without one.
     void setType(const std::shared_ptr<FObject> &type);
     void setTypeFromString(const std::string &className);
+    /// Tells what keeps an element of a list of rules from being the list form of a rule: success
+    /// if nothing does. An unknown word for the occurrence is First, by agreement with old
+    /// projects.
+    static FStatus checkList(const FExprBase &element);
     /// Reads the list form back; fewer than 7 elements change nothing.
     void setPrimitiveValue(const FExprBase &expr) override;
     /// The list form, quotes in name and anchor as they are.

@@ -36,6 +36,7 @@ private Q_SLOTS:
     void ruleText_data();
     void ruleText();
     void ruleFromList();
+    void slipsInRules();
     void separators();
     void cloneCarriesRules();
     void undoOfRules();
@@ -391,6 +392,38 @@ void tst_Files::ruleFromList()
              QString("[\"n\",7,2,\"anchor\",Last,\"FFileName\",\"\",0,4]"));
     QCOMPARE(read("[\"n\",1,2,\"a\",Whatever,\"FDouble\",\"\",0,nullptr]"),
              QString("[\"n\",1,2,\"a\",First,\"FDouble\",\"\",0,nullptr]")); // unknown is 0
+}
+
+void tst_Files::slipsInRules()
+{
+    const QString good = "[\"v\",1,2,\"a\",Last,\"FDouble\",\"\",0,nullptr]";
+    QCOMPARE(ModelTest::run("genericIntegrationResultsFile r() { .setValues([" + good + "]); }"),
+             QStringList());
+    const auto saved = [] { return ModelTest::object<FGenIntResultsFile>("r")->getValues(); };
+    const std::pair<const char *, const char *> slips[] = {
+        {"[\"v\",1,2,a,Last,\"FDouble\",\"\",0,nullptr]", "anchor of the rule in quotes"},
+        {"[\"v\",1.7,2,\"a\",Last,\"FDouble\",\"\",0,nullptr]", "whole number for the line"},
+        {"[\"v\",1,\"2\",\"a\",Last,\"FDouble\",\"\",0,nullptr]", "for the column, found \"2\""},
+        {"[\"v\",1,2,\"a\",7,\"FDouble\",\"\",0,nullptr]", "First or Last, found 7"},
+        {"[\"v\",1,2,\"a\",Last,\"FDoubl\",\"\",0,nullptr]", "found \"FDoubl\""},
+        {"[\"v\",1,2,\"a\",Last,\"FParameter\",\"\"]", "found \"FParameter\""},
+        {"[\"v\",1,2,\"a\",Last]", "found 5 elements"},
+        {"[\"v\",1,2,\"a\",Last,\"FDouble\",\"\",2,nullptr]", "0 or 1 for the average"},
+        {"[\"v\",1,2,\"a\",Last,\"FDouble\",\"\",1,-3]", "a number of rows, found -3"},
+        {"\"v\",1,2,\"a\",Last,\"FDouble\",\"\"", "a rule in brackets"}};
+    for (const auto &slip : slips) {
+        const QStringList errors =
+            ModelTest::run("r.setValues([" + good + ",\n" + slip.first + "]);");
+        QVERIFY2(errors.size() == 1 && errors[0].contains(slip.second) &&
+                     errors[0].contains("rule 2: expected"),
+                 qPrintable(slip.first + ("\n" + errors.join("\n"))));
+        QCOMPARE(Q(saved().toString()), "[" + good + "]");
+    }
+    for (const char *word : {"\"Last\"", "last", "LAST", "\"lAST\""}) {
+        QCOMPARE(ModelTest::run("r.setValues([" + QString(good).replace("Last", word) + "]);"),
+                 QStringList());
+        QCOMPARE(Q(saved().toString()), "[" + good + "]");
+    }
 }
 
 void tst_Files::separators()
