@@ -172,6 +172,14 @@ bool isClock(const FLine<U> &line, qint64 colon)
            line[colon + 1] <= '5' && line.digit(colon + 2) && !line.digit(colon + 3);
 }
 
+/// True if a fraction stands around the slash: "1/3". Longer numbers count something, "12/100".
+template <class U>
+bool isFraction(const FLine<U> &line, qint64 slash)
+{
+    return line[slash] == '/' && line.digit(slash - 1) && !line.digit(slash - 2) &&
+           line.digit(slash + 1) && !line.digit(slash + 2) && line[slash + 2] != '/';
+}
+
 template <class U>
 bool touchesBefore(const FLine<U> &line, qint64 begin, qint64 end, bool anchored)
 {
@@ -187,9 +195,11 @@ bool touchesBefore(const FLine<U> &line, qint64 begin, qint64 end, bool anchored
     if (line.digit(begin - 1) || isWord(before) || isForeign(before) || isDash(before))
         return true;
     if (isSigned)
-        return isSignAt(line, begin - 1) && line.digit(begin - 2);
+        return isSignAt(line, begin - 1) && !isSignAt(line, begin - 2); // "--5"; not a rule of dashes
     if (isClock(line, begin - 1))
         return true;
+    if (before == '/')
+        return isFraction(line, begin - 1);
     if (before == '.')
         return true; // dots that lead to a number take its first digits for a fraction
     if (before == ',' && line.digit(begin - 2))
@@ -211,10 +221,13 @@ bool touchesAfter(const FLine<U> &line, qint64 end)
         qint64 i = end;
         while (line[i] == '.')
             ++i;
-        return line.digit(i) || (i == end + 1 && isWord(next));
+        // "1.#QNAN" and "1.#INF" are no one.
+        return line.digit(i) || (i == end + 1 && (isWord(next) || next == '#'));
     }
     if (after == ',')
         return line.digit(end + 1) && commaInNumber(line, end);
+    if (after == '/')
+        return isFraction(line, end);
     if (after == '+' || after == '-')
         return isWord(next) || (numberAt(line, end + 1) && !isJoined(line, end));
     return isGroupMark(after) && line.digit(end - 1) && line.digit(end + 1) &&
