@@ -248,6 +248,8 @@ void FDesign::saveMembers(QTextStream &stream, unsigned level) const
 void FDesign::visitState(FStateVisitor &state)
 {
     FEntity::visitState(state);
+    if (!state.isCapture())
+        valuesChanged(); // what goes was a value too
     state(mValues);
 }
 
@@ -259,7 +261,18 @@ void FDesign::stateRestored()
         mPlaces.emplace(own.parameter.getExpr().get(), mPlaces.size());
         connect(&own);
     }
+    valuesChanged();
+}
+
+void FDesign::valuesChanged() const
+{
+    for (FDesignObserver *observer : observers())
+        observer->designEdited(this);
+    if (current().get() != this)
+        return;
+    gSwitching = true; // other designs are not concerned
     touch();
+    gSwitching = false;
 }
 
 void FDesign::retire()

@@ -95,6 +95,7 @@ private:
     static void connect(Override *own);
     static void evaluateFor(const std::shared_ptr<FDesign> &design);
     void touch() const;
+    void valuesChanged() const;
     void valueChanged(const std::shared_ptr<FParameter> &parameter, const char *text);
     std::vector<Override> mValues;
     std::unordered_map<const FObject *, size_t> mPlaces; // in mValues, by parameter

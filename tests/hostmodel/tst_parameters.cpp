@@ -105,6 +105,17 @@ void tst_Parameters::designUndo()
     QCOMPARE(value("a"), QString("1"));
     QVERIFY(FHistory::instance()->redo() && FHistory::instance()->redo());
     QCOMPARE(value("a"), QString("3"));
+    // A value that undo takes out of the current design shows no longer.
+    QCOMPARE(ModelTest::run("parameter u(1); parameter twice(u*2); design now();"), QStringList());
+    FDesign::setCurrent(ModelTest::object<FDesign>("now"));
+    QCOMPARE(ModelTest::run("now.setValue(\"u\",5);"), QStringList());
+    QCOMPARE(ModelTest::value("twice"), QString("10"));
+    QVERIFY(FHistory::instance()->undo());
+    QCOMPARE(ModelTest::value("twice"), QString("2"));
+    QVERIFY(FHistory::instance()->redo());
+    QCOMPARE(ModelTest::value("twice"), QString("10"));
+    QCOMPARE(ModelTest::run("now.destroy();"), QStringList());
+    QCOMPARE(ModelTest::value("twice"), QString("2"));
 }
 
 void tst_Parameters::saving()
