@@ -27,21 +27,15 @@ std::string typeName(const FGenIntResultsFileValue &value)
 /// Tells of each value why it is not in the table, which stays as it was.
 void noteMissing(const FGenIntResultsFile &file, FTableData *table, const char *note)
 {
-    std::vector<FTableData::Missing> missing;
-    for (const auto &value : file.values())
-        missing.push_back({value->mName, typeName(*value), note});
+    std::vector<FTableRow> missing;
+    for (const auto &value : file.values()) {
+        FTableRow row;
+        row.name = value->mName;
+        row.type = typeName(*value);
+        row.notes.push_back(note);
+        missing.push_back(std::move(row));
+    }
     table->setMissing(std::move(missing));
-}
-
-std::string whereText(const QString &path, const FGenIntReading &reading)
-{
-    if (reading.line <= 0)
-        return std::string();
-    std::string text = S(QDir::cleanPath(path)) + ":" + fromNumber((long long)reading.line, 10);
-    if (reading.columnFirst > 0)
-        text +=
-            ":" + fromNumber(reading.columnFirst, 10) + "-" + fromNumber(reading.columnLast, 10);
-    return text;
 }
 
 bool isNumberType(const FExpr<FObject> &type)
@@ -193,30 +187,27 @@ void FGenIntReader::fill(const FGenIntResultsFile &file, const std::shared_ptr<F
     static const int limit = FIni().value(QStringLiteral("Reader/timeLimit"), 5000).toInt();
     core.setTimeLimit(limit);
     core.setCountLines(mTellPlaces);
-    std::vector<std::vector<double>> rows;
-    std::vector<std::string> names, tooltips;
-    std::vector<FTableData::Origin> origins;
+    const QString place = path.isEmpty() ? file.getFileName() : QDir::cleanPath(path);
+    std::vector<FTableRow> rows;
+    std::vector<size_t> unfilled;
     for (const FGenIntReading &reading : core.read(rules, columnsOf(file))) {
         const FGenIntResultsFileValue &value = *values[size_t(reading.rule)];
-        names.push_back(value.mName);
-        const auto type = value.mType.getPtr();
-        QString tooltip = Q(typeName(value));
-        std::string note = S(reading.notes.join(QStringLiteral(", ")));
-        if (!isNumberType(value.mType)) {
-            tooltip += "|" + reading.cell;
-            note.clear(); // the notes are about numbers
+        FTableRow row;
+        row.name = value.mName;
+        row.type = typeName(value);
+        row.value = reading.value;
+        row.isNumber = isNumberType(value.mType);
+        row.cell = reading.cell;
+        row.place = {place, reading.line, reading.columnFirst, reading.columnLast};
+        if (row.isNumber) {
+            row.notes = reading.notes;
+        } else if (!path.isEmpty() && value.mType.getPtr()->isTypeOf(FFileName::mpNull) &&
+                   !import(value, reading.cell, directory)) {
             // A failed import leaves the name without a row; tables bear that.
-            if (!path.isEmpty() && type->isTypeOf(FFileName::mpNull) &&
-                !import(value, reading.cell, directory))
-                continue;
+            row.notes.push_back(QStringLiteral("the file could not be imported"));
+            unfilled.push_back(rows.size());
         }
-        tooltips.push_back(S(tooltip));
-        rows.push_back({reading.value});
-        origins.push_back({whereText(path.isEmpty() ? file.getFileName() : path, reading), note});
+        rows.push_back(std::move(row));
     }
-    table->setData(std::move(rows));
-    table->setAllVerticalHeaders(std::move(names));
-    table->setAllVerticalHeadersTooltips(std::move(tooltips));
-    table->setOrigins(std::move(origins));
-    table->setMissing({});
+    table->setValues(std::move(rows), unfilled);
 }

@@ -8,8 +8,7 @@
 #include <string>
 #include <vector>
 
-class FExprBase;
-class FTableData;
+struct FTableRow;
 
 /// Exit codes of the program.
 enum FExitCode {
@@ -54,13 +53,14 @@ QJsonArray log();
 void print(const QJsonValue &json);
 /// For commands that ended before they had a result: the log alone.
 void printLogIfSilent();
-/// A number, a text or null.
-QJsonValue jsonOf(const FExprBase &expr);
-QJsonArray rowsOf(const FTableData &table, bool withTypes);
+QJsonArray rowsOf(const std::vector<FTableRow> &values, bool withTypes);
 /// \p text and blanks up to \p width characters.
 std::string padded(const std::string &text, size_t width);
-void print(const FTableData &table);
+void print(const std::vector<FTableRow> &values);
 void out(const std::string &text);
 void err(const std::string &text);
+/// The exit code after what was printed: kUnwritable with the reason if all went well, but standard
+/// output took not everything.
+int finish(int code);
 } // namespace FCli
 #endif

@@ -1,20 +1,47 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli.h"
-#include "fbasictype.h"
 #include "flogmsg.h"
 #include "fobjectmanager.h"
 #include "fparameter.h"
 #include "fproject.h"
 #include "fscript.h"
-#include "ftabledata.h"
+#include "ftablerow.h"
 
 #include <QJsonDocument>
-#include <cmath>
+#include <cerrno>
+#include <cstring>
 #include <iostream>
 
-void FCli::out(const std::string &text) { std::cout << text << "\n"; }
+namespace {
+int sOutputError = 0;
+
+/// Keeps the first reason; the stream itself only knows that it failed.
+void noteOutput()
+{
+    if (sOutputError == 0 && !std::cout)
+        sOutputError = errno != 0 ? errno : EIO;
+}
+} // namespace
+
+void FCli::out(const std::string &text)
+{
+    errno = 0;
+    std::cout << text << "\n";
+    noteOutput();
+}
 
 void FCli::err(const std::string &text) { std::cerr << "turnbuckle: " << text << std::endl; }
+
+int FCli::finish(int code)
+{
+    errno = 0;
+    std::cout.flush();
+    noteOutput();
+    if (sOutputError == 0)
+        return code;
+    err(std::string("cannot write to standard output: ") + std::strerror(sOutputError));
+    return code == kDone ? kUnwritable : code;
+}
 
 int FCli::load(const FCliOptions &options)
 {
@@ -77,32 +104,17 @@ void FCli::print(const QJsonValue &json)
     sPrinted = true;
     const QJsonDocument document =
         json.isArray() ? QJsonDocument(json.toArray()) : QJsonDocument(json.toObject());
+    errno = 0;
     std::cout << document.toJson().toStdString() << std::flush;
+    noteOutput();
 }
 
-namespace {
-QJsonValue jsonNumber(double value)
+QJsonArray FCli::rowsOf(const std::vector<FTableRow> &values, bool withTypes)
 {
-    return std::isfinite(value) ? QJsonValue(value) : QJsonValue();
-}
-} // namespace
-
-QJsonValue FCli::jsonOf(const FExprBase &expr)
-{
-    const auto object = expr.getValueObject();
-    double number;
-    if (const auto truth = std::dynamic_pointer_cast<FBool>(object))
-        return truth->value();
-    if (FConvert::toDouble(expr, &number))
-        return jsonNumber(number);
-    if (const auto value = std::dynamic_pointer_cast<FBasicType>(object))
-        return Q(value->toPlainString());
-    return object ? QJsonValue(Q(object->scriptText())) : QJsonValue();
-}
-
-QJsonArray FCli::rowsOf(const FTableData &table, bool withTypes)
-{
-    return table.rowsJson(withTypes);
+    QJsonArray rows;
+    for (const FTableRow &row : values)
+        rows.append(row.report(withTypes));
+    return rows;
 }
 
 std::string FCli::padded(const std::string &text, size_t width)
@@ -110,23 +122,12 @@ std::string FCli::padded(const std::string &text, size_t width)
     return S(Q(text).leftJustified(int(width)));
 }
 
-void FCli::print(const FTableData &table)
+void FCli::print(const std::vector<FTableRow> &values)
 {
     size_t width = 0;
-    for (const std::string &name : table.rowHeaders())
-        width = std::max(width, size_t(Q(name).size()));
-    for (size_t i = 0; i < table.rows().size(); ++i) {
-        const std::string name = i < table.rowHeaders().size() ? table.rowHeaders()[i] : "";
-        const std::string text = i < table.rowTexts().size() ? table.rowTexts()[i] : "";
-        const size_t bar = text.find('|');
-        std::string line =
-            "  " + padded(name, width) + "  " +
-            (bar == std::string::npos ? shortestNumber(table.getElementAt(int(i), 0, nullptr))
-                                      : text.substr(bar + 1));
-        if (i < table.origins().size() && !table.origins()[i].note.empty())
-            line += "  ! " + table.origins()[i].note;
-        out(line);
-    }
-    for (const FTableData::Missing &missing : table.missing())
-        out("  " + missing.name + "  nan  ! " + missing.note);
+    for (const FTableRow &row : values)
+        width = std::max(width, size_t(Q(row.name).size()));
+    for (const FTableRow &row : values)
+        out("  " + padded(row.name, width) + "  " + row.shown() +
+            (row.notes.empty() ? "" : "  ! " + row.note()));
 }

@@ -7,6 +7,7 @@
 #include "fgenintwriter.h"
 #include "flogmsg.h"
 #include "fobjectmanager.h"
+#include "fplainvalue.h"
 #include "fproject.h"
 #include "fscript.h"
 #include "fuserfile.h"
@@ -15,7 +16,6 @@
 #include <QFileInfo>
 #include <algorithm>
 #include <filesystem>
-#include <iostream>
 #include <map>
 
 int FCli::eval(const FCliOptions &options)
@@ -28,21 +28,21 @@ int FCli::eval(const FCliOptions &options)
     for (const std::string &text : options.expressions) {
         std::vector<FScriptError> errors;
         const FExprBase expr = FScript::parseExpression(text, &errors);
-        QJsonValue value;
+        FPlainValue value;
         if (!errors.empty()) {
             FLogMsg::error("Script", errors.front().toString(), "in " + text, nullptr);
             code = code == kDone ? kFailed : code;
         } else {
-            value = jsonOf(expr);
+            value = FPlainValue::of(expr);
         }
-        if (options.json)
-            results.append(QJsonObject{{"expression", Q(text)}, {"value", value}});
-        else if (value.isDouble())
-            out(shortestNumber(value.toDouble()));
-        else
-            out(value.isString() ? S(value.toString())
-                : value.isBool() ? (value.toBool() ? "true" : "false")
-                                 : "null");
+        if (options.json) {
+            QJsonObject result{{"expression", Q(text)}, {"value", value.json()}};
+            if (!value.special().empty())
+                result["text"] = Q(value.special());
+            results.append(result);
+        } else {
+            out(value.shown("null"));
+        }
     }
     if (options.json)
         print(QJsonObject{{"results", results}, {"log", log()}});
@@ -117,10 +117,10 @@ int FCli::extract(const FCliOptions &options)
         if (options.json) {
             tables.append(QJsonObject{{"template", Q(file->getName())},
                                       {"name", Q(table->getName())},
-                                      {"rows", rowsOf(*table, true)}});
+                                      {"rows", rowsOf(table->values(), true)}});
         } else {
             out(table->getName());
-            print(*table);
+            print(table->values());
         }
     }
     if (options.json)
@@ -156,7 +156,7 @@ int FCli::expand(const FCliOptions &options)
             if (options.json)
                 files.append(QJsonObject{{"name", Q(name)}, {"text", Q(text)}});
             else if (options.output.empty())
-                std::cout << "==> " << name << " <==\n" << text << "\n";
+                out("==> " + name + " <==\n" + text);
         }
     }
     const QString folder = QDir(Q(options.output)).absolutePath() + "/";

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli.h"
 #include "fdesign.h"
-#include "fexterncomputation.h"
 #include "flogmsg.h"
 #include "fobjectmanager.h"
 #include "fparameter.h"
 #include "fproject.h"
 #include "frunqueue.h"
+#include "fstudy.h"
 
 #include <QElapsedTimer>
 #include <QSocketNotifier>
@@ -15,7 +15,6 @@
 #include <csignal>
 #include <cstdio>
 #include <iostream>
-#include <set>
 #include <sys/signalfd.h>
 #include <unistd.h>
 
@@ -108,170 +107,98 @@ QJsonObject runJson(const FRunRecord &record, const QJsonArray &tables)
             {"tables", tables}};
 }
 
-std::vector<std::shared_ptr<FTableData>> tablesOf(const std::string &computation)
-{
-    std::vector<std::shared_ptr<FTableData>> tables;
-    const auto object = std::dynamic_pointer_cast<FExternComputation>(
-        FObjectManager::instance()->find(computation));
-    const auto results = object ? object->currentResults().ptr<FResultsGeneric>() : nullptr;
-    if (results && results->fetchResults())
-        for (const auto &table : results->tables())
-            if (auto one = table.getPtr())
-                tables.push_back(std::move(one));
-    return tables;
-}
-
-void printRun(const FRunRecord &record, const std::vector<std::shared_ptr<FTableData>> &tables)
+void printRun(const FRunRecord &record, const std::vector<FStudy::Table> &tables)
 {
     FCli::out(record.computation + "  " + record.design + "  " + record.reason +
               (record.seconds > 0 ? "  " + duration(record.seconds) : ""));
-    for (const auto &table : tables) {
-        FCli::out(" " + table->getName());
-        FCli::print(*table);
+    for (const FStudy::Table &table : tables) {
+        FCli::out(" " + table.name);
+        FCli::print(table.rows);
     }
 }
 
-/// A table of designs and parameters, as it stands after each design. Designs stand in the order
-/// in which they were asked for, whichever ends first.
-class FSummary
+QJsonObject designsJson(const FStudy &study)
 {
-public:
-    explicit FSummary(const std::vector<std::shared_ptr<FDesign>> &designs)
-    {
-        for (const auto &design : designs)
-            mDesigns.push_back(design->getName());
+    QJsonObject all;
+    for (const auto &design : study.designs()) {
+        const FStudy::Row &row = study.row(design->getName());
+        QJsonObject values;
+        for (const auto &[name, value] : row.parameters)
+            values[Q(name)] = value.json();
+        if (row.isComplete)
+            all[Q(design->getName())] = values;
     }
-    void note(const std::string &design)
-    {
-        auto &row = mRows[design];
-        for (const auto &handle : getEntities<FParameter>()) {
-            const auto parameter = handle.getPtr();
-            row[parameter->getName()] = FCli::jsonOf(FExprBase(parameter));
-            if (mNames.insert(parameter->getName()).second)
-                mColumns.push_back(parameter->getName());
-        }
-    }
-    /// Takes down what is doubtful in the results of a run.
-    void doubts(const FRunRecord &record, const std::vector<std::shared_ptr<FTableData>> &tables)
-    {
-        const auto add = [&](const FTableData &table, const std::string &name,
-                             const std::string &note) {
-            if (note.empty())
-                return;
-            mDoubts[record.design].push_back(record.computation + " " + table.getName() + " " +
-                                             name + ": " + note);
-        };
-        for (const auto &table : tables) {
-            for (size_t i = 0; i < table->origins().size() && i < table->rowHeaders().size(); ++i)
-                add(*table, table->rowHeaders()[i], table->origins()[i].note);
-            for (const FTableData::Missing &missing : table->missing())
-                add(*table, missing.name, missing.note);
-        }
-    }
-    QJsonObject toJson() const
-    {
-        QJsonObject all;
-        for (const auto &[design, row] : mRows) {
-            QJsonObject values;
-            for (const auto &[name, value] : row)
-                values[Q(name)] = value;
-            all[Q(design)] = values;
-        }
-        return all;
-    }
-    void print() const
-    {
-        if (mRows.empty() || mColumns.empty())
-            return;
-        std::vector<std::vector<std::string>> table{{"design"}};
-        table[0].insert(table[0].end(), mColumns.begin(), mColumns.end());
-        if (!mDoubts.empty())
-            table[0].push_back("doubts");
-        std::vector<std::string> texts;
-        std::map<std::string, size_t> designs; // by text
-        for (const std::string &design : mDesigns) {
-            const auto doubts = mDoubts.find(design);
-            if (doubts != mDoubts.end())
-                for (const std::string &text : doubts->second)
-                    if (designs[text]++ == 0)
-                        texts.push_back(text);
-            const auto row = mRows.find(design);
-            if (row == mRows.end())
-                continue;
-            std::vector<std::string> line{design};
-            for (const std::string &name : mColumns) {
-                const auto at = row->second.find(name);
-                const QJsonValue value = at == row->second.end() ? QJsonValue() : at->second;
-                line.push_back(value.isDouble()   ? S(QString::number(value.toDouble(), 'g', 7))
-                               : value.isString() ? S(value.toString())
-                               : value.isBool()   ? (value.toBool() ? "true" : "false")
-                                                  : "-");
-            }
-            if (!mDoubts.empty())
-                line.push_back(
-                    doubts == mDoubts.end() ? "-" : "! " + std::to_string(doubts->second.size()));
-            table.push_back(line);
-        }
-        std::vector<size_t> widths(table[0].size());
-        for (const auto &line : table)
-            for (size_t i = 0; i < line.size(); ++i)
-                widths[i] = std::max(widths[i], size_t(Q(line[i]).size()));
-        FCli::out("");
-        for (const auto &line : table) {
-            std::string text;
-            for (size_t i = 0; i < line.size(); ++i)
-                text += i + 1 < line.size() ? FCli::padded(line[i], widths[i]) + "  " : line[i];
-            FCli::out(text);
-        }
-        for (const std::string &text : texts)
-            FCli::out("! " + text +
-                      (mRows.size() > 1 ? " (" + std::to_string(designs[text]) + " of " +
-                                              std::to_string(mRows.size()) + " designs)"
-                                        : std::string()));
-    }
+    return all;
+}
 
-private:
-    std::map<std::string, std::map<std::string, QJsonValue>> mRows;
-    std::vector<std::string> mDesigns, mColumns;
-    std::set<std::string> mNames;
-    std::map<std::string, std::vector<std::string>> mDoubts; // by design
-};
+/// Designs and parameters as a table, and what is doubtful.
+void printSummary(const FStudy &study)
+{
+    const bool withValues = study.designs().size() > 1; // of a single one they stand above
+    const auto doubts = study.doubts(withValues);
+    if (study.completed() == 0 || study.parameters().empty())
+        return;
+    std::vector<std::vector<std::string>> table{{"design"}};
+    table[0].insert(table[0].end(), study.parameters().begin(), study.parameters().end());
+    if (!doubts.empty())
+        table[0].push_back("doubts");
+    for (const auto &design : study.designs()) {
+        const FStudy::Row &row = study.row(design->getName());
+        if (!row.isComplete)
+            continue;
+        std::vector<std::string> line{design->getName()};
+        for (const std::string &name : study.parameters()) {
+            const auto at = row.parameters.find(name);
+            line.push_back(at == row.parameters.end() ? "-" : at->second.shown("-", 7));
+        }
+        const size_t count = (withValues ? row.doubts.size() : 0) + row.failures.size();
+        if (!doubts.empty())
+            line.push_back(count == 0 ? "-" : "! " + std::to_string(count));
+        table.push_back(line);
+    }
+    std::vector<size_t> widths(table[0].size());
+    for (const auto &line : table)
+        for (size_t i = 0; i < line.size(); ++i)
+            widths[i] = std::max(widths[i], size_t(Q(line[i]).size()));
+    FCli::out("");
+    for (const auto &line : table) {
+        std::string text;
+        for (size_t i = 0; i < line.size(); ++i)
+            text += i + 1 < line.size() ? FCli::padded(line[i], widths[i]) + "  " : line[i];
+        FCli::out(text);
+    }
+    const std::string of = " of " + std::to_string(study.completed()) + " designs)";
+    for (const auto &[text, count] : doubts)
+        FCli::out("! " + text +
+                  (study.completed() > 1 ? " (" + std::to_string(count) + of : std::string()));
+}
 
 QJsonObject parametersNow()
 {
     QJsonObject all;
     for (const auto &handle : getEntities<FParameter>())
-        all[Q(handle.getPtr()->getName())] = FCli::jsonOf(FExprBase(handle.getPtr()));
+        all[Q(handle.getPtr()->getName())] = FPlainValue::of(FExprBase(handle.getPtr())).json();
     return all;
 }
 
-/// The computations to run, each behind the ones that it needs. False for an unknown name.
-bool choose(const FCliOptions &options, std::vector<std::shared_ptr<FExternComputation>> *chain)
+/// The computations that are asked for. False for an unknown name.
+bool choose(const FCliOptions &options, FStudy::Computations *asked)
 {
-    std::set<const FObject *> seen;
-    const auto add = [&](const std::shared_ptr<FExternComputation> &one) {
-        for (const auto &supplier : one->supplierComputations())
-            if (seen.insert(supplier.get()).second)
-                chain->push_back(supplier);
-        if (seen.insert(one.get()).second)
-            chain->push_back(one);
-    };
     for (const std::string &name : options.computations) {
-        const auto one =
-            std::dynamic_pointer_cast<FExternComputation>(FObjectManager::instance()->find(name));
-        if (!one) {
+        asked->push_back(
+            std::dynamic_pointer_cast<FExternComputation>(FObjectManager::instance()->find(name)));
+        if (!asked->back()) {
             FCli::err("there is no computation " + name);
             return false;
         }
-        add(one);
     }
     if (options.computations.empty())
         for (const auto &handle : getManageds<FExternComputation>())
-            add(handle.getPtr());
+            asked->push_back(handle.getPtr());
     return true;
 }
 
-bool chooseDesigns(const FCliOptions &options, std::vector<std::shared_ptr<FDesign>> *designs)
+bool chooseDesigns(const FCliOptions &options, FStudy::Designs *designs)
 {
     if (options.allDesigns) {
         *designs = FDesign::all();
@@ -296,39 +223,32 @@ int FCli::run(const FCliOptions &options)
     const int loaded = load(options);
     if (loaded != kDone)
         return refuse(loaded, "nothing was run");
-    std::vector<std::shared_ptr<FExternComputation>> chain;
-    std::vector<std::shared_ptr<FDesign>> designs;
-    if (!choose(options, &chain) || !chooseDesigns(options, &designs))
+    FStudy::Computations asked;
+    FStudy::Designs designs;
+    if (!choose(options, &asked) || !chooseDesigns(options, &designs))
         return kUsage;
-    if (chain.empty()) {
+    if (asked.empty()) {
         err("the project has no computation");
         return kFailed;
     }
     FRunQueue queue;
     queue.setKeepGoing(options.keepGoing);
     queue.setTimeout(options.timeout);
-    for (const auto &design : designs)
-        queue.add(design, chain);
+    FStudy study(designs, asked);
+    study.addTo(&queue);
     FProgress progress(!options.json);
-    FSummary summary(designs);
-    std::map<std::string, std::vector<QJsonObject>> runsOf; // by design
+    std::map<std::string, std::map<unsigned, QJsonObject>> runsOf; // by design and id
     queue.setListener([&](const FRunRecord &record) {
-        const auto tables = record.succeeded() ? tablesOf(record.computation)
-                                               : std::vector<std::shared_ptr<FTableData>>();
+        const auto tables = study.note(record);
         if (options.json) {
             QJsonArray json;
-            for (const auto &table : tables)
+            for (const FStudy::Table &table : tables)
                 json.append(
-                    QJsonObject{{"name", Q(table->getName())}, {"rows", rowsOf(*table, false)}});
-            runsOf[record.design].push_back(runJson(record, json));
-        } else {
-            if (designs.size() == 1)
-                printRun(record, tables);
-            else
-                summary.doubts(record, tables);
+                    QJsonObject{{"name", Q(table.name)}, {"rows", rowsOf(table.rows, false)}});
+            runsOf[record.design][record.id] = runJson(record, json);
+        } else if (designs.size() == 1) {
+            printRun(record, tables);
         }
-        if (record.computation == chain.back()->getName())
-            summary.note(record.design);
         progress.show(queue);
     });
     {
@@ -339,17 +259,17 @@ int FCli::run(const FCliOptions &options)
         FDesign::setCurrent(designs.back());
         QJsonArray runs;
         for (const auto &design : designs)
-            for (const QJsonObject &run : runsOf[design->getName()])
-                runs.append(run);
+            for (const auto &run : runsOf[design->getName()])
+                runs.append(run.second);
         print(QJsonObject{{"project", Q(options.project)},
                           {"runs", runs},
                           {"parameters", parametersNow()},
-                          {"designs", summary.toJson()},
+                          {"designs", designsJson(study)},
                           {"log", log()}});
     } else {
-        summary.print();
+        printSummary(study);
     }
     if (queue.isCancelled())
         return kCancelled;
-    return queue.failed() > 0 ? kFailed : kDone;
+    return queue.failed() > 0 || study.hasFailedParameters() ? kFailed : kDone;
 }

@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <fcntl.h>
 #include <functional>
 #include <iostream>
 #include <unistd.h>
@@ -133,7 +134,7 @@ int runProgram(int argc, char **argv)
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {
-        return app.exit(error) == 0 ? kDone : kUsage;
+        return FCli::finish(app.exit(error) == 0 ? kDone : kUsage);
     }
     if (options.json)
         FLogMsg::setConsole(nullptr); // the log is part of the JSON
@@ -145,12 +146,16 @@ int runProgram(int argc, char **argv)
     if (options.json)
         FCli::printLogIfSilent();
     FProject::instance()->clear();
-    return code;
+    return FCli::finish(code);
 }
 } // namespace
 
 int main(int argc, char **argv)
 {
+    // The next file that is opened would else stand in for a stream that was closed.
+    for (int stream = 0; stream <= STDERR_FILENO; ++stream)
+        if (::fcntl(stream, F_GETFD) < 0 && ::open("/dev/null", O_RDONLY) < 0)
+            giveUp("no file can be opened");
     // Exceptions that meet code which passes none on, such as event handlers, end there.
     std::set_terminate(giveUpOnException);
     try {

@@ -3,49 +3,14 @@
 #include "fgenintcheckparts.h"
 #include "fgenintcomputation.h"
 #include "fobjectmanager.h"
+#include "fplainvalue.h"
 
 #include <algorithm>
 #include <cmath>
-#include <unordered_set>
 
 using namespace FGenIntCheckParts;
 
 namespace {
-/// The reason of the innermost command that fails in an expression, or in what it refers to; empty
-/// if none does.
-FReason failureIn(const FExprBase &value)
-{
-    struct Step
-    {
-        std::shared_ptr<FObject> object;
-        bool entered; // what the command takes comes first
-    };
-    std::vector<Step> todo{{value.getExpr(), false}};
-    std::unordered_set<const FObject *> seen;
-    while (!todo.empty()) {
-        const Step step = todo.back();
-        todo.pop_back();
-        if (!step.object || (!step.entered && !seen.insert(step.object.get()).second))
-            continue;
-        const FCmd *command = step.object->isFCmd();
-        if (step.entered) {
-            if (!command->error().empty())
-                return command->error();
-        } else if (const auto parameter = std::dynamic_pointer_cast<FParameter>(step.object)) {
-            todo.push_back({parameter->currentValue().getExpr(), false});
-        } else if (const auto entry = std::dynamic_pointer_cast<FEntry>(step.object)) {
-            todo.push_back({entry->getValue().getExpr(), false});
-        } else if (command) {
-            todo.push_back({step.object, true});
-            const auto &arguments = command->arguments();
-            for (size_t i = arguments.size(); i-- > 0;)
-                todo.push_back({arguments[i].getExpr(), false});
-            todo.push_back({command->getReceiver().getExpr(), false});
-        }
-    }
-    return FReason();
-}
-
 /// The first command of an expression that does more than calculate; null if none does.
 const FCmd *actionIn(const FExprBase &value)
 {
@@ -124,7 +89,9 @@ private:
             const auto file = handle.ptr<FGenIntResultsFile>();
             if (file && file->getFileName() == name)
                 return file;
-            if (file && !byName && Q(file->getName()).compare(name, Qt::CaseInsensitive) == 0)
+            if (file && !byName &&
+                (Q(file->getName()).compare(name, Qt::CaseInsensitive) == 0 ||
+                 file->getFileName().compare(name, Qt::CaseInsensitive) == 0))
                 byName = file;
         }
         return byName;
@@ -178,7 +145,7 @@ void checkValue(const FManaged &object, const std::string &what, const FExprBase
     };
     const auto result = value.getValueObject();
     if (!std::dynamic_pointer_cast<FBasicType>(result)) {
-        const std::string failure = failureIn(value).text();
+        const std::string failure = FPlainValue::failureOf(value).text();
         if (written || !failure.empty())
             error(failure.empty() ? "it gives no value that could be written" : failure,
                   value.toString());
@@ -188,7 +155,7 @@ void checkValue(const FManaged &object, const std::string &what, const FExprBase
         value.isExpression() || std::dynamic_pointer_cast<FEntity>(value.getExpr());
     const auto number = std::dynamic_pointer_cast<FDouble>(result);
     if (number && std::isnan(number->value()) && computed) {
-        const std::string failure = failureIn(value).text();
+        const std::string failure = FPlainValue::failureOf(value).text();
         error(failure.empty() ? "it gives no number" : failure, value.toString() + " = nan");
     } else if (number && !std::isfinite(number->value())) {
         findings->hint(object, what + " is no finite number")

@@ -12,6 +12,7 @@
 #include "frunfolder.h"
 #include "frunlock.h"
 #include "frunqueue.h"
+#include "fstudy.h"
 #include "fviewctrl.h"
 
 #include <QDir>
@@ -82,7 +83,19 @@ FExternComputation::DesignState &FExternComputation::stateOf(const FDesign *desi
 
 FExpr<FComputationResults> FExternComputation::currentResults() const
 {
-    return stateOf(FDesign::current().get()).results;
+    const auto design = FDesign::current();
+    DesignState &state = stateOf(design.get());
+    // Results that a project brings know their computation by its id; ids are final after loading.
+    if (!state.results && state.searched != FComputationResults::madeById() &&
+        !FMarloCtrl::instance()->isLoadingProject()) {
+        state.searched = FComputationResults::madeById();
+        for (const auto &handle : getManageds<FComputationResults>()) {
+            const auto results = handle.getPtr();
+            if (results->getVariant().getPtr() == design && results->computationId() == getDbId())
+                state.results = FExpr<FComputationResults>(results);
+        }
+    }
+    return state.results;
 }
 
 bool FExternComputation::isUpToDateFor(const std::shared_ptr<FDesign> &design) const
@@ -209,25 +222,14 @@ FStatus FExternComputation::run()
     if (mRunning > 0)
         return {getName() + " is running"};
     FRunQueue queue;
-    queue.add(FDesign::chosen(), staleChain());
+    const auto design = FDesign::chosen();
+    queue.add(design, FStudy::chain({shared_from_base<FExternComputation>()}, design));
     queue.run(1);
     const auto &records = queue.records();
     for (const FRunRecord &record : records)
         if (!record.succeeded())
             return {"computation " + record.computation + ": " + record.reason};
     return {};
-}
-
-std::vector<std::shared_ptr<FExternComputation>> FExternComputation::staleChain() const
-{
-    std::vector<std::shared_ptr<FExternComputation>> chain;
-    const auto design = FDesign::chosen();
-    for (const auto &supplier : supplierComputations())
-        if (!supplier->isUpToDateFor(design))
-            chain.push_back(supplier);
-    chain.push_back(
-        std::const_pointer_cast<FExternComputation>(shared_from_base<FExternComputation>()));
-    return chain;
 }
 
 FStatus FExternComputation::guiRun()
@@ -238,7 +240,7 @@ FStatus FExternComputation::guiRun()
     FRunQueue *queue = FRunQueue::background();
     if (isRunningFor(design.get()) || queue->isQueued(this, design.get()))
         return {getName() + " is running"};
-    queue->add(design, staleChain());
+    queue->add(design, FStudy::chain({shared_from_base<FExternComputation>()}, design));
     queue->start(queue->jobs());
     return {};
 }

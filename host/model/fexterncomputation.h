@@ -116,9 +116,9 @@ private:
             upToDate = false;
             ++edition;
         }
+        unsigned searched = 0; ///< FComputationResults::madeById() when saved results were sought
     };
     DesignState &stateOf(const FDesign *design) const;
-    std::vector<std::shared_ptr<FExternComputation>> staleChain() const;
     std::shared_ptr<FComputationResults> makeResults(const std::shared_ptr<FDesign> &design);
     template <class T>
     void assign(T &field, const T &value, const char *text);

@@ -247,8 +247,12 @@ QByteArray FExternRun::valuesText() const
         return {};
     QJsonArray tables;
     for (const auto &handle : results->tables())
-        if (const auto table = handle.getPtr())
-            tables.append(QJsonObject{{"name", Q(table->getName())}, {"rows", table->rowsJson()}});
+        if (const auto table = handle.getPtr()) {
+            QJsonArray rows;
+            for (const FTableRow &row : table->values())
+                rows.append(row.toJson());
+            tables.append(QJsonObject{{"name", Q(table->getName())}, {"rows", rows}});
+        }
     return tables.isEmpty() ? QByteArray()
                             : QJsonDocument(QJsonObject{{"tables", tables}}).toJson();
 }

@@ -19,6 +19,8 @@ F_CLASS_IMPL(FResults)
 F_CLASS_IMPL(FComputationResults)
 F_CLASS_IMPL(FResultsGeneric)
 
+unsigned FComputationResults::sMadeById = 0;
+
 FComputationResults::FComputationResults(std::string name, const FExpr<FDesign> &variant,
                                          const FExpr<FExternComputation> &computation)
     : FResults(std::move(name), variant)
@@ -34,6 +36,7 @@ FComputationResults::FComputationResults(std::string name, const FExpr<FDesign> 
     : FResults(std::move(name), variant)
     , mComputationId(computationId)
 {
+    ++sMadeById;
 }
 
 FExpr<FExternComputation> FComputationResults::getComputation() const
@@ -104,6 +107,16 @@ FExpr<FTableData> FResultsGeneric::getData(const std::string &name) const
         if (const auto object = table.getPtr())
             if (object->getName() == name)
                 return FExpr<FTableData>(object);
+    return {};
+}
+
+FExpr<FTableData> FResultsGeneric::tableCommand(const std::string &name) const
+{
+    if (const auto table = getData(name))
+        return table;
+    for (const auto &table : mTables)
+        if (const auto object = table.getPtr(); object && equals(object->getName(), name, false))
+            return FExpr<FTableData>(object);
     return {};
 }
 

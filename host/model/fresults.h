@@ -44,12 +44,15 @@ public:
 
     FExpr<FExternComputation> getComputation() const;
     int computationId() const;
+    /// Counts the results that were made by the id of their computation.
+    static unsigned madeById() { return sMadeById; }
     std::string getResultPath() const override;
     void visitState(FStateVisitor &state) override;
 
 private:
     mutable std::weak_ptr<FExternComputation> mComputation; // the computation holds its results
     int mComputationId = 0;
+    static unsigned sMadeById;
 };
 
 /// Results as tables. The files are read when the first table is asked for.
@@ -93,7 +96,7 @@ public:
 
 protected:
     void noteDoubtOfRun() const;
-    FExpr<FTableData> tableCommand(const std::string &name) const { return getData(name); }
+    FExpr<FTableData> tableCommand(const std::string &name) const;
     mutable std::recursive_mutex mMutex;
     mutable std::vector<FExpr<FTableData, true>> mTables;
     mutable std::unordered_map<std::string, FExpr<FObject>> mImportedObjects;

@@ -3,9 +3,7 @@
 
 #include "fcmdbinder.h"
 
-#include <QJsonObject>
 #include <algorithm>
-#include <cmath>
 
 F_CLASS_IMPL(FTableData)
 
@@ -29,43 +27,28 @@ void FTableData::setColumns(const std::vector<std::vector<double>> &columns,
 
 void FTableData::addNote(const std::string &note)
 {
-    mOrigins.resize(std::max(mOrigins.size(), mRows.size()));
-    for (Origin &origin : mOrigins)
-        origin.note += (origin.note.empty() ? "" : ", ") + note;
+    for (FTableRow &value : mValues)
+        value.notes.push_back(Q(note));
 }
 
-QJsonArray FTableData::rowsJson(bool withTypes) const
+void FTableData::setValues(std::vector<FTableRow> values, const std::vector<size_t> &unfilled)
 {
-    const auto textOrNull = [](const std::string &text) {
-        return text.empty() ? QJsonValue() : QJsonValue(Q(text));
-    };
-    QJsonArray rows;
-    for (size_t i = 0; i < mRows.size(); ++i) {
-        const std::string text = i < mRowTexts.size() ? mRowTexts[i] : std::string();
-        const size_t bar = text.find('|');
-        const Origin origin = i < mOrigins.size() ? mOrigins[i] : Origin();
-        const double value = cell(int(i), 0);
-        QJsonObject row{
-            {"name", i < mRowHeaders.size() ? Q(mRowHeaders[i]) : QString()},
-            {"value", std::isfinite(value) ? QJsonValue(value) : QJsonValue()},
-            {"text", bar == std::string::npos ? QJsonValue() : QJsonValue(Q(text.substr(bar + 1)))},
-            {"note", textOrNull(origin.note)},
-            {"where", textOrNull(origin.where)}};
-        if (withTypes)
-            row["type"] = Q(text.substr(0, bar));
-        rows.append(row);
+    std::vector<std::vector<double>> rows;
+    std::vector<std::string> names, toolTips;
+    auto without = unfilled.begin();
+    for (size_t i = 0; i < values.size(); ++i) {
+        names.push_back(values[i].name);
+        if (without != unfilled.end() && *without == i) {
+            ++without;
+            continue;
+        }
+        rows.push_back({values[i].value});
+        toolTips.push_back(values[i].toolTip());
     }
-    for (const Missing &missing : mMissing) {
-        QJsonObject row{{"name", Q(missing.name)},
-                        {"value", QJsonValue()},
-                        {"text", QJsonValue()},
-                        {"note", Q(missing.note)},
-                        {"where", QJsonValue()}};
-        if (withTypes)
-            row["type"] = Q(missing.type);
-        rows.append(row);
-    }
-    return rows;
+    setData(std::move(rows));
+    setAllVerticalHeaders(std::move(names));
+    setAllVerticalHeadersTooltips(std::move(toolTips));
+    mValues = std::move(values);
 }
 
 int FTableData::columnCount() const

@@ -2,8 +2,8 @@
 #ifndef FTABLEDATA_H
 #define FTABLEDATA_H
 #include "fexpr.h"
+#include "ftablerow.h"
 
-#include <QJsonArray>
 #include <unordered_map>
 
 /// A table of numbers with headers. Counts of rows, headers and tooltips may differ. Indices count
@@ -32,25 +32,17 @@ public:
     const std::vector<std::string> &rowHeaders() const { return mRowHeaders; }
     const std::vector<std::string> &rowTexts() const { return mRowTexts; }
     const std::vector<std::string> &columnHeaders() const { return mColumnHeaders; }
-    /// Place and doubt of each row's number, for reports.
-    struct Origin
-    {
-        std::string where, note;
-    };
-    void setOrigins(std::vector<Origin> origins) { mOrigins = std::move(origins); }
-    const std::vector<Origin> &origins() const { return mOrigins; }
-    /// Adds a doubt to every row.
+
+    /// What a read gave: \p values by name, with place and doubt. They fill the table, one row
+    /// each. \p unfilled are indices, rising, of values whose name alone comes into the table: from
+    /// there on its names are ahead of its numbers, which values() are not.
+    void setValues(std::vector<FTableRow> values, const std::vector<size_t> &unfilled = {});
+    /// Why nothing could be read: \p values without numbers. The table stays as it was.
+    void setMissing(std::vector<FTableRow> values) { mValues = std::move(values); }
+    /// Of the last read; empty for a table that was filled otherwise.
+    const std::vector<FTableRow> &values() const { return mValues; }
+    /// Adds a doubt to every value.
     void addNote(const std::string &note);
-    /// The first column as objects with name, value, text, note and where; null for what there
-    /// isn't. With \p withTypes the type's class as well.
-    QJsonArray rowsJson(bool withTypes = false) const;
-    /// A row that could not be filled, and why; for reports, the table has no such row.
-    struct Missing
-    {
-        std::string name, type, note;
-    };
-    void setMissing(std::vector<Missing> missing) { mMissing = std::move(missing); }
-    const std::vector<Missing> &missing() const { return mMissing; }
 
     double getElementAt(int row, int column, bool *ok = nullptr) const;
     double getElementAt(const std::string &rowHeader, int column) const;
@@ -72,8 +64,7 @@ private:
     std::string mName;
     std::vector<std::vector<double>> mRows;
     std::vector<std::string> mRowHeaders, mRowTexts, mColumnHeaders;
-    std::vector<Origin> mOrigins;
-    std::vector<Missing> mMissing;
+    std::vector<FTableRow> mValues;
     std::unordered_map<std::string, int> mRowIndex;
 };
 #endif

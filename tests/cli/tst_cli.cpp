@@ -61,6 +61,8 @@ private Q_SLOTS:
     void choosesDesignsAndComputations();
     void keepsTheOrderOfDesigns();
     void tableMarksDoubts();
+    void tellsWhatHasNoValue();
+    void failsWithoutOutput();
     void reasons_data();
     void reasons();
     void goesOnAfterFailureWhenTold();
@@ -222,6 +224,78 @@ void TestCli::tableMarksDoubts()
     QVERIFY2(line.match(table).hasMatch(), table);
     QVERIFY2(table.contains("\n! solver out.txt sum: last line has no line end (2 of 2 designs)\n"),
              table);
+}
+
+void TestCli::tellsWhatHasNoValue()
+{
+    const FSandbox box;
+    box.write("p.tbk",
+              project("sh", "-c 'echo sum inf >out.txt; echo n = -inf >>out.txt'")
+                      .replace(".setFileName(\"out.txt\");",
+                               ".setFileName(\"out.txt\"); .setTabSeparator(true);") +
+                  "parameter big(123456789012345.0);\n"
+                  "parameter other(solver.getResults().getTable(\"OUT.txt\").getElementAt(\"n\"));"
+                  "\n");
+    FCall call = box.call({"run", "p.tbk", "--json"});
+    QCOMPARE(call.code, 0);
+    const QJsonObject row =
+        call.run()["tables"].toArray()[0].toObject()["rows"].toArray()[0].toObject();
+    QVERIFY(row["value"].isNull());
+    QCOMPARE(row["text"].toString(), QString("inf"));
+    call = box.call({"run", "p.tbk"});
+    QVERIFY2(call.out.contains("sum  inf\n") &&
+                 QRegularExpression("baseline .*2\\.5 +inf +123456789012345 +-inf\n")
+                     .match(call.out)
+                     .hasMatch(),
+             call.out);
+    QCOMPARE(box.call({"eval", "p.tbk", "big", "big*10", "1e999"}).out,
+             QByteArray("123456789012345\n1.23456789012345e+15\ninf\n"));
+    call = box.call({"eval", "p.tbk", "-1e999", "--json"});
+    QCOMPARE(call.json()["results"].toArray()[0].toObject()["text"].toString(), QString("-inf"));
+
+    // A parameter without a value is a failure of the run, unless a run that it needs is missing.
+    const QByteArray wrong = sumProject("") +
+                             "parameter lost(solver.getResults().getTable(\"no.txt\")"
+                             ".getElementAt(\"sum\"));\n";
+    box.write("p.tbk", wrong);
+    call = box.call({"run", "p.tbk"});
+    QCOMPARE(call.code, 1);
+    QVERIFY2(call.out.contains("! parameter lost doesn't resolve: "), call.out);
+    call = box.call({"run", "p.tbk", "--all-designs", "--json"});
+    QCOMPARE(call.code, 1);
+    QCOMPARE(call.log().filter("parameter lost doesn't resolve").size(), 2);
+    box.write("p.tbk", wrong +
+                           "genericIntegrationComputation free() {\n"
+                           "    .setConfiguration(configuration);\n    .setApplication(\"" +
+                           kFakesim + "\");\n    .setArguments(\"sum in.txt out.txt\");\n}\n");
+    QCOMPARE(box.call({"run", "p.tbk", "--computation", "free"}).code, 0);
+}
+
+void TestCli::failsWithoutOutput()
+{
+    const FSandbox box;
+    box.write("p.tbk", sumProject());
+    box.write("out.txt", "sum = 1\nn = 2\n");
+    for (const char *words :
+         {"help", "help run", "--help", "--version", "commands", "commands --markdown",
+          "eval p.tbk 1", "eval p.tbk 1 --json", "extract p.tbk out.txt", "expand p.tbk",
+          "check p.tbk", "check p.tbk --json", "run p.tbk", "run p.tbk --json"})
+        for (const char *output : {">/dev/full", ">&-"}) {
+            QProcess shell;
+            shell.setWorkingDirectory(box.path());
+            shell.start("sh",
+                        {"-c", QString("%1 %2 %3").arg(F_BIN_DIR "/turnbuckle", words, output)});
+            QVERIFY(shell.waitForFinished());
+            const QByteArray error = shell.readAllStandardError();
+            QVERIFY2(shell.exitCode() == 4 && error.contains("cannot write to standard output: "),
+                     QByteArray(words) + output + ": " + error);
+        }
+    // What prints nothing doesn't mind, and no other file takes the place of the stream.
+    QCOMPARE(QProcess::execute("sh", {"-c", "cd " + box.path() +
+                                                " && " F_BIN_DIR
+                                                "/turnbuckle save p.tbk --output q.tbk >&-"}),
+             0);
+    QVERIFY(!box.read("q.tbk").isEmpty());
 }
 
 void TestCli::reasons_data()

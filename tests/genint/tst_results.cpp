@@ -136,8 +136,8 @@ void tst_Results::tables()
     const auto a = r->getData("a.txt").getPtr();
     QCOMPARE(a->rowHeaders(), (std::vector<std::string>{"first", "none", "last"}));
     QCOMPARE(a->rowTexts(), (std::vector<std::string>{"FDouble", "FDouble", "FDouble"}));
-    QCOMPARE(Q(a->origins()[0].where).section('/', -1), QString("a.txt:1:5-7"));
-    QVERIFY(!a->origins()[1].note.empty()); // why there is no number
+    QCOMPARE(Q(a->values()[0].place.text()).section('/', -1), QString("a.txt:1:5-7"));
+    QVERIFY(!a->values()[1].notes.empty()); // why there is no number
 }
 
 void tst_Results::readAgain()
@@ -197,6 +197,13 @@ void tst_Results::imports()
     QCOMPARE(table->rowCount(), 2);
     QCOMPARE(table->getElementAt(1, 0), 9.0);
     QCOMPARE(Q(table->rowTexts()[0]), QString("FFileName|one.dat"));
+    // Reports and the store pair each number with its own name.
+    QCOMPARE(table->values().size(), size_t(3));
+    QVERIFY(table->values()[1].name == "bad" && !table->values()[1].notes.empty());
+    const FTableRow &n = table->values()[2];
+    QVERIFY(n.name == "n" && n.value == 9.0);
+    QCOMPARE(FTableRow::fromJson(n.toJson()).toJson(), n.toJson());
+    QCOMPARE(FTableRow::fromJson(n.toJson()).place.text(), n.place.text());
     QVERIFY(ModelTest::log().join('\n').contains("Could not import file " + folder() + "bad.dat"));
     // Of two objects of one name the one of the earlier template stays.
     QCOMPARE(get("getImport(\"f\").getElementAt(1,\"y z\")"), QString("4"));
