@@ -15,6 +15,8 @@
 #include "fsafefile.h"
 #include "fviewctrl.h"
 
+#include <cmath>
+
 F_CLASS_IMPL(FGenIntComputation)
 
 bool FGenIntCompSignalRapper::push(int code) const
@@ -101,6 +103,23 @@ bool FGenIntComputation::writeOutputFile() const
 {
     const QString directory = Q(FPathManager::instance()->getInputDirAbs(nullptr, nullptr));
     return FGenIntWriter().write(genIntConfiguration(), directory);
+}
+
+std::vector<std::string> FGenIntComputation::inputsWithoutNumber() const
+{
+    std::vector<std::string> names;
+    const auto configuration = genIntConfiguration().getPtr();
+    if (!configuration)
+        return names;
+    for (const auto &item : configuration->getEntryMap()) {
+        const auto entry = item.second.ptr<FEntry>();
+        const auto number =
+            entry ? std::dynamic_pointer_cast<FDouble>(entry->getValue().getValueObject())
+                  : nullptr;
+        if (number && std::isnan(number->value()))
+            names.push_back(S(item.first));
+    }
+    return names;
 }
 
 void FGenIntComputation::applyOutputHandles(std::shared_ptr<FComputationResults> object) const

@@ -64,6 +64,7 @@ public:
     std::shared_ptr<FObject> getResultType() const override { return FResultsGenInt::mpNull; }
     bool isGeneric() const override { return true; }
     bool writeOutputFile() const override;
+    std::vector<std::string> inputsWithoutNumber() const override;
     void applyOutputHandles(std::shared_ptr<FComputationResults> results) const override;
     void processReread(std::shared_ptr<FComputationResults> results) override;
     void computationStarted() const override;

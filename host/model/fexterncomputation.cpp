@@ -138,6 +138,8 @@ bool FExternComputation::isRunningFor(const FDesign *design) const
     return stateOf(design).running;
 }
 
+bool FExternComputation::hasRunFor(const FDesign *design) const { return stateOf(design).hasRun; }
+
 unsigned long FExternComputation::editionFor(const FDesign *design) const
 {
     return stateOf(design).edition;
@@ -320,6 +322,7 @@ void FExternComputation::takeResults(const std::shared_ptr<FDesign> &design,
             FManaged::destroy(old, true);
         state.results = FExpr<FComputationResults>();
     }
+    state.hasRun = record.succeeded();
     state.upToDate = record.succeeded() && !record.inputsChanged;
     for (FObject *client : clients().objects())
         client->setOutOfDate(0);

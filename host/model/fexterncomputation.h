@@ -58,6 +58,8 @@ public:
     std::vector<std::shared_ptr<FExternComputation>> supplierComputations() const;
     bool isUpToDateFor(const std::shared_ptr<FDesign> &design) const;
     bool isRunningFor(const FDesign *design) const;
+    /// True if a run of this session has given the results for \p design.
+    bool hasRunFor(const FDesign *design) const;
     /// Changes with everything that makes the results for \p design stale.
     unsigned long editionFor(const FDesign *design) const;
 
@@ -70,6 +72,8 @@ public:
     virtual void computationStarted() const {}
     virtual bool writeOutputFile() const { return true; }
     virtual std::shared_ptr<FObject> getResultType() const { return nullptr; }
+    /// Names of the inputs that are no number now, though a number is what they should be.
+    virtual std::vector<std::string> inputsWithoutNumber() const { return {}; }
     virtual void applyOutputHandles(std::shared_ptr<FComputationResults>) const {}
     virtual void computationFinished() const {}
     virtual void finalizeRun() {}
@@ -109,7 +113,7 @@ private:
     {
         std::weak_ptr<FDesign> design;
         FExpr<FComputationResults> results;
-        bool upToDate = false, running = false;
+        bool upToDate = false, running = false, hasRun = false;
         unsigned long edition = 0;
         void setStale()
         {

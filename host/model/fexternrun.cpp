@@ -7,13 +7,12 @@
 #include "fpathmanager.h"
 #include "frunfolder.h"
 #include "frunlock.h"
+#include "frunstore.h"
 #include "frunsync.h"
 #include "fsafefile.h"
+#include "fstudy.h"
 
 #include <QFileInfo>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QTimer>
 #include <algorithm>
 #include <cstring>
@@ -151,6 +150,7 @@ bool FExternRun::prepare()
     mComputation->prepareFileValues();
     const size_t before = FLogMsg::count();
     const bool written = mComputation->writeOutputFile();
+    mRecord.inputsWithoutNumber = mComputation->inputsWithoutNumber();
     const std::string &failure = paths->runFailure();
     if (!failure.empty())
         return fail(failure);
@@ -240,28 +240,11 @@ void FExternRun::writeRecord()
                    nullptr);
 }
 
-QByteArray FExternRun::valuesText() const
-{
-    const auto results = mComputation->currentResults().ptr<FResultsGeneric>();
-    if (!results || !results->fetchResults())
-        return {};
-    QJsonArray tables;
-    for (const auto &handle : results->tables())
-        if (const auto table = handle.getPtr()) {
-            QJsonArray rows;
-            for (const FTableRow &row : table->values())
-                rows.append(row.toJson());
-            tables.append(QJsonObject{{"name", Q(table->getName())}, {"rows", rows}});
-        }
-    return tables.isEmpty() ? QByteArray()
-                            : QJsonDocument(QJsonObject{{"tables", tables}}).toJson();
-}
-
 bool FExternRun::writeValues(std::string *why) const
 {
-    const QByteArray text = valuesText();
+    const auto tables = FStudy::tablesOf(*mComputation);
     QString reason;
-    if (text.isEmpty() || mFolder->write("values.json", text, &reason))
+    if (tables.empty() || FRunStore::write(*mFolder, tables, &reason))
         return true;
     *why = "the values can't be written: " + S(reason);
     return false;
@@ -283,7 +266,7 @@ void FExternRun::conclude()
         mRecord.succeeded() && mComputation->editionFor(mDesign.get()) != mEdition;
     if (mRecord.inputsChanged)
         mRecord.reason += ", but inputs changed during the run";
-    if (mReport.isEmpty() || mRecord.inputsChanged)
+    if (mReport.isEmpty() || mRecord.inputsChanged || !mRecord.inputsWithoutNumber.empty())
         writeRecord();
     if (mFolder)
         mFolder->settle();

@@ -50,7 +50,6 @@ private:
     void takeRecord(const QByteArray &record);
     void writeRecord();
     /// What was read, with place and doubt of each number; empty if there is nothing.
-    QByteArray valuesText() const;
     bool writeValues(std::string *why) const;
 
     std::shared_ptr<FExternComputation> mComputation;

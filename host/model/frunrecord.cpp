@@ -3,6 +3,7 @@
 
 #include "ftext.h"
 
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <utility>
@@ -21,12 +22,18 @@ const char *FRunRecord::stateText() const { return kStates[int(state)]; }
 
 std::string FRunRecord::note() const
 {
-    if (processesEnded <= 0)
-        return std::string();
-    return processesEnded == 1
-               ? "a process that the program left in the background was ended"
-               : std::to_string(processesEnded) +
-                     " processes that the program left in the background were ended";
+    std::string note;
+    const auto add = [&note](const std::string &text) {
+        note += (note.empty() ? "" : ", ") + text;
+    };
+    for (const std::string &name : inputsWithoutNumber)
+        add("input " + name + " was nan");
+    if (processesEnded == 1)
+        add("a process that the program left in the background was ended");
+    else if (processesEnded > 1)
+        add(std::to_string(processesEnded) +
+            " processes that the program left in the background were ended");
+    return note;
 }
 
 bool FRunRecord::read(const QByteArray &text)
@@ -51,6 +58,8 @@ bool FRunRecord::read(const QByteArray &text)
     seconds = json["seconds"].toDouble();
     processesEnded = json["processesEnded"].toInt();
     inputsChanged = json["inputsChanged"].toBool();
+    for (const auto &name : json["inputsWithoutNumber"].toArray()) // what a runner wrote has none
+        inputsWithoutNumber.push_back(S(name.toString()));
     return true;
 }
 
@@ -66,5 +75,10 @@ QByteArray FRunRecord::text(const QByteArray &recorded) const
     json["reason"] = Q(reason);
     if (inputsChanged)
         json["inputsChanged"] = true;
+    QJsonArray nan;
+    for (const std::string &name : inputsWithoutNumber)
+        nan.append(Q(name));
+    if (!nan.isEmpty())
+        json["inputsWithoutNumber"] = nan;
     return QJsonDocument(json).toJson();
 }

@@ -3,6 +3,7 @@
 #define FRUNRECORD_H
 #include <QByteArray>
 #include <string>
+#include <vector>
 
 enum class FRunState { NotStarted, Finished, Failed, TimeLimit, Cancelled };
 
@@ -15,9 +16,10 @@ struct FRunRecord
     bool hasExitCode = false, hasSignal = false;
     int exitCode = 0, signal = 0;
     double seconds = 0;
-    int processesEnded = 0;     ///< that were left when the program had ended
-    bool inputsChanged = false; ///< the model was edited while the program ran
-    unsigned id = 0;            ///< of the run in this process; not recorded
+    int processesEnded = 0;                       ///< that were left when the program had ended
+    std::vector<std::string> inputsWithoutNumber; ///< that were nan
+    bool inputsChanged = false;                   ///< the model was edited while the program ran
+    unsigned id = 0;                              ///< of the run in this process; not recorded
 
     bool succeeded() const { return state == FRunState::Finished; }
     void set(FRunState newState, std::string newReason);

@@ -53,7 +53,10 @@ std::vector<FStudy::Table> FStudy::note(const FRunRecord &record)
             return {};
         }
     row.runs.push_back(record);
-    const auto tables = record.succeeded() ? tablesOf(record.computation) : std::vector<Table>();
+    const auto computation = std::dynamic_pointer_cast<FExternComputation>(
+        FObjectManager::instance()->find(record.computation));
+    const auto tables =
+        record.succeeded() && computation ? tablesOf(*computation) : std::vector<Table>();
     for (const Table &table : tables)
         for (const FTableRow &value : table.rows)
             if (!value.notes.empty())
@@ -110,17 +113,34 @@ void FStudy::noteParameters(const std::string &design, Row *row)
 
 const FStudy::Row &FStudy::row(const std::string &design) const { return mRows.at(design); }
 
-std::vector<FStudy::Table> FStudy::tablesOf(const std::string &computation)
+std::vector<FStudy::Table> FStudy::tablesOf(const FExternComputation &computation)
 {
     std::vector<Table> tables;
-    const auto object = std::dynamic_pointer_cast<FExternComputation>(
-        FObjectManager::instance()->find(computation));
-    const auto results = object ? object->currentResults().ptr<FResultsGeneric>() : nullptr;
+    const auto results = computation.currentResults().ptr<FResultsGeneric>();
     if (results && results->fetchResults())
         for (const auto &handle : results->tables())
             if (const auto table = handle.getPtr())
                 tables.push_back({table->getName(), table->values()});
     return tables;
+}
+
+FStudy::Cell FStudy::cell(const std::shared_ptr<FExternComputation> &computation,
+                          const std::shared_ptr<FDesign> &design)
+{
+    Cell cell;
+    if (const auto run = FRunStore::lookup(computation, design)) {
+        cell.state = run->record.succeeded() ? Earlier : Failed;
+        cell.reason = run->record.reason;
+        cell.tables = run->tables;
+    }
+    if (computation->isRunningFor(design.get())) {
+        cell.state = Running;
+    } else if (computation->isUpToDateFor(design) || computation->hasRunFor(design.get())) {
+        const FDesign::Scope evaluated(design);
+        cell.state = computation->isUpToDateFor(design) ? UpToDate : Stale;
+        cell.tables = tablesOf(*computation);
+    }
+    return cell;
 }
 
 size_t FStudy::completed() const

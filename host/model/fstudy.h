@@ -3,6 +3,7 @@
 #define FSTUDY_H
 #include "fexterncomputation.h"
 #include "fplainvalue.h"
+#include "frunstore.h"
 
 #include <map>
 #include <set>
@@ -25,13 +26,27 @@ public:
     const Designs &designs() const { return mDesigns; }
     void addTo(FRunQueue *queue) const;
 
-    struct Table
-    {
-        std::string name;
-        std::vector<FTableRow> rows;
+    using Table = FRunStore::Table;
+    /// The values of a computation for the design that is evaluated; none before its first run.
+    static std::vector<Table> tablesOf(const FExternComputation &computation);
+
+    enum State {
+        NotRun,
+        Running,
+        UpToDate,
+        Stale,   ///< ran, and inputs changed since
+        Earlier, ///< ran in an earlier session: what changed since is not known
+        Failed
     };
-    /// The values of a computation for the current design; none before its first run.
-    static std::vector<Table> tablesOf(const std::string &computation);
+    struct Cell
+    {
+        State state = NotRun;
+        std::string reason; ///< of the last run, in words
+        std::vector<Table> tables;
+    };
+    /// What there is of a computation for a design, from this session or an earlier one.
+    static Cell cell(const std::shared_ptr<FExternComputation> &computation,
+                     const std::shared_ptr<FDesign> &design);
 
     /// To be called after each run, with its design still the current one. Gives its values. Of a
     /// run that is told again the later record counts.

@@ -7,6 +7,7 @@
 #include "frunnerlink.h"
 #include "frunqueue.h"
 #include "frunsync.h"
+#include "fstudy.h"
 #include "study.h"
 
 #include <QDir>
@@ -86,6 +87,62 @@ private Q_SLOTS:
             const auto name = study.designs[size_t(i)]->getName();
             QCOMPARE(contentOf(study.runPath(name.c_str(), "second/in.txt")),
                      QByteArray::number(i + 2) + "\n");
+        }
+    }
+
+    void keepsValuesForLaterSessions()
+    {
+        Study study;
+        const auto first = study.chain[0], second = study.chain[1];
+        const auto d1 = study.designs[0];
+        QCOMPARE(FStudy::cell(first, d1).state, FStudy::NotRun);
+        // What is asked for comes behind what it needs, as long as that is out of date.
+        QCOMPARE(FStudy::chain({second}, d1), study.chain);
+        FRunQueue queue;
+        study.run(&queue, 1, 1);
+        QCOMPARE(FStudy::chain({second}, d1), Chain{second});
+        QCOMPARE(FStudy::chain({second, first}, d1), study.chain);
+        QCOMPARE(FStudy::cell(first, d1).state, FStudy::UpToDate);
+        QVERIFY(d1->setValue("x", FExprBase::resolve("5")));
+        QCOMPARE(FStudy::cell(first, d1).state, FStudy::Stale);
+
+        // The next session has the values, and never as what is up to date.
+        FProject::instance()->clear();
+        QVERIFY(FProject::instance()->load(study.path("study.tbk")));
+        const auto cell = [] {
+            const auto object = [](const char *name) {
+                return FObjectManager::instance()->find(name);
+            };
+            return FStudy::cell(std::dynamic_pointer_cast<FExternComputation>(object("first")),
+                                std::dynamic_pointer_cast<FDesign>(object("d1")));
+        };
+        FStudy::Cell saved = cell();
+        QCOMPARE(saved.state, FStudy::Earlier);
+        QCOMPARE(saved.tables.size(), size_t(1));
+        const FTableRow row = saved.tables[0].rows.at(0);
+        QVERIFY(row.name == "sum" && row.value == 1.0 && row.place.line == 1);
+
+        const QString path = study.runPath("d1", "first/.turnbuckle/values.json");
+        const auto write = [&](const QByteArray &text) {
+            QFile file(path);
+            QVERIFY(file.open(QIODevice::WriteOnly) && file.write(text) == text.size());
+        };
+        write(R"({"tables":[{"rows":[{"name":"a","value":"3"},{"text":"-inf"},7]},8]})");
+        saved = cell();
+        QCOMPARE(saved.tables.size(), size_t(1));
+        QVERIFY(saved.tables[0].rows.size() == 2 && std::isnan(saved.tables[0].rows[0].value));
+        QCOMPARE(saved.tables[0].rows[1].value, -HUGE_VAL);
+        for (const char *text : {"{\n\"tables\": [}", "", "[]", "{\"format\":2,\"tables\":[]}"}) {
+            write(text);
+            const size_t before = FLogMsg::count();
+            saved = cell();
+            QVERIFY(saved.state == FStudy::Earlier && saved.tables.empty());
+            QVERIFY2(FLogMsg::count() == before + 1 &&
+                         Q(FLogMsg::last().message).startsWith(path + ": "),
+                     text);
+            if (text[1] == '\n')
+                QVERIFY2(Q(FLogMsg::last().message).contains("values.json: line 2, column 1"),
+                         FLogMsg::last().message.c_str());
         }
     }
 
@@ -310,6 +367,22 @@ private Q_SLOTS:
         QVERIFY(good["where"].toString().endsWith("out.txt:1:7-10"));
         QVERIFY(bad.contains("value") && bad["value"].isNull());
         QVERIFY(!bad["note"].toString().isEmpty());
+    }
+
+    void notesInputsWithoutNumber()
+    {
+        // A number that is missing goes into the next program as nan, and its values tell.
+        Study next("echo 'sum = ****' >out.txt", "echo 'sum = 7' >out.txt");
+        FRunQueue other;
+        next.run(&other, 1, 1);
+        QCOMPARE(other.failed(), size_t(0));
+        const auto values = FStudy::cell(next.chain[1], next.designs[0]).tables.at(0).rows;
+        QCOMPARE(values.at(0).value, 7.0);
+        QCOMPARE(values.at(0).note(), std::string("input y was nan"));
+        QCOMPARE(jsonOf(next.runPath("d1", "second/.turnbuckle/run.json"))["inputsWithoutNumber"]
+                     .toArray()
+                     .size(),
+                 1);
     }
 
     void recordsReachTheDiskInBatches()
