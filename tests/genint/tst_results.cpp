@@ -247,6 +247,10 @@ void tst_Results::savedForm()
     QCOMPARE(FProject::instance()->text(), project);
     const auto read = ModelTest::object<FResultsGenInt>(r->getName().c_str());
     QVERIFY(bool(read));
+    // The computation finds them by its id; they are never up to date.
+    const auto computation = ModelTest::object<FGenIntComputation>("comp");
+    QVERIFY(computation->currentResults().getPtr() == read);
+    QVERIFY(!computation->isUpToDateFor(FDesign::baseline()));
     QCOMPARE(read->getDocuString(int(DocuArea::Help)), std::string("say \"hi\"\n"));
     QCOMPARE(read->getElementAt("last", 0), 2.25);
 }
