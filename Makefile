@@ -3,7 +3,7 @@
 
 build: packages
 	@cmake --preset release >/dev/null
-	@cmake --build --preset release --target turnbuckle turnbuckle-runner
+	@cmake --build --preset release --target turnbuckle turnbuckle-runner turnbuckle-reader
 
 run: build
 	@examples/beam/run.sh build/release/bin/turnbuckle

@@ -195,7 +195,8 @@ bool touchesBefore(const FLine<U> &line, qint64 begin, qint64 end, bool anchored
     if (line.digit(begin - 1) || isWord(before) || isForeign(before) || isDash(before))
         return true;
     if (isSigned)
-        return isSignAt(line, begin - 1) && !isSignAt(line, begin - 2); // "--5"; not a rule of dashes
+        return isSignAt(line, begin - 1) &&
+               !isSignAt(line, begin - 2); // "--5"; not a rule of dashes
     if (isClock(line, begin - 1))
         return true;
     if (before == '/')

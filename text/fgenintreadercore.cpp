@@ -3,16 +3,10 @@
 
 #include "fgenintcells.h"
 #include "fgenintreadpass.h"
+#include "fgenintslowread.h"
 
-#include <QDataStream>
 #include <algorithm>
-#include <cerrno>
-#include <csignal>
-#include <fcntl.h>
 #include <limits>
-#include <poll.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace {
 
@@ -23,86 +17,6 @@ FGenIntReading givenUp(int rule)
     reading.value = std::numeric_limits<double>::quiet_NaN();
     reading.notes << QStringLiteral("read took too long");
     return reading;
-}
-
-bool writeAll(int fd, const QByteArray &data)
-{
-    for (int done = 0; done < data.size();) {
-        const ssize_t n =
-            ::write(fd, data.constData() + done, static_cast<size_t>(data.size() - done));
-        if (n < 0 && errno != EINTR)
-            return false;
-        done += n > 0 ? static_cast<int>(n) : 0;
-    }
-    return true;
-}
-
-QByteArray pack(const FGenIntReading &r)
-{
-    QByteArray data;
-    QDataStream out(&data, QIODevice::WriteOnly);
-    out << r.rule << r.value << r.cell << r.line << r.columnFirst << r.columnLast << r.notes;
-    return data;
-}
-
-bool unpack(QDataStream &in, FGenIntReading *r)
-{
-    in.startTransaction();
-    in >> r->rule >> r->value >> r->cell >> r->line >> r->columnFirst >> r->columnLast >> r->notes;
-    return in.commitTransaction();
-}
-
-/// Collects what arrives within the time.
-QByteArray receive(int fd, int timeLimitMs)
-{
-    QByteArray data;
-    QElapsedTimer clock;
-    clock.start();
-    char buffer[1 << 16];
-    for (;;) {
-        const qint64 left = timeLimitMs - clock.elapsed();
-        pollfd waiting = {fd, POLLIN, 0};
-        const int ready = left > 0 ? ::poll(&waiting, 1, static_cast<int>(left)) : 0;
-        if (ready < 0 && errno == EINTR)
-            continue;
-        const ssize_t n = ready > 0 ? ::read(fd, buffer, sizeof buffer) : 0;
-        if (n <= 0)
-            return data;
-        data.append(buffer, static_cast<int>(n));
-    }
-}
-
-/// Reads the rules from \p done on in a child process: the expression engine cannot be interrupted,
-/// a process can be ended.
-template <class U>
-void readGuarded(FGenIntReadPass<U> &pass, int timeLimitMs, QVector<FGenIntReading> *readings)
-{
-    int ends[2];
-    if (::pipe2(ends, O_CLOEXEC) != 0)
-        return;
-    const pid_t child = ::fork();
-    if (child == 0) {
-        ::close(ends[0]);
-        pass.allowLongSearches();
-        FGenIntReading reading;
-        for (size_t i = static_cast<size_t>(readings->size()); i < pass.order().size(); ++i)
-            if (pass.evaluate(pass.order()[i], &reading) != FGenIntReadPass<U>::Done ||
-                !writeAll(ends[1], pack(reading)))
-                break;
-        ::_exit(0);
-    }
-    ::close(ends[1]);
-    if (child > 0) {
-        const QByteArray data = receive(ends[0], timeLimitMs);
-        ::kill(child, SIGKILL);
-        while (::waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
-        }
-        QDataStream in(data);
-        FGenIntReading reading;
-        while (unpack(in, &reading))
-            readings->append(reading);
-    }
-    ::close(ends[0]);
 }
 
 template <class U>
@@ -120,11 +34,12 @@ QVector<FGenIntReading> readAs(const FGenIntText &text, const QVector<FGenIntRul
         FGenIntReading reading;
         const auto outcome = pass.evaluate(rule, &reading);
         if (outcome == FGenIntReadPass<U>::NeedsLongSearch) {
-            // The child's findings about the text would be lost, so it gets nothing left to find.
+            // What the other process finds out about the text is lost, so nothing is left to find.
             text.examine(0, text.size());
             if (text.isPlain()) {
                 const qint64 left = std::max<qint64>(0, timeLimitMs - clock.elapsed());
-                readGuarded(pass, static_cast<int>(left), &readings);
+                readings += FGenIntSlowRead::read(text, rules, columns, countLines, readings.size(),
+                                                  static_cast<int>(left));
             }
         }
         if (outcome != FGenIntReadPass<U>::Done)

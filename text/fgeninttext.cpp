@@ -188,6 +188,13 @@ std::unique_ptr<FGenIntText> FGenIntText::fromFile(const QString &path, QString 
         reason = qt_error_string(errno);
         return nullptr;
     }
+    return fromBytes(std::move(text->mRead));
+}
+
+std::unique_ptr<FGenIntText> FGenIntText::fromBytes(std::string bytes)
+{
+    std::unique_ptr<FGenIntText> text(new FGenIntText);
+    text->mRead = std::move(bytes);
     text->setBytes(reinterpret_cast<const uchar *>(text->mRead.data()),
                    static_cast<qint64>(text->mRead.size()));
     return text;

@@ -24,6 +24,8 @@ public:
     /// read: a missing file, a directory, a FIFO, a socket, a device.
     static std::unique_ptr<FGenIntText> fromFile(const QString &path, QString *why);
     static std::unique_ptr<FGenIntText> fromString(const QString &text);
+    /// As from a file that holds \p bytes.
+    static std::unique_ptr<FGenIntText> fromBytes(std::string bytes);
 
     bool isEmpty() const { return mSize == 0; }
     qint64 size() const { return mSize; }
