@@ -152,7 +152,7 @@ void FGenIntReader::readFile(const FExpr<FGenIntResultsFile> &handle,
         if (QFileInfo::exists(path)) // it is there, so its name alone doesn't tell the reason
             FLogMsg::info("FGenIntReader", S(path) + ": " + S(why), std::string(), &std::cout);
         aborted("Could not open file " + S(path) + " for reading");
-        noteMissing(*file, table.get(), "no file");
+        noteMissing(*file, table.get(), QFileInfo::exists(path) ? "unreadable file" : "no file");
     } else if (text->isEmpty()) {
         aborted("Empty content, nothing to parse");
         noteMissing(*file, table.get(), "empty file");
@@ -187,10 +187,18 @@ void FGenIntReader::fill(const FGenIntResultsFile &file, const std::shared_ptr<F
     static const int limit = FIni().value(QStringLiteral("Reader/timeLimit"), 5000).toInt();
     core.setTimeLimit(limit);
     core.setCountLines(mTellPlaces);
+    const QVector<FGenIntReading> readings = core.read(rules, columnsOf(file));
+    if (text.wasCut()) {
+        FLogMsg::info("FGenIntReader", S(path) + ": was cut while it was read", std::string(),
+                      &std::cout);
+        aborted("Could not read file " + S(path));
+        noteMissing(file, table.get(), "unreadable file");
+        return;
+    }
     const QString place = path.isEmpty() ? file.getFileName() : QDir::cleanPath(path);
     std::vector<FTableRow> rows;
     std::vector<size_t> unfilled;
-    for (const FGenIntReading &reading : core.read(rules, columnsOf(file))) {
+    for (const FGenIntReading &reading : readings) {
         const FGenIntResultsFileValue &value = *values[size_t(reading.rule)];
         FTableRow row;
         row.name = value.mName;

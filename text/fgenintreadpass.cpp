@@ -118,7 +118,8 @@ void FGenIntReadPass<U>::sortIndices()
         return left.column != right.column ? left.column < right.column : left.name < right.name;
     };
     for (auto &group : groups) {
-        // The order of equal elements is part of the agreed order, and no other algorithm has it.
+        // The order of equal elements is part of the order that projects rely on, and no other
+        // algorithm has it.
         QT_WARNING_PUSH
         QT_WARNING_DISABLE_DEPRECATED
         qSort(group.second.begin(), group.second.end(), before);

@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #ifdef __x86_64__
@@ -145,12 +144,6 @@ bool readWhole(int fd, std::string *content)
 }
 } // namespace
 
-FGenIntText::~FGenIntText()
-{
-    if (mMap)
-        ::munmap(mMap, mMapSize);
-}
-
 std::unique_ptr<FGenIntText> FGenIntText::fromFile(const QString &path, QString *why)
 {
     QString ignored;
@@ -175,12 +168,8 @@ std::unique_ptr<FGenIntText> FGenIntText::fromFile(const QString &path, QString 
         return nullptr;
     std::unique_ptr<FGenIntText> text(new FGenIntText);
     const auto size = static_cast<size_t>(info.st_size);
-    void *map = size >= kMapFrom ? ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE, file.get(), 0)
-                                 : MAP_FAILED;
-    if (map != MAP_FAILED) {
-        text->mMap = map;
-        text->mMapSize = size;
-        text->setBytes(static_cast<const uchar *>(map), static_cast<qint64>(size));
+    if (size >= kMapFrom && text->mMap.open(file.get(), size)) {
+        text->setBytes(static_cast<const uchar *>(text->mMap.data()), static_cast<qint64>(size));
         return text;
     }
     // Small, or of no length but with content all the same, or of a file system that cannot map.
@@ -237,9 +226,9 @@ void FGenIntText::setBytes(const uchar *bytes, qint64 size)
 
 void FGenIntText::widen() const
 {
-    const uchar *whole =
-        mMap ? static_cast<const uchar *>(mMap) : reinterpret_cast<const uchar *>(mRead.data());
-    const qint64 size = static_cast<qint64>(mMap ? mMapSize : mRead.size());
+    const uchar *whole = mMap.data() ? static_cast<const uchar *>(mMap.data())
+                                     : reinterpret_cast<const uchar *>(mRead.data());
+    const auto size = static_cast<qint64>(mMap.data() ? mMap.size() : mRead.size());
     // The pieces are those a text stream reads; how a sequence that is broken at their border comes
     // out depends on them.
     constexpr qint64 piece = 16384;

@@ -2,6 +2,8 @@
 #ifndef FGENINTTEXT_H
 #define FGENINTTEXT_H
 
+#include "fmappedfile.h"
+
 #include <QString>
 #include <memory>
 #include <string>
@@ -16,7 +18,6 @@
 class FGenIntText
 {
 public:
-    ~FGenIntText();
     FGenIntText(const FGenIntText &) = delete;
     FGenIntText &operator=(const FGenIntText &) = delete;
 
@@ -27,6 +28,8 @@ public:
     /// As from a file that holds \p bytes.
     static std::unique_ptr<FGenIntText> fromBytes(std::string bytes);
 
+    /// True if the file lost its end while it was read: what was read is void.
+    bool wasCut() const { return mMap.wasCut(); }
     bool isEmpty() const { return mSize == 0; }
     qint64 size() const { return mSize; }
     /// True if the text is held as UTF-16, false if as bytes.
@@ -59,8 +62,7 @@ private:
     void setBytes(const uchar *bytes, qint64 size);
     quint32 block(qint64 index) const;
 
-    void *mMap = nullptr;
-    size_t mMapSize = 0;
+    FMappedFile mMap;
     std::string mRead; ///< content of a file that cannot be mapped
     QString mString;
     mutable const uchar *mBytes = nullptr;

@@ -11,6 +11,7 @@ class TestReaderNotes : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void survivesAFileThatIsCut();
     void convertsSpellings_data();
     void convertsSpellings();
     void decodesFiles_data();
@@ -363,6 +364,29 @@ void TestReaderNotes::refusesWhatIsNoFile()
     QString why;
     QVERIFY(!FGenIntText::fromFile(path, &why));
     QCOMPARE(why, reason);
+}
+
+void TestReaderNotes::survivesAFileThatIsCut()
+{
+    QTemporaryDir folder;
+    QFile file(folder.filePath("log"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(QByteArray("line 1 2 3\n").repeated(100000) + "sum = 17\n");
+    file.close();
+    FGenIntRule rule;
+    rule.anchor = "sum =";
+    for (const qint64 left : {qint64(700000), qint64(4096), qint64(0), qint64(1100003)}) {
+        const auto text = FGenIntText::fromFile(file.fileName(), nullptr);
+        QVERIFY(text && !text->wasCut());
+        if (left > 1000000)
+            QCOMPARE(FGenIntReaderCore(*text).read({rule}, {})[0].value, 17.0);
+        QVERIFY(file.resize(left));
+        FGenIntReaderCore(*text).read({rule}, {});
+        QVERIFY(text->wasCut());
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(QByteArray("line 1 2 3\n").repeated(100000) + "sum = 17\n");
+        file.close();
+    }
 }
 
 QTEST_GUILESS_MAIN(TestReaderNotes)
