@@ -34,14 +34,14 @@ struct FBase64Bits
     uint32_t bits[4][256];
 };
 
-/// The library's decoder, which passes over anything that is no letter, sped up for whole groups.
-/// Gives the bytes up to the first zero.
-std::string decodedBase64(const char *base64, size_t size)
+/// Decodes base64; blanks and line ends between the letters don't count. Null, and the place of the
+/// first character that can't stand there in \p bad, for anything else.
+std::shared_ptr<std::string> decodedBase64(const char *base64, size_t size, size_t *bad)
 {
     static const FBase64Bits sTable;
-    std::string bytes;
-    FLargeText::reserve(&bytes, size / 4 * 3 + 1);
-    bytes.resize(size / 4 * 3 + 1);
+    auto bytes = std::make_shared<std::string>();
+    FLargeText::reserve(bytes.get(), size / 4 * 3 + 1);
+    bytes->resize(size / 4 * 3 + 1);
     size_t at = 0, count = 0;
     for (; at + 4 <= size; at += 4, count += 3) {
         const auto *in = reinterpret_cast<const uchar *>(base64 + at);
@@ -49,12 +49,39 @@ std::string decodedBase64(const char *base64, size_t size)
                                sTable.bits[2][in[2]] | sTable.bits[3][in[3]];
         if (group & FBase64Bits::kNoLetter)
             break;
-        qToBigEndian(group, &bytes[count]);
+        qToBigEndian(group, &(*bytes)[count]);
     }
-    bytes.resize(count);
-    const QByteArray rest = QByteArray::fromRawData(base64 + at, int(size - at));
-    bytes += QByteArray::fromBase64(rest).toStdString();
-    bytes.resize(std::min(bytes.find('\0'), bytes.size()));
+    bytes->resize(count);
+    // The rest letter by letter: the last group, or text that is broken into lines.
+    uint32_t group = 0;
+    int letters = 0, ends = 0;
+    for (; at < size; ++at) {
+        const auto letter = uchar(base64[at]);
+        if (letter == ' ' || letter == '\n' || letter == '\r' || letter == '\t')
+            continue;
+        *bad = at;
+        if (letter == '=') {
+            ++ends;
+            continue;
+        }
+        const uint32_t bits = sTable.bits[3][letter];
+        if (bits == FBase64Bits::kNoLetter || ends > 0)
+            return nullptr;
+        group = group << 6 | bits >> 8;
+        if (++letters == 4) {
+            bytes->push_back(char(group >> 16));
+            bytes->push_back(char(group >> 8));
+            bytes->push_back(char(group));
+            group = letters = 0;
+        }
+    }
+    *bad = size;
+    if (letters == 1 || (ends > 0 && letters + ends != 4) || ends > 2)
+        return nullptr;
+    if (letters >= 2)
+        bytes->push_back(char(group >> (letters == 2 ? 4 : 10)));
+    if (letters == 3)
+        bytes->push_back(char(group >> 2));
     return bytes;
 }
 } // namespace
@@ -84,8 +111,11 @@ const QString &FGenIntFile::text() const
 
 std::shared_ptr<FGenIntFile> FGenIntFile::setContent(const QString &text)
 {
-    if (text.startsWith(kEncoded))
-        return setContentFromScript({std::make_shared<const std::string>(S(text))});
+    if (text.startsWith(kEncoded)) {
+        // Passes over what is no base64, and ends at a zero.
+        const QByteArray bytes = QByteArray::fromBase64(text.mid(sizeof kEncoded - 1).toLatin1());
+        return takeUtf8(std::make_shared<const std::string>(bytes.constData()));
+    }
     mContent = text.isNull() ? QLatin1String("") : text;
     mUtf8 = nullptr;
     // Plain texts of old projects carry their line feeds escaped.
@@ -94,20 +124,38 @@ std::shared_ptr<FGenIntFile> FGenIntFile::setContent(const QString &text)
     return contentChanged();
 }
 
-/// Takes the same texts in UTF-8 and keeps them so where both forms say the same: large templates
-/// are written as they were read.
-std::shared_ptr<FGenIntFile> FGenIntFile::setContentFromScript(const FUtf8Text &text)
+/// A script is somebody's file, so what is broken in it is told rather than passed over.
+FOutcome<std::shared_ptr<FGenIntFile>> FGenIntFile::setContentFromScript(const FUtf8Text &text)
 {
-    auto given = text.text;
-    if (given->compare(0, sizeof kEncoded - 1, kEncoded) == 0) {
-        constexpr size_t start = sizeof kEncoded - 1;
-        given = std::make_shared<const std::string>(
-            decodedBase64(given->data() + start, given->size() - start));
-    } else if (given->compare(0, 3, kByteOrderMark) == 0 ||
-               (FMarloCtrl::instance()->isLoadingProject() &&
-                given->find("\\n") != std::string::npos)) {
-        return setContent(Q(*given));
+    const std::string &given = *text.text;
+    constexpr size_t start = sizeof kEncoded - 1;
+    if (given.compare(0, start, kEncoded) == 0) {
+        size_t bad = 0;
+        const auto bytes = decodedBase64(given.data() + start, given.size() - start, &bad);
+        if (!bytes) {
+            bad += start;
+            return {nullptr,
+                    FReason("character " + fromNumber((unsigned long)bad + 1) + " of the content",
+                            "base64",
+                            bad < given.size() ? "\"" + given.substr(bad, 8) + "\"" : "its end")};
+        }
+        const size_t zero = bytes->find('\0');
+        if (zero != std::string::npos)
+            return {nullptr, FReason("byte " + fromNumber((unsigned long)zero + 1) +
+                                         " of the decoded content",
+                                     "text", "a zero character")};
+        return {takeUtf8(bytes), {}};
     }
+    if (given.compare(0, 3, kByteOrderMark) == 0 ||
+        (FMarloCtrl::instance()->isLoadingProject() && given.find("\\n") != std::string::npos))
+        return {setContent(Q(given)), {}};
+    return {takeUtf8(text.text), {}};
+}
+
+/// Keeps the bytes where they say the same as the text made of them: large templates are written as
+/// they were read.
+std::shared_ptr<FGenIntFile> FGenIntFile::takeUtf8(const std::shared_ptr<const std::string> &given)
+{
     const bool same = given->compare(0, 3, kByteOrderMark) != 0 &&
                       FUtf8::firstBadByte(given->data(), given->size()) == std::string::npos;
     mContent = same ? QString() : QString::fromUtf8(given->data(), int(given->size()));

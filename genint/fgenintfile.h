@@ -4,6 +4,9 @@
 #include "fmanaged.h"
 #include "fscripttype.h"
 
+template <class T>
+struct FOutcome;
+
 /// The group of entries that holds files and geometry exports.
 extern const std::string ENTRYGROUP_EXPORTS;
 
@@ -46,7 +49,8 @@ public:
     static void initCmds();
 
 private:
-    std::shared_ptr<FGenIntFile> setContentFromScript(const FUtf8Text &text);
+    FOutcome<std::shared_ptr<FGenIntFile>> setContentFromScript(const FUtf8Text &text);
+    std::shared_ptr<FGenIntFile> takeUtf8(const std::shared_ptr<const std::string> &given);
     std::shared_ptr<FGenIntFile> contentChanged();
 
     QString mFileName;

@@ -3,6 +3,7 @@
 
 #include "fcmdbinder.h"
 #include "fcmdmanager.h"
+#include "fgenintcells.h"
 #include "fhistory.h"
 #include "fobjectmanager.h"
 #include "fparameter.h"
@@ -67,16 +68,21 @@ void FGenIntResultsFile::setSpacesAndTabsSeparator(bool checked)
 {
     assign(mSpacesAndTabsSeparator, checked, F_TEXT("set spaces and tabs separator"));
 }
-void FGenIntResultsFile::setRegExprSeparator(const QString &regularExpression)
+FStatus FGenIntResultsFile::setRegExprSeparator(const QString &regularExpression)
 {
+    const QString refusal = FGenIntSeparator::refusal(regularExpression);
+    if (!refusal.isEmpty())
+        return {"the expression is not taken: " + S(refusal)};
     assign(mRegExpSeparator, regularExpression, F_TEXT("set separator expression"));
+    return {};
 }
 
-void FGenIntResultsFile::setRegExpSeparator(const std::string &regularExpression)
+FStatus FGenIntResultsFile::setRegExpSeparator(const std::string &regularExpression)
 {
-    setRegExprSeparator(Q(regularExpression));
-    if (!regularExpression.empty())
+    const FStatus set = setRegExprSeparator(Q(regularExpression));
+    if (set && !regularExpression.empty())
         setNumberSeparator(false);
+    return set;
 }
 
 void FGenIntResultsFile::setTabSeparator(bool checked)

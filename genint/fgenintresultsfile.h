@@ -21,10 +21,11 @@ public:
     bool getNumberSeparator() const { return mNumberSeparator; }
     void setSpacesAndTabsSeparator(bool checked);
     bool getSpacesAndTabsSeparator() const { return mSpacesAndTabsSeparator; }
-    void setRegExprSeparator(const QString &regularExpression);
+    /// Fails, and changes nothing, if the expression would be too long when it is compiled.
+    FStatus setRegExprSeparator(const QString &regularExpression);
     const QString &getRegExprSeparator() const { return mRegExpSeparator; }
     /// Also leaves number mode if the expression isn't empty.
-    void setRegExpSeparator(const std::string &regularExpression);
+    FStatus setRegExpSeparator(const std::string &regularExpression);
     /// True: white space on, number mode off. False does nothing.
     void setTabSeparator(bool checked);
     void setSpaceSeparator(bool checked) { setTabSeparator(checked); }

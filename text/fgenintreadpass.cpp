@@ -185,7 +185,9 @@ typename FGenIntReadPass<U>::Outcome FGenIntReadPass<U>::readSingle(int index,
     if (cell.found && qIsNaN(reading->value) && (line.there || cell.length > 0))
         notes << QStringLiteral("not a number");
     if (cell.length > 0) {
-        if (isUnfinished(line.end))
+        // A file that was cut may have lost the place that this one stands for.
+        const bool fromEnd = anchor >= 0 ? !rule.first : rule.line < 0;
+        if (isUnfinished(fromEnd ? mTrimmed : line.end))
             notes << QStringLiteral("last line has no line end");
         const bool anchored = anchor >= 0 && rule.line == 0;
         const int doubts = doubtsOf(line, from, anchored, line.begin + cell.position, cell.length);
@@ -199,8 +201,20 @@ typename FGenIntReadPass<U>::Outcome FGenIntReadPass<U>::readSingle(int index,
         const qint64 right = anchor + anchorSize;
         const qint64 shifted =
             std::min(anchor + static_cast<qint64>(rule.anchor.size()), mText.size());
-        if (static_cast<size_t>(anchorSize) != rule.anchor.size() &&
-            (rule.line == 0 || mText.lineFeedFrom(right, 1, shifted) >= 0))
+        const auto readsOther = [&] {
+            if (mText.lineFeedFrom(right, 1, shifted) >= 0)
+                return true;
+            if (rule.line != 0)
+                return false;
+            Line whole = line;
+            whole.begin = right;
+            if (prepare(whole) != Done)
+                return true;
+            const auto other = mFinder.find(rule.column);
+            return other.found != cell.found || other.length != cell.length ||
+                   whole.begin + other.position != line.begin + cell.position;
+        };
+        if (static_cast<size_t>(anchorSize) != rule.anchor.size() && readsOther())
             notes << QStringLiteral("non-ASCII anchor shifts the reading");
     }
     return Done;

@@ -57,7 +57,6 @@ void tst_Files::content_data()
     QTest::newRow("escaped line feeds, loading") << true << "a\\nb\\\\n\\N"
                                                  << "a\nb\\\n\\N";
     QTest::newRow("escaped in base64, loading") << true << encoded("a\\nb") << "a\\nb";
-    QTest::newRow("zero ends it") << false << encoded(QByteArray("ab\0cd", 5)) << "ab";
     QTest::newRow("byte order mark") << false << "\ufeffx"
                                      << "\ufeffx";
     QTest::newRow("byte order mark, encoded") << false << encoded("\xef\xbb\xbfx") << "x";
@@ -419,6 +418,20 @@ void tst_Files::slipsInRules()
                  qPrintable(slip.first + ("\n" + errors.join("\n"))));
         QCOMPARE(Q(saved().toString()), "[" + good + "]");
     }
+    for (const char *broken :
+         {"[B64]YSA", "[B64]Y", "[B64]YS A", "[B64]YSA=", "[B64]YSA=\\n", "[B64]YSA==", "[B64]Y=SA",
+          "[B64]Y\xc3\xa4==", "[B64]====", "[B64]YQBi"}) {
+        const QStringList errors =
+            ModelTest::run("r.setContent(\"" + QString::fromUtf8(broken) + "\");");
+        const bool good = QByteArray(broken) == "[B64]YSA" || QByteArray(broken) == "[B64]YS A" ||
+                          QByteArray(broken) == "[B64]YSA=";
+        QVERIFY2(errors.isEmpty() == good, broken + errors.join("\n").toUtf8());
+        QVERIFY2(good || errors[0].contains(broken[7] == 'B' ? "expected text, found a zero"
+                                                             : "expected base64, found"),
+                 qPrintable(errors.join("\n")));
+    }
+    QVERIFY(!ModelTest::run("r.setRegExpSeparator(\"(((a?){30}){30}){30}\");").isEmpty());
+    QCOMPARE(ModelTest::run("r.setRegExpSeparator(\"(ab|[x,]{1,30}){2}\");"), QStringList());
     for (const char *word : {"\"Last\"", "last", "LAST", "\"lAST\""}) {
         QCOMPARE(ModelTest::run("r.setValues([" + QString(good).replace("Last", word) + "]);"),
                  QStringList());

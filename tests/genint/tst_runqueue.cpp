@@ -140,7 +140,7 @@ private Q_SLOTS:
             QVERIFY2(FLogMsg::count() == before + 1 &&
                          Q(FLogMsg::last().message).startsWith(path + ": "),
                      text);
-            if (text[1] == '\n')
+            if (qstrncmp(text, "{\n", 2) == 0)
                 QVERIFY2(Q(FLogMsg::last().message).contains("values.json: line 2, column 1"),
                          FLogMsg::last().message.c_str());
         }
