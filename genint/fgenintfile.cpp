@@ -118,6 +118,7 @@ std::shared_ptr<FGenIntFile> FGenIntFile::setContent(const QString &text)
     }
     mContent = text.isNull() ? QLatin1String("") : text;
     mUtf8 = nullptr;
+    mUnescaped = FMarloCtrl::instance()->isLoadingProject() ? mContent.count("\\n") : 0;
     // Plain texts of old projects carry their line feeds escaped.
     if (FMarloCtrl::instance()->isLoadingProject())
         mContent.replace(QLatin1String("\\n"), QLatin1String("\n"));
@@ -158,6 +159,7 @@ std::shared_ptr<FGenIntFile> FGenIntFile::takeUtf8(const std::shared_ptr<const s
 {
     const bool same = given->compare(0, 3, kByteOrderMark) != 0 &&
                       FUtf8::firstBadByte(given->data(), given->size()) == std::string::npos;
+    mUnescaped = 0;
     mContent = same ? QString() : QString::fromUtf8(given->data(), int(given->size()));
     mUtf8 = same ? given : nullptr;
     return contentChanged();

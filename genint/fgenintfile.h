@@ -40,6 +40,9 @@ public:
     /// The same in UTF-8 if it came so; null for a text that came as QString.
     const std::shared_ptr<const std::string> &utf8() const { return mUtf8; }
     const QString &getFileName() const { return mFileName; }
+    /// How often a backslash and an n in a plain text of the project were taken for a line end when
+    /// it was loaded.
+    int unescapedLineFeeds() const { return mUnescaped; }
     /// Takes text and name of a file on disk; does nothing if it can't be opened.
     void initFromFile(const QString &path);
     using FManaged::init;
@@ -57,5 +60,6 @@ private:
     mutable QString mContent = QLatin1String(""); // null as long as only the UTF-8 form is there
     std::shared_ptr<const std::string> mUtf8;
     bool mForceWindowsLineEndings = false;
+    int mUnescaped = 0;
 };
 #endif

@@ -133,8 +133,7 @@ FStatus FGenIntResultsFile::setValues(const FExpr<FObjectList> &values)
         for (const auto &element : given->getObjects()) {
             const FStatus checked = FGenIntResultsFileValue::checkList(element);
             if (!checked)
-                return {
-                    checked.error.about("rule " + fromNumber((unsigned long)(list->count() + 1)))};
+                return {checked.error.about("rule " + fromNumber(list->count() + 1U))};
             const auto value = f_make_shared<FGenIntResultsFileValue>();
             value->setPrimitiveValue(element);
             list->append(FExprBase(value));

@@ -5,6 +5,9 @@
 #include "fgenintreader.h"
 #include "fobjectmanager.h"
 
+#include <QDir>
+#include <QFileInfo>
+#include <algorithm>
 #include <map>
 
 using namespace FGenIntCheckParts;
@@ -14,16 +17,16 @@ const QString kAnchorNotFound = QStringLiteral("anchor not found");
 
 void checkNames(const FGenIntResultsFile &file, FGenIntFindings *findings)
 {
-    std::map<QString, std::pair<int, std::string>> seen; // number of rules, first spelling
+    std::map<std::string, int> seen; // "x" and "X" are two values
     for (const auto &value : file.values()) {
-        auto &known = seen[Q(value->mName).toCaseFolded()];
-        if (known.first++ == 0)
-            known.second = value->mName;
-        else if (known.first == 2)
+        if (++seen[value->mName] == 2)
             findings->error(file, "two values have one name, and only the first can be asked for")
                 .in(file.getFileName())
-                .between(shown(Q(known.second)) + " and " + shown(Q(value->mName)),
-                         "a name of its own for each value");
+                .between(shown(Q(value->mName)), "a name of its own for each value");
+        if (value->mCalcAverage && value->averageRows() == 0)
+            findings->hint(file, "an average of no rows gives no number")
+                .in(file.getFileName())
+                .between(shown(Q(value->mName)), "how many of the last rows are averaged");
     }
 }
 
@@ -153,6 +156,36 @@ void FGenIntCheckParts::checkRules(const FGenIntResultsFile &file, FGenIntFindin
         checkSample(file, findings);
 }
 
+namespace {
+/// Tells of result files in folders that no input file of the run stands in: few programs make
+/// folders by themselves.
+void checkFolders(FGenIntFindings *findings)
+{
+    const auto folderOf = [](const QString &name) {
+        const QString folder = QFileInfo(name).path();
+        return folder == QLatin1String(".") ? QString() : QDir::cleanPath(folder);
+    };
+    for (const auto &handle : getEntities<FDefinitionGenInt>()) {
+        QStringList made;
+        const auto inputs = handle.getPtr()->getFiles(0);
+        for (const auto &input : inputs)
+            if (const auto file = input.getPtr())
+                made << folderOf(file->getFileName()) + "/";
+        const auto results = handle.getPtr()->getFiles(1);
+        for (const auto &result : results) {
+            const auto file = result.getPtr();
+            const QString folder = file ? folderOf(file->getFileName()) : QString();
+            const auto holds = [&](const QString &other) { return other.startsWith(folder + "/"); };
+            if (!folder.isEmpty() && !folder.startsWith(QLatin1String("..")) &&
+                std::none_of(made.begin(), made.end(), holds))
+                findings->hint(*file, "no input file makes the folder of this result file")
+                    .in(file->getFileName())
+                    .between(shown(folder), "a program that makes it, or an input file in it");
+        }
+    }
+}
+} // namespace
+
 void FGenIntCheckParts::checkUse(FGenIntFindings *findings)
 {
     std::unordered_set<const FObject *> used;
@@ -179,6 +212,7 @@ void FGenIntCheckParts::checkUse(FGenIntFindings *findings)
                 .in(file->getFileName())
                 .between("", "a computation whose definition holds the template");
     }
+    checkFolders(findings);
     // The tables of a run are named after files.
     for (const auto &handle : getEntities<FDefinitionGenInt>()) {
         std::map<QString, std::shared_ptr<FGenIntFile>> tables;

@@ -206,7 +206,19 @@ void FGenIntCheckParts::checkMarks(const FGenIntCommandFile &file, FGenIntFindin
     const QString &text = file.text();
     FGenIntTextPlaces places(text);
     int unclosed = -1;
+    if (file.unescapedLineFeeds() > 0)
+        findings
+            ->hint(file, "a backslash and an n in the project became a line end" +
+                             times(file.unescapedLineFeeds()))
+            .in(file.getFileName())
+            .between("text without [B64]", "the text as turnbuckle add --template stores it, if "
+                                           "the backslash belongs to it, as in C:\\new");
     const QVector<FGenIntTag> tags = FGenIntTagScanner::scan(text, Qt::CaseInsensitive, &unclosed);
+    const auto hint = [&](int position, const std::string &message) -> FGenIntFinding & {
+        return findings->hint(file, message)
+            .in(file.getFileName())
+            .at(places.lineOf(position), places.columnOf(position));
+    };
     const auto error = [&](int position, const std::string &message) -> FGenIntFinding & {
         return findings->error(file, message)
             .in(file.getFileName())
@@ -251,9 +263,9 @@ void FGenIntCheckParts::checkMarks(const FGenIntCommandFile &file, FGenIntFindin
     for (const FOccurrence &odd : distinct(tags, oddMarks)) {
         const QString name = nameOf(text, odd.tag);
         if (!isBroken(name))
-            error(odd.tag.start,
-                  "the tag is written, but its marks in capitals don't show in editors and lists" +
-                      times(odd.count))
+            hint(odd.tag.start,
+                 "the tag is written, but its marks in capitals don't show in editors and lists" +
+                     times(odd.count))
                 .between(tagText(odd.tag), shown(FGenIntTagText::tag(name)));
     }
 }

@@ -197,10 +197,10 @@ private:
         input(
             "marks in capitals",
             "<entry>a</entry>\n<ENTRY>a</entry><entry>g|width</Entry><ENTRY>a</ENTRY>",
-            {"error: in_txt, in.txt:2:1: the tag is written, but its marks in capitals don't show "
+            {"hint: in_txt, in.txt:2:1: the tag is written, but its marks in capitals don't show "
              "in editors and lists (2 times) (found \"<ENTRY>a</entry>\", expected "
              "\"<entry>a</entry>\")",
-             "error: in_txt, in.txt:2:17: the tag is written, but its marks in capitals don't show "
+             "hint: in_txt, in.txt:2:17: the tag is written, but its marks in capitals don't show "
              "in editors and lists (found \"<entry>g|width</Entry>\", expected "
              "\"<entry>g|width</entry>\")"});
     }
@@ -313,10 +313,28 @@ private:
         FParts parts;
         parts.rules = "[\"r\",0,0,\"result\",Last,\"FDouble\",\"\",0,nullptr],"
                       "[\"R\",0,0,\"iter\",Last,\"FDouble\",\"\",0,nullptr]";
+        row("values of one name but for the case", parts, {});
+        parts.rules.replace("\"R\"", "\"r\"");
         row("values of one name", parts,
             {"error: out_txt, out.txt: two values have one name, and only the first can be asked "
-             "for "
-             "(found \"r\" and \"R\", expected a name of its own for each value)"});
+             "for (found \"r\", expected a name of its own for each value)"});
+        parts = FParts();
+        parts.rules = "[\"r\",0,0,\"result\",Last,\"FDouble\",\"\",1,0]";
+        parts.head = "genericIntegrationCommandFile win() { .setContent(\"C:\\new\"); "
+                     ".setFileName(\"w.txt\"); }\n"
+                     "genericIntegrationResultsFile deep() { .setContent(\"1\n\"); "
+                     ".setFileName(\"sub/deep.txt\"); }\n";
+        parts.files = "in_txt,win,out_txt,deep";
+        row("places where nothing is", parts,
+            {"hint: win, w.txt: a backslash and an n in the project became a line end (found text "
+             "without [B64], expected the text as turnbuckle add --template stores it, if the "
+             "backslash belongs to it, as in C:\\new)",
+             "hint: deep, sub/deep.txt: no input file makes the folder of this result file (found "
+             "\"sub\", expected a program that makes it, or an input file in it)",
+             "hint: out_txt, out.txt: an average of no rows gives no number (found \"r\", expected "
+             "how many of the last rows are averaged)",
+             "hint: out_txt, out.txt: the sample leaves a doubt about \"r\": average: 0 of 0 rows "
+             "used"});
         parts = FParts();
         parts.head = "genericIntegrationResultsFile other() { .setContent(\"1\n\"); "
                      ".setFileName(\"out.txt\"); }\n"

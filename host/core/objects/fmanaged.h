@@ -97,8 +97,8 @@ public:
     static void initCmds();
 
 protected:
-    /// The object has another name than \p before, by setName, undo or redo. By default that is news
-    /// for all who depend on it.
+    /// The object has another name than \p before, by setName, undo or redo. By default that is
+    /// news for all who depend on it.
     virtual void nameChanged(const std::string & /*before*/) { setOutOfDate(0); }
 
     unsigned mManageFlag = 0; ///< 2: not a row of the object tree
