@@ -2,12 +2,13 @@
 #include "fgenintfile.h"
 
 #include "fcmdbinder.h"
+#include "fgenintencoding.h"
 #include "fhistory.h"
+#include "flogmsg.h"
 #include "fmarloctrl.h"
 
 #include <QFile>
 #include <QFileInfo>
-#include <QTextStream>
 #include <QtEndian>
 #include <algorithm>
 
@@ -212,15 +213,35 @@ void FGenIntFile::setForceWindowsLineEndings(bool force)
     transaction.addStep(shared_from_this());
 }
 
+FStatus FGenIntFile::setEncoding(const QString &encoding)
+{
+    if (!FGenIntEncoding::isKnown(encoding))
+        return {FReason::unexpected("ISO-8859-1, UTF-8-BOM, UTF-16LE, UTF-16BE or nothing",
+                                    "\"" + S(encoding) + "\"")};
+    mEncoding = encoding.isNull() ? QLatin1String("") : encoding;
+    setOutOfDate(0);
+    FHistoryTransaction transaction(nullptr, F_TEXT("set encoding"), true);
+    transaction.addStep(shared_from_this());
+    return {};
+}
+
 void FGenIntFile::initFromFile(const QString &path)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return;
-    QTextStream stream(&file);
-    stream.setCodec("UTF-8");
-    setContent(stream.readAll());
-    file.close();
+    QString text, encoding, why;
+    if (!FGenIntEncoding::decode(file.readAll(), &text, &encoding, &why)) {
+        FLogMsg::error(getClass(), S(path) + " can't be kept byte for byte", S(why), nullptr);
+        return;
+    }
+    FHistoryTransaction transaction(nullptr, F_TEXT("set content"), true);
+    if (text.startsWith(kEncoded))
+        setContent(text); // the saved form of another file
+    else
+        takeUtf8(std::make_shared<const std::string>(S(text)));
+    if (encoding != mEncoding)
+        setEncoding(encoding);
     const QString name = QFileInfo(path).fileName();
     setFileName(name);
     setName(S(name));
@@ -231,7 +252,7 @@ void FGenIntFile::init(const std::shared_ptr<FGenIntFile> &source) { FManaged::i
 void FGenIntFile::visitState(FStateVisitor &state)
 {
     FManaged::visitState(state);
-    state(mFileName)(mContent)(mUtf8)(mForceWindowsLineEndings);
+    state(mFileName)(mContent)(mUtf8)(mForceWindowsLineEndings)(mEncoding);
 }
 
 void FGenIntFile::initCmds()
@@ -250,6 +271,14 @@ void FGenIntFile::initCmds()
         .hidden()
         .guiThread()
         .systemFlag(2);
+    c.attribute("setEncoding", &FGenIntFile::setEncoding, &FGenIntFile::getEncoding,
+                FArg{"encoding"})
+        .title(F_TEXT("Encoding"))
+        .hidden()
+        .systemFlag(2)
+        .savedIf([](const FObject *object) {
+            return !static_cast<const FGenIntFile *>(object)->getEncoding().isEmpty();
+        });
     c.attribute("setForceWindowsLineEndings", &FGenIntFile::setForceWindowsLineEndings,
                 &FGenIntFile::getForceWindowsLineEndings, FArg{"forceWindowsLineEndings"})
         .title(F_TEXT("Force Windows Line Endings"))

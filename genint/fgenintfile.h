@@ -4,6 +4,7 @@
 #include "fmanaged.h"
 #include "fscripttype.h"
 
+struct FStatus;
 template <class T>
 struct FOutcome;
 
@@ -43,7 +44,11 @@ public:
     /// How often a backslash and an n in a plain text of the project were taken for a line end when
     /// it was loaded.
     int unescapedLineFeeds() const { return mUnescaped; }
-    /// Takes text and name of a file on disk; does nothing if it can't be opened.
+    /// How the text is written, in the words of FGenIntEncoding; empty for UTF-8.
+    FStatus setEncoding(const QString &encoding);
+    const QString &getEncoding() const { return mEncoding; }
+    /// Takes text, encoding and name of a file on disk; does nothing if it can't be opened, or kept
+    /// byte for byte, which the log tells.
     void initFromFile(const QString &path);
     using FManaged::init;
     void init(const std::shared_ptr<FGenIntFile> &source);
@@ -61,5 +66,6 @@ private:
     std::shared_ptr<const std::string> mUtf8;
     bool mForceWindowsLineEndings = false;
     int mUnescaped = 0;
+    QString mEncoding = QLatin1String("");
 };
 #endif

@@ -3,6 +3,7 @@
 
 #include "fdefinitiongenint.h"
 #include "fgenintcommandfile.h"
+#include "fgenintencoding.h"
 #include "fgenintwritercore.h"
 #include "flogmsg.h"
 #include "fpathmanager.h"
@@ -114,15 +115,36 @@ bool isFree(const QString &path, QString *why)
     return why->isEmpty();
 }
 
+/// The expanded text in the encoding of the template. False, and the place in \p why, if a value
+/// holds a letter that the encoding lacks.
+bool encoded(const FGenIntCommandFile &file, const FTagValues &values, QByteArray *bytes,
+             QString *why)
+{
+    file.expander().expandTo(std::cref(values), [bytes](const char *data, qint64 size) {
+        bytes->append(data, int(size));
+    });
+    if (file.getEncoding().isEmpty())
+        return true;
+    const QString text = QString::fromUtf8(*bytes);
+    int bad = 0;
+    if (FGenIntEncoding::encode(text, file.getEncoding(), bytes, &bad))
+        return true;
+    const int line = text.leftRef(bad).count('\n') + 1;
+    *why = QStringLiteral("%1:%2:%3: the letter \"%4\" can't be written in %5")
+               .arg(file.getFileName())
+               .arg(line)
+               .arg(bad - text.leftRef(bad).lastIndexOf('\n'))
+               .arg(text[bad])
+               .arg(file.getEncoding());
+    return false;
+}
+
 /// What stands at \p path is the user's, and is replaced whole or not at all.
 bool replaceFile(const FGenIntCommandFile &file, const FTagValues &values, const QString &path)
 {
-    QByteArray text;
-    file.expander().expandTo(std::cref(values), [&text](const char *data, qint64 size) {
-        text.append(data, int(size));
-    });
+    QByteArray bytes;
     QString why;
-    if (FSafeFile::write(path, text, &why))
+    if (encoded(file, values, &bytes, &why) && FSafeFile::write(path, bytes, &why))
         return true;
     FLogMsg::error(kSource, S(why), "Writing process aborted.", nullptr);
     return false;
@@ -156,8 +178,18 @@ bool writeFile(const FGenIntCommandFile &file, const FTagValues &values, const Q
     FPlainFile out;
     if (!out.open(target, &why))
         return fail();
-    file.expander().expandTo(std::cref(values),
-                             [&out](const char *data, qint64 size) { out.append(data, size); });
+    if (file.getEncoding().isEmpty()) {
+        file.expander().expandTo(
+            std::cref(values), [&out](const char *data, qint64 size) { out.append(data, size); });
+    } else {
+        QByteArray bytes;
+        if (!encoded(file, values, &bytes, &why)) {
+            FPathManager::instance()->failRun("cannot write the input files: " + S(why));
+            FLogMsg::error(kSource, S(why), "Writing process aborted.", nullptr);
+            return false;
+        }
+        out.append(bytes.constData(), bytes.size());
+    }
     if (out.finish(&why))
         return true;
     FLogMsg::error(kSource, S(why), "Writing process aborted.", nullptr);

@@ -5,6 +5,7 @@
 #include "fexternrun.h"
 #include "fgenintcommandfile.h"
 #include "fgenintcomputation.h"
+#include "fgenintencoding.h"
 #include "fgenintresultsfile.h"
 #include "fobjectmanager.h"
 #include "fproject.h"
@@ -158,9 +159,12 @@ bool FAddition::setProgram()
 bool FAddition::fill(FGenIntFile *file)
 {
     file->initFromFile(mSource);
-    if (file->utf8() ? *file->utf8() == mBytes : S(file->text()) == mBytes)
+    QByteArray bytes;
+    int bad = 0;
+    if (FGenIntEncoding::encode(file->text(), file->getEncoding(), &bytes, &bad) &&
+        bytes == QByteArray::fromStdString(mBytes))
         return true;
-    FCli::err("cannot keep " + S(mSource) + " byte for byte: expected UTF-8 text without a mark");
+    FCli::err("cannot keep " + S(mSource) + " byte for byte");
     return false;
 }
 
@@ -202,6 +206,10 @@ bool FAddition::addSample()
     const QString content = read->getContent();
     there->setContent(content);
     call(there->getName(), "setContent", FLiteral::quoted(S(content)));
+    if (read->getEncoding() != there->getEncoding()) {
+        there->setEncoding(read->getEncoding());
+        call(there->getName(), "setEncoding", FLiteral::quoted(S(read->getEncoding())));
+    }
     return true;
 }
 

@@ -205,6 +205,18 @@
         <translation>the template itself</translation>
     </message>
     <message>
+        <source>!FGenIntFile.attribute.setEncoding(QString,encoding)</source>
+        <translation>How the file is written: ISO-8859-1, UTF-8-BOM, UTF-16LE or UTF-16BE; without it UTF-8. It is set when a template is taken from such a file, so that the written file has the same bytes.</translation>
+    </message>
+    <message>
+        <source>!FGenIntFile.attribute.setEncoding(QString,encoding):argument0</source>
+        <translation>name of the encoding, empty for UTF-8</translation>
+    </message>
+    <message>
+        <source>!FGenIntFile.attribute.setEncoding(QString,encoding):example</source>
+        <translation>input.setEncoding("ISO-8859-1");</translation>
+    </message>
+    <message>
         <source>!FGenIntFile.attribute.setFileName(QString,fileName)</source>
         <translation>Sets the name of the file that a run writes or leaves. Tags that refer to the file follow.</translation>
     </message>

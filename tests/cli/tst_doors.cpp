@@ -229,7 +229,7 @@ void TestDoors::refusesToAdd_data()
         << QStringList{"--sample", "f", "--as", "in.txt"} << "has an input template in.txt";
     QTest::newRow("unknown definition")
         << QStringList{"--template", "f", "--definition", "none"} << "no definition none";
-    QTest::newRow("other bytes") << QStringList{"--sample", "latin1"} << "byte for byte";
+    QTest::newRow("other bytes") << QStringList{"--sample", "binary"} << "byte for byte";
     QTest::newRow("open quote") << QStringList{"--template", "f", "--program", "sh 'x"}
                                 << "a quote without end";
 }
@@ -241,7 +241,7 @@ void TestDoors::refusesToAdd()
     const FSandbox box;
     box.write("p.tbk", sumProject());
     box.write("f", "x\n");
-    box.write("latin1", "gr\xf6\xdf");
+    box.write("binary", QByteArray("gr\xf6\0\xdf", 5));
     const FCall call = box.call(QStringList{"add", "p.tbk"} + arguments);
     QCOMPARE(call.code, 2);
     QVERIFY2(call.err.contains(words.toUtf8()), call.err);

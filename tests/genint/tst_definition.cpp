@@ -338,6 +338,7 @@ void tst_Definition::importsAreData()
 {
     QStringList mayBeSaid = {"FManaged.addDocu",
                              "FGenIntFile.setContent",
+                             "FGenIntFile.setEncoding",
                              "FGenIntFile.setFileName",
                              "FGenIntFile.setForceWindowsLineEndings",
                              "FGenIntCommandFile.genericIntegrationCommandFile",
