@@ -378,6 +378,15 @@ void tst_Computation::renamed()
     QCOMPARE(told.size(), 1);
     QVERIFY(object->run());
     QVERIFY(QFile::exists(mModel.path("p_designs/baseline/silent/out.txt")));
+    // A name is no input: the results stay, and so does their folder, there and back.
+    QCOMPARE(ModelTest::run("silent.setName(\"loud\");"), QStringList());
+    for (const char *name : {"loud", "my_run", "loud"}) {
+        QCOMPARE(Q(object->getName()), QString(name));
+        QVERIFY(object->isUpToDateFor(FDesign::current()));
+        QVERIFY(QFile::exists(mModel.path("p_designs/baseline/" + QString(name) + "/out.txt")));
+        FHistory *history = FHistory::instance();
+        QVERIFY(history->canRedo() ? history->redo() : history->undo());
+    }
 }
 
 QTEST_GUILESS_MAIN(tst_Computation)

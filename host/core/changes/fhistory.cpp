@@ -132,6 +132,7 @@ bool FHistory::joinStep()
         known->after = std::move(change.after);
     }
     last.line = mCurrent.line;
+    last.namesOnly = last.namesOnly && mCurrent.namesOnly;
     return true;
 }
 
@@ -187,7 +188,11 @@ void FHistory::setLine(const std::string &line, const std::string &text)
     mCurrent.fallback = text;
 }
 
-void FHistory::addStep(const std::shared_ptr<FObject> &object)
+void FHistory::addStep(const std::shared_ptr<FObject> &object) { touch(object, false); }
+
+void FHistory::addName(const std::shared_ptr<FObject> &object) { touch(object, true); }
+
+void FHistory::touch(const std::shared_ptr<FObject> &object, bool nameOnly)
 {
     if (!object)
         return;
@@ -199,9 +204,10 @@ void FHistory::addStep(const std::shared_ptr<FObject> &object)
         return;
     if (mDepth == 0) {
         FHistoryTransaction transaction(nullptr, std::string(), true);
-        addStep(object);
+        touch(object, nameOnly);
         return;
     }
+    mCurrent.namesOnly = mCurrent.namesOnly && nameOnly;
     // A large step asks this often; objects know whether they are in it.
     if (!object->markTouched(true))
         mTouched.push_back(object);
@@ -230,7 +236,7 @@ void FHistory::track(const std::shared_ptr<FObject> &object)
 }
 
 void FHistory::putBack(const std::vector<Restore> &states, const Objects &appear,
-                       const Objects &vanish)
+                       const Objects &vanish, bool namesOnly)
 {
     mBusy = true;
     FObjectManager *manager = FObjectManager::instance();
@@ -259,7 +265,8 @@ void FHistory::putBack(const std::vector<Restore> &states, const Objects &appear
             manager->leave(object);
         }
     for (const Restore &state : states)
-        state.object->setOutOfDate(0);
+        if (!namesOnly)
+            state.object->setOutOfDate(0);
     for (const auto &object : appear)
         object->setOutOfDate(0);
     for (const auto &object : vanish)
@@ -276,7 +283,8 @@ void FHistory::apply(const Step &step, bool forward)
         states.push_back({change.object, forward ? change.after : change.before, true});
     mPosition += forward ? 1 : size_t(-1);
     mJoinOpen = false;
-    putBack(states, forward ? step.created : step.removed, forward ? step.removed : step.created);
+    putBack(states, forward ? step.created : step.removed, forward ? step.removed : step.created,
+            step.namesOnly);
     noteChange(wasClean);
     Q_EMIT FChanges::instance()->executed(forward ? QStringLiteral("redo();")
                                                   : QStringLiteral("undo();"));

@@ -25,6 +25,8 @@ public:
     {
         addStep(object);
     }
+    /// The same for a new name alone: undo and redo of it leave what was calculated up to date.
+    void addName(const std::shared_ptr<FObject> &object);
     void recordCreation(const std::shared_ptr<FManaged> &object);
     void recordRemoval(const std::shared_ptr<FManaged> &object);
     /// Takes the object's present fields as known, without a step.
@@ -81,6 +83,7 @@ private:
         std::vector<Change> changes;
         Objects created, removed;
         size_t bytes = 0;
+        bool namesOnly = true;
         bool isEmpty() const { return changes.empty() && created.empty() && removed.empty(); }
     };
     struct Restore
@@ -91,7 +94,9 @@ private:
     };
     static QString title(const Step &step);
     bool isRecording() const;
-    void putBack(const std::vector<Restore> &states, const Objects &appear, const Objects &vanish);
+    void putBack(const std::vector<Restore> &states, const Objects &appear, const Objects &vanish,
+                 bool namesOnly = false);
+    void touch(const std::shared_ptr<FObject> &object, bool nameOnly);
     void apply(const Step &step, bool forward);
     void pushStep();
     bool joinStep();

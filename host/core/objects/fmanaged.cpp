@@ -32,7 +32,7 @@ std::shared_ptr<FManaged> FManaged::setName(const std::string &name)
     if (mName != before)
         nameChanged(before);
     FHistoryTransaction transaction(nullptr, F_TEXT("set name"), true);
-    transaction.addStep(self);
+    FHistory::instance()->addName(self);
     return self;
 }
 
@@ -185,6 +185,8 @@ void FManaged::initCmds()
     c.attribute("setName", &FManaged::setNameCommand, &FManaged::nameForScript, FArg{"name"})
         .title(F_TEXT("Name"))
         .disableSaving()
+        .disableHistory() // it records itself
+
         .typeOf(0, "FObjectName");
     c.member("destroy", &FManaged::destroyThis);
     c.member("addDocu", &FManaged::addDocuCommand, FArg{"text"}, FArg{"area"})
