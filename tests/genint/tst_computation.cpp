@@ -382,7 +382,7 @@ void tst_Computation::renamed()
     QCOMPARE(ModelTest::run("silent.setName(\"loud\");"), QStringList());
     for (const char *name : {"loud", "my_run", "loud"}) {
         QCOMPARE(Q(object->getName()), QString(name));
-        QVERIFY(object->isUpToDateFor(FDesign::current()));
+        QVERIFY2(object->isUpToDateFor(FDesign::current()), name);
         QVERIFY(QFile::exists(mModel.path("p_designs/baseline/" + QString(name) + "/out.txt")));
         FHistory *history = FHistory::instance();
         QVERIFY(history->canRedo() ? history->redo() : history->undo());

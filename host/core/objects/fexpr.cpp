@@ -81,6 +81,8 @@ void FExprBase::release()
 
 void FExprBase::bind(std::shared_ptr<FObject> object)
 {
+    if (object == mObject)
+        return; // nobody has to hear of it
     if (!mClients) {
         mObject = std::move(object);
         return;
