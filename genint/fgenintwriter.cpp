@@ -173,8 +173,12 @@ bool writeFile(const FGenIntCommandFile &file, const FTagValues &values, const Q
     const QString folder = path.left(std::max(path.lastIndexOf('/'), path.lastIndexOf('\\')));
     if (folder != *folderThere && (QDir(folder).exists() || QDir().mkpath(folder)))
         *folderThere = folder;
-    if (!FPathManager::instance()->runInProgress())
-        return isFree(target, &why) ? replaceFile(file, values, target) : fail();
+    // A new file has nothing to lose, and costs less.
+    if (!FPathManager::instance()->runInProgress()) {
+        const QFileInfo there(target);
+        if (there.isSymLink() || there.exists())
+            return isFree(target, &why) ? replaceFile(file, values, target) : fail();
+    }
     FPlainFile out;
     if (!out.open(target, &why))
         return fail();
