@@ -272,6 +272,14 @@ FExternComputation::makeResults(const std::shared_ptr<FDesign> &design)
     return results;
 }
 
+void FExternComputation::noteResults(FObject *results)
+{
+    // No step records them, and a computation is saved with its id as long as it has results.
+    FChanges::note(this, FChanges::Changed);
+    if (results)
+        FChanges::note(results, FChanges::Changed);
+}
+
 FStatus FExternComputation::rereadResults()
 {
     if (!canReread())
@@ -285,6 +293,7 @@ FStatus FExternComputation::rereadResults()
     if (const auto generic = std::dynamic_pointer_cast<FResultsGeneric>(results))
         generic->setRunNote(std::nullopt);
     processReread(results);
+    noteResults(results.get());
     for (FObject *client : clients().objects())
         client->setOutOfDate(0);
     return {};
@@ -322,6 +331,7 @@ void FExternComputation::takeResults(const std::shared_ptr<FDesign> &design,
             FManaged::destroy(old, true);
         state.results = FExpr<FComputationResults>();
     }
+    noteResults(state.results.getPtr().get());
     state.hasRun = record.succeeded();
     state.upToDate = record.succeeded() && !record.inputsChanged;
     for (FObject *client : clients().objects())

@@ -123,6 +123,7 @@ private:
         unsigned searched = 0; ///< FComputationResults::madeById() when saved results were sought
     };
     DesignState &stateOf(const FDesign *design) const;
+    void noteResults(FObject *results);
     std::shared_ptr<FComputationResults> makeResults(const std::shared_ptr<FDesign> &design);
     template <class T>
     void assign(T &field, const T &value, const char *text);
