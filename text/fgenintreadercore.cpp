@@ -10,12 +10,15 @@
 
 namespace {
 
-FGenIntReading givenUp(int rule)
+FGenIntReading givenUp(int rule, bool hasReader)
 {
     FGenIntReading reading;
     reading.rule = rule;
     reading.value = std::numeric_limits<double>::quiet_NaN();
-    reading.notes << QStringLiteral("read took too long");
+    if (hasReader)
+        reading.notes << QStringLiteral("read took too long");
+    else
+        reading.notes << QStringLiteral("turnbuckle-reader is missing");
     return reading;
 }
 
@@ -28,6 +31,7 @@ QVector<FGenIntReading> readAs(const FGenIntText &text, const QVector<FGenIntRul
     pass.start(timeLimitMs);
     QElapsedTimer clock;
     clock.start();
+    bool hasReader = true;
     QVector<FGenIntReading> readings;
     readings.reserve(rules.size());
     for (int rule : pass.order()) {
@@ -39,7 +43,7 @@ QVector<FGenIntReading> readAs(const FGenIntText &text, const QVector<FGenIntRul
             if (text.isPlain()) {
                 const qint64 left = std::max<qint64>(0, timeLimitMs - clock.elapsed());
                 readings += FGenIntSlowRead::read(text, rules, columns, countLines, readings.size(),
-                                                  static_cast<int>(left));
+                                                  static_cast<int>(left), &hasReader);
             }
         }
         if (outcome != FGenIntReadPass<U>::Done)
@@ -47,7 +51,7 @@ QVector<FGenIntReading> readAs(const FGenIntText &text, const QVector<FGenIntRul
         readings.append(reading);
     }
     while (readings.size() < rules.size())
-        readings.append(givenUp(pass.order()[static_cast<size_t>(readings.size())]));
+        readings.append(givenUp(pass.order()[static_cast<size_t>(readings.size())], hasReader));
     return readings;
 }
 } // namespace

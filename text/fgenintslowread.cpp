@@ -171,11 +171,12 @@ bool serveAs(const FGenIntText &text, const QVector<FGenIntRule> &rules,
 QVector<FGenIntReading> FGenIntSlowRead::read(const FGenIntText &text,
                                               const QVector<FGenIntRule> &rules,
                                               const FGenIntColumns &columns, bool countLines,
-                                              int first, int timeLimitMs)
+                                              int first, int timeLimitMs, bool *started)
 {
     QVector<FGenIntReading> readings;
     const FReaderProcess process;
-    if (!process.isStarted())
+    *started = process.isStarted();
+    if (!*started)
         return readings;
     FChannel channel(process.fd(), timeLimitMs);
     const qint64 size = text.size() * (text.isWide() ? 2 : 1);

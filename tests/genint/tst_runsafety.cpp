@@ -123,7 +123,7 @@ private Q_SLOTS:
             study.start(&process);
             QVERIFY(process.waitForStarted());
             if (i > 0) // the first one finishes
-                QTest::qSleep(int(random() % 250));
+                QTest::qSleep(1 + int(random() % 250));
             else
                 QVERIFY(process.waitForFinished());
             process.kill();
