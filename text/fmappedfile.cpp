@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fmappedfile.h"
 
+#include <atomic>
 #include <csignal>
 #include <cstdint>
 #include <fcntl.h>

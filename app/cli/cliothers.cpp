@@ -156,7 +156,7 @@ int FCli::expand(const FCliOptions &options)
             if (options.json)
                 files.append(QJsonObject{{"name", Q(name)}, {"text", Q(text)}});
             else if (options.output.empty())
-                out("==> " + name + " <==\n" + text);
+                out(std::string("==> ").append(name).append(" <==\n").append(text));
         }
     }
     const QString folder = QDir(Q(options.output)).absolutePath() + "/";

@@ -104,9 +104,10 @@ void FStudy::noteParameters(const std::string &design, Row *row)
             failure = "it gives no number";
         if (failure.empty())
             continue;
-        failure = "parameter " + parameter->getName() + " doesn't resolve: " + failure;
+        failure.insert(0, "parameter " + parameter->getName() + " doesn't resolve: ");
         row->failures.push_back(failure);
-        FLogMsg::error("Run", "design " + design + ": " + failure, expr.toString(), nullptr);
+        failure.insert(0, "design " + design + ": ");
+        FLogMsg::error("Run", failure, expr.toString(), nullptr);
         mFailedParameters = true;
     }
 }

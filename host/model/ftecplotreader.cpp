@@ -143,7 +143,7 @@ private:
         if (token().startsLine || token().kind == Kind::End)
             return;
         const bool quoted = token().kind == Kind::Text;
-        const char *start = token().text.data(), *end = start;
+        const char *start = token().text.data(), *end = nullptr;
         do {
             end = token().text.data() + token().text.size();
             mLexer.next();

@@ -57,8 +57,10 @@ const FClassInfo &FObject::staticClass()
     return info;
 }
 
+// NOLINTNEXTLINE(bugprone-copy-constructor-init): a copy has an owner of its own
 FObject::FObject(const FObject &other)
-    : std::enable_shared_from_this<FObject>() // NOLINT(bugprone-copy-constructor-init): new owner
+    // NOLINTNEXTLINE(bugprone-copy-constructor-init)
+    : std::enable_shared_from_this<FObject>()
     , mDocu(other.mDocu)
 {
 }
