@@ -4,6 +4,8 @@ set(F_MAY_LINK_textio Qt5::Core)
 set(F_MAY_LINK_hostcore Qt5::Core)
 set(F_MAY_LINK_hostmodel F::hostcore)
 set(F_MAY_LINK_genint F::hostmodel F::textio)
+set(F_MAY_LINK_hostgui F::hostmodel Qt5::Widgets Qt5::Svg)
+set(F_MAY_LINK_softcon F::hostgui F::genint)
 
 add_library(f_flags INTERFACE)
 target_compile_features(f_flags INTERFACE cxx_std_17)

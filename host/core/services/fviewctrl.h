@@ -25,6 +25,10 @@ public:
     virtual void prepareModalDialog(QWidget *) {}
     virtual void finalizeModalDialog() {}
     virtual void highlight(const std::vector<FExpr<FObject, true>> &) {}
+    /// Shows the objects in the object editor.
+    virtual void openObjectEditor(const std::vector<FExpr<FObject, true>> &) {}
+    /// An object editor of its own for these objects, whose owner is the caller; null without one.
+    virtual QWidget *makeObjectEditor(const std::vector<FExpr<FObject, true>> &) { return nullptr; }
 };
 
 /// The tree of objects.
