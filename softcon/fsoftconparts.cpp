@@ -1,2 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "fsoftconarea.h"
+#include "fsoftconcomputationitem.h"
+#include "fsoftcondialogs.h"
+#include "fsoftconentryitems.h"
+#include "fsoftconlayoutgrids.h"
+#include "fsoftconlayoutlist.h"
+#include "fsoftcontabbar.h"
+#include "fsoftcontemplateitems.h"
+#include "fsoftconview.h"
