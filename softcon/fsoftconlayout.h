@@ -6,6 +6,7 @@
 #include <QList>
 #include <QRectF>
 #include <QString>
+#include <array>
 #include <map>
 #include <vector>
 
@@ -71,11 +72,14 @@ public:
     static bool greaterThanItem(const FSoftConObjectItem *a, const FSoftConObjectItem *b);
 
 protected:
-    /// Width and height of each area, and so on.
+    /// What each area wants.
     struct Sizes
     {
         double width[4] = {0, 0, 0, 0}, height[4] = {0, 0, 0, 0};
     };
+    using Areas = std::array<QSizeF, 4>;
+    /// The room of each area when \p size is divided by what the areas want.
+    Areas divide(const QSizeF &size, double leastLeft, double leastRight) const;
     void takeItems(const QList<QGraphicsItem *> &items);
     void takeShares(const Sizes &wanted);
     void sortItems(bool reverseTop);
