@@ -21,6 +21,11 @@ F_CLASS_IMPL(FResultsGeneric)
 
 unsigned FComputationResults::sMadeById = 0;
 
+void FResults::collectNamed(std::vector<const FObject *> *objects) const
+{
+    objects->push_back(mVariant.getExpr().get());
+}
+
 FComputationResults::FComputationResults(std::string name, const FExpr<FDesign> &variant,
                                          const FExpr<FExternComputation> &computation)
     : FResults(std::move(name), variant)
@@ -46,6 +51,8 @@ FExpr<FExternComputation> FComputationResults::getComputation() const
             FObjectManager::instance()->findById(mComputationId));
     return FExpr<FExternComputation>(mComputation.lock());
 }
+
+std::shared_ptr<FObject> FComputationResults::toldBy() const { return getComputation().getExpr(); }
 
 int FComputationResults::computationId() const
 {

@@ -25,6 +25,8 @@ public:
     virtual void init() {}
     using FManaged::init;
     const FExpr<FDesign> &getVariant() const { return mVariant; }
+    /// The design, which the creator names.
+    void collectNamed(std::vector<const FObject *> *objects) const override;
     /// Absolute folder of the result files, ends in "/".
     virtual std::string getResultPath() const { return std::string(); }
 
@@ -47,6 +49,8 @@ public:
     /// Counts the results that were made by the id of their computation.
     static unsigned madeById() { return sMadeById; }
     std::string getResultPath() const override;
+    /// The computation is saved with its id as long as there are results.
+    std::shared_ptr<FObject> toldBy() const override;
     void visitState(FStateVisitor &state) override;
 
 private:

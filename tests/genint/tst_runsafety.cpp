@@ -3,6 +3,7 @@
 #include "fprocesstree.h"
 #include "frunlock.h"
 #include "fsafefile.h"
+#include "mirror.h"
 #include "study.h"
 #include "testseed.h"
 
@@ -289,9 +290,19 @@ private Q_SLOTS:
     void aUserWorksDuringRuns()
     {
         std::mt19937 random(testSeed());
-        for (int round = 0; round < 5; ++round) {
+        FRunQueue *queue = FRunQueue::background();
+        int started = 0;
+        QObject counter;
+        connect(queue, &FRunQueue::started, &counter, [&] { ++started; });
+        for (int round = 0; round < 12; ++round) {
             Study study("$fakesim late go 30; " + QByteArray(kGood));
-            FRunQueue *queue = FRunQueue::background();
+            Mirror mirror;
+            const auto equalsTheModel = [&](const char *when) {
+                while (FChanges::instance()->isPending())
+                    QCoreApplication::processEvents();
+                const QString difference = mirror.picture.difference(Picture::fresh());
+                QVERIFY2(difference.isEmpty(), qPrintable(when + (":\n" + difference)));
+            };
             std::map<std::pair<size_t, size_t>, double> inputs; // of runs that ended
             std::weak_ptr<FExternComputation> gone;
             auto user = FDesign::current();
@@ -330,22 +341,28 @@ private Q_SLOTS:
                     QTest::qWait(20);
                 }
                 QCOMPARE(FDesign::current(), user);
+                equalsTheModel(qPrintable(QString("step %1").arg(step)));
+                if (QTest::currentTestFailed())
+                    return;
             }
             if (round % 2 == 1) {
                 FProject::instance()->clear(); // under whatever runs
                 QVERIFY(queue->items().empty());
                 QTest::qWait(150);
                 QVERIFY(getManageds<FComputationResults>().empty());
+                equalsTheModel("closed");
                 continue;
             }
             QTRY_VERIFY_WITH_TIMEOUT(queue->isIdle(), 20000);
             QCOMPARE(FDesign::current(), user);
+            equalsTheModel("idle");
             for (const auto &design : study.designs)
                 if (!design->isDestroyed() && study.chain[0]->isUpToDateFor(design)) {
                     const double sum = study.value("y", design) - 1;
                     QCOMPARE(sum, study.value("x", design));
                 }
         }
+        QVERIFY2(started > 30, qPrintable(QString::number(started)));
         // The runners are at hand, and nothing is below them.
         QTRY_VERIFY_WITH_TIMEOUT(signalDescendants(0) <= int(childrenOfThisProcess().size()),
                                  10000);

@@ -16,6 +16,7 @@ private Q_SLOTS:
     void mirrorEqualsTheModel_data();
     void mirrorEqualsTheModel();
     void tellsTheNetChangeOnce();
+    void theFirstListenerHearsNothingOfBefore();
     void nothingIsLostWhenBlocked();
     void dispatcherLeavesNothingOfAFailure();
     void stepsJoin();
@@ -118,6 +119,23 @@ void TestFeed::tellsTheNetChangeOnce()
     QCoreApplication::processEvents();
     QCOMPARE(told.keys(), (QStringList{"a", "b", "d"}));
     QVERIFY(!(told["d"] & (FChanges::Created | FChanges::Removed | FChanges::Revived)));
+}
+
+void TestFeed::theFirstListenerHearsNothingOfBefore()
+{
+    int before = 0, told = 0;
+    auto gone = std::make_unique<QObject>();
+    connect(FChanges::instance(), &FChanges::changed, gone.get(), [&] { ++before; });
+    ModelTest::run("parameter a(1);");
+    gone.reset();
+    QObject listener;
+    connect(FChanges::instance(), &FChanges::changed, &listener,
+            [&](const QVector<FChange> &changes) { told += changes.size(); });
+    QCoreApplication::processEvents();
+    QCOMPARE(before + told, 0);
+    ModelTest::run("parameter b(1);");
+    QCoreApplication::processEvents();
+    QCOMPARE(told, 1);
 }
 
 void TestFeed::nothingIsLostWhenBlocked()

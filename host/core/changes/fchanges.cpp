@@ -22,8 +22,12 @@ FChanges *FChanges::instance()
 
 void FChanges::connectNotify(const QMetaMethod &signal)
 {
-    if (signal == QMetaMethod::fromSignal(&FChanges::changed))
-        ++sListeners;
+    if (signal != QMetaMethod::fromSignal(&FChanges::changed))
+        return;
+    mRecount = true;
+    recount();
+    if (sListeners == 1) // what is noted from before is nobody's: it walked the model
+        forgetObjects();
 }
 
 void FChanges::disconnectNotify(const QMetaMethod &)
@@ -45,9 +49,14 @@ void FChanges::gather(FObject *object, unsigned what)
 {
     if (!recount())
         return;
+    const unsigned shown = Created | Removed | Revived | Changed;
     const auto place = mPlaces.find(object);
     if (place != mPlaces.end()) {
-        mEntries[place->second].what |= what;
+        unsigned &known = mEntries[place->second].what;
+        const bool isNew = what & shown & ~known;
+        known |= what;
+        if (isNew)
+            gatherTeller(*object);
         return;
     }
     std::shared_ptr<FObject> shared = object->weak_from_this().lock();
@@ -56,16 +65,21 @@ void FChanges::gather(FObject *object, unsigned what)
     const auto *managed = dynamic_cast<const FManaged *>(object);
     if (!managed && !(what & ~unsigned(State)))
         return; // literals and expressions
-    // Parts such as entries show in the object that they are saved with.
-    if (!managed && what & Changed)
-        if (const auto whole = object->treeParent())
-            gather(whole.get(), Changed);
     const bool was = what & (Created | Revived)     ? false
                      : managed && !(what & Removed) ? FObjectManager::instance()->contains(managed)
                                                     : true;
     mPlaces.emplace(object, mEntries.size());
     mEntries.push_back({std::move(shared), what, was});
+    if (what & shown)
+        gatherTeller(*object);
     FUpdates::wake();
+}
+
+// Entries show in the object that they are saved with, results in their computation.
+void FChanges::gatherTeller(const FObject &object)
+{
+    if (const auto teller = object.toldBy())
+        gather(teller.get(), Changed);
 }
 
 void FChanges::mark(bool FChanges::*flag)

@@ -24,7 +24,8 @@ struct FChange
 /// came and went within a turn was never there. Listeners read the model; they may change it, which
 /// is told in the next turn. Without a listener a note costs a comparison.
 ///
-/// A listener that comes later walks the model once and is told from then on.
+/// A listener that comes later walks the model once and is told from then on. The first one is told
+/// of nothing that was noted before it; one more joins best when nothing is pending.
 class FChanges : public QObject
 {
     Q_OBJECT
@@ -104,6 +105,7 @@ private:
     FChanges() = default;
     bool recount();
     void gather(FObject *object, unsigned what);
+    void gatherTeller(const FObject &object);
     void mark(bool FChanges::*flag);
 
     static int sListeners; // of changed()

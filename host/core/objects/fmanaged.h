@@ -74,6 +74,7 @@ public:
     /// The project is closed and nothing revives the object. Lets go of what may refer back to it:
     /// a circle would keep itself alive.
     virtual void projectClosed() {}
+    std::shared_ptr<FObject> toldBy() const override { return nullptr; }
     /// False for objects that exist in every project, such as the implicit design.
     virtual bool isSaved() const { return true; }
     /// Texts of the creator's arguments when the object is saved.

@@ -187,6 +187,9 @@ public:
     virtual void visitState(FStateVisitor &state) { state(mDocu); }
     /// Adds objects that the saved form names without depending on them: they are saved first.
     virtual void collectNamed(std::vector<const FObject *> *) const {}
+    /// The object whose saved form tells of this one: a change of this one is a change of it. Null
+    /// if there is none.
+    virtual std::shared_ptr<FObject> toldBy() const { return treeParent(); }
     /// Called after undo or redo has put the fields back.
     virtual void stateRestored() {}
 
