@@ -224,6 +224,84 @@ private Q_SLOTS:
                      record.design == "d1" ? FRunState::Finished : FRunState::Cancelled);
     }
 
+    void cancelOfOneLeavesTheOthers()
+    {
+        Study study("case $x in 2) $fakesim fork-hang ../../../pid hang;; "
+                    "*) $fakesim sum in.txt out.txt;; esac");
+        FRunQueue queue;
+        for (size_t i = 0; i < 4; ++i)
+            queue.add(study.designs[i], study.chain);
+        const auto idOf = [&](const char *design) {
+            for (const auto &item : queue.items())
+                if (item.design == design && item.computation == "first")
+                    return item.id;
+            return 0U;
+        };
+        const unsigned last = idOf("d4");
+        QVERIFY(last && !queue.cancel(last + 100));
+        QVERIFY(queue.cancel(last)); // it waits
+        queue.start(2);
+        QTRY_VERIFY(QFile::exists(study.path("pid")));
+        QVERIFY(queue.cancel(idOf("d2"))); // it runs
+        QTRY_VERIFY(queue.isIdle());
+        QVERIFY(!queue.isCancelled());
+        QVERIFY(::kill(contentOf(study.path("pid")).trimmed().toInt(), 0) != 0);
+        QCOMPARE(queue.records().size(), size_t(8));
+        for (const FRunRecord &record : queue.records())
+            QCOMPARE(record.state, record.design == "d1" || record.design == "d3"
+                                       ? FRunState::Finished
+                                       : FRunState::Cancelled);
+    }
+
+    void aRunThatFailsStartsAgain_data()
+    {
+        QTest::addColumn<int>("retries");
+        QTest::addColumn<QByteArray>("starts");
+        QTest::addColumn<QString>("state");
+        QTest::newRow("none") << 0 << QByteArray("1\n") << "d1 first: exit code 3";
+        QTest::newRow("too few") << 1 << QByteArray("2\n") << "d1 first: exit code 3";
+        QTest::newRow("enough") << 4 << QByteArray("3\n") << "d1 first: finished";
+    }
+
+    void aRunThatFailsStartsAgain()
+    {
+        QFETCH(int, retries);
+        Study study("n=$(cat ../../../n || echo 0); n=$((n+1)); echo $n >../../../n; "
+                    "[ $n -gt 2 ] || exit 3; $fakesim sum in.txt out.txt");
+        FRunQueue queue;
+        FRunPolicy policy;
+        policy.retries = retries;
+        queue.setPolicy(policy);
+        QTEST(study.run(&queue, 1, 1).first(), "state");
+        QCOMPARE(queue.records().size(), size_t(2)); // one of each run, however often it started
+        QTEST(contentOf(study.path("n")), "starts");
+    }
+
+    void suppliersThatAreStaleRunFirst()
+    {
+        Study study;
+        FDesign::setCurrent(study.designs[1]);
+        FRunQueue *queue = FRunQueue::background();
+        std::vector<std::string> ran;
+        const auto runSecond = [&] {
+            study.chain[1]->guiRun();
+            QTRY_VERIFY(queue->isIdle());
+            ran.clear();
+            for (const FRunRecord &record : queue->records()) {
+                QVERIFY(record.succeeded() && record.design == "d2");
+                ran.push_back(record.computation);
+            }
+        };
+        runSecond();
+        QCOMPARE(ran, (std::vector<std::string>{"first", "second"}));
+        runSecond(); // the supplier is up to date
+        QCOMPARE(ran, std::vector<std::string>{"second"});
+        study.designs[1]->setValue("x", FExprBase::resolve("7"));
+        runSecond();
+        QCOMPARE(ran, (std::vector<std::string>{"first", "second"}));
+        QCOMPARE(study.value("z", study.designs[1]), 8.0);
+    }
+
     void queueThatGoesEndsItsRuns()
     {
         Study study("$fakesim hang ../../../pid");
