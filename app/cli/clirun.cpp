@@ -117,6 +117,14 @@ void printRun(const FRunRecord &record, const std::vector<FStudy::Table> &tables
     }
 }
 
+/// An infinite number as an object with its text, else the value alone.
+QJsonValue jsonOf(const FPlainValue &value)
+{
+    if (value.special().empty())
+        return value.json();
+    return QJsonObject{{"value", value.json()}, {"text", Q(value.special())}};
+}
+
 QJsonObject designsJson(const FStudy &study)
 {
     QJsonObject all;
@@ -124,7 +132,7 @@ QJsonObject designsJson(const FStudy &study)
         const FStudy::Row &row = study.row(design->getName());
         QJsonObject values;
         for (const auto &[name, value] : row.parameters)
-            values[Q(name)] = value.json();
+            values[Q(name)] = jsonOf(value);
         if (row.isComplete)
             all[Q(design->getName())] = values;
     }
@@ -177,7 +185,7 @@ QJsonObject parametersNow()
 {
     QJsonObject all;
     for (const auto &handle : getEntities<FParameter>())
-        all[Q(handle.getPtr()->getName())] = FPlainValue::of(FExprBase(handle.getPtr())).json();
+        all[Q(handle.getPtr()->getName())] = jsonOf(FPlainValue::of(FExprBase(handle.getPtr())));
     return all;
 }
 

@@ -243,6 +243,8 @@ void TestCli::tellsWhatHasNoValue()
         call.run()["tables"].toArray()[0].toObject()["rows"].toArray()[0].toObject();
     QVERIFY(row["value"].isNull());
     QCOMPARE(row["text"].toString(), QString("inf"));
+    const QJsonObject infinite{{"value", QJsonValue::Null}, {"text", "-inf"}};
+    QCOMPARE(call.json()["parameters"].toObject()["other"].toObject(), infinite);
     call = box.call({"run", "p.tbk"});
     QVERIFY2(call.out.contains("sum  inf\n") &&
                  QRegularExpression("baseline .*2\\.5 +inf +123456789012345 +-inf\n")
