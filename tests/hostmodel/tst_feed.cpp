@@ -21,6 +21,7 @@ private Q_SLOTS:
     void dispatcherLeavesNothingOfAFailure();
     void stepsJoin();
     void cleanMarkFollowsUndo();
+    void openReplacesTheProject();
 
 private:
     ModelTest mModel;
@@ -68,8 +69,7 @@ void TestFeed::mirrorEqualsTheModel()
                     QVERIFY2(FProject::instance()->save(mModel.path("p.tbk"), &why),
                              qPrintable(why));
                     if (statements.below(2)) {
-                        FProject::instance()->clear();
-                        FProject::instance()->load(mModel.path("p.tbk"));
+                        FProject::instance()->open(mModel.path("p.tbk"));
                         what += "load ";
                     }
                 }
@@ -251,6 +251,46 @@ void TestFeed::cleanMarkFollowsUndo()
     QVERIFY(!history->isClean());
     history->undo();
     QVERIFY(!history->isClean());
+}
+
+void TestFeed::openReplacesTheProject()
+{
+    ModelTest::write(mModel.path("q.tbk"), "parameter c(3);\n");
+    ModelTest::write(mModel.path("half.tbk"), "parameter c(4);\nnonsense;\nparameter d(c);\n");
+    ModelTest::write(mModel.path("bad.tbk"), "parameter c(5);\xff\n");
+    ModelTest::run("parameter a(1); a.setValue(2); a.select();");
+    QCoreApplication::processEvents();
+    Mirror mirror;
+    std::vector<unsigned> told;
+    connect(FChanges::instance(), &FChanges::projectChanged, &mirror,
+            [&](unsigned events) { told.push_back(events); });
+    FProject *project = FProject::instance();
+    const auto open = [&](const char *name) {
+        const bool ok = project->open(mModel.path(name));
+        QCoreApplication::processEvents();
+        return ok;
+    };
+    const QString before = project->text(), path = project->path();
+    for (const char *name : {"none.tbk", "bad.tbk"}) {
+        QVERIFY(!open(name));
+        QCOMPARE(project->text(), before);
+        QCOMPARE(project->path(), path);
+        QVERIFY(!FHistory::instance()->isClean() && FHistory::instance()->canUndo());
+        QVERIFY(project->errors().empty() && told.empty());
+        QVERIFY(FLogMsg::last().message.find(name) != std::string::npos);
+    }
+    QVERIFY(open("q.tbk"));
+    QCOMPARE(project->text(), QString("parameter c(3) {}\n"));
+    QCOMPARE(project->path(), mModel.path("q.tbk"));
+    QVERIFY(FHistory::instance()->isClean() && !FHistory::instance()->canUndo());
+    QCOMPARE(told.size(), size_t(1));
+    QVERIFY((told[0] & FChanges::Opened) && (told[0] & FChanges::Closed));
+    QCOMPARE(mirror.picture.difference(Picture::fresh()), QString());
+    QVERIFY(!open("half.tbk")); // as far as it goes, and known not to be whole
+    QCOMPARE(project->errors().size(), size_t(1));
+    QCOMPARE(ModelTest::value("d"), QString("4"));
+    QCOMPARE(told.size(), size_t(2));
+    QCOMPARE(mirror.picture.difference(Picture::fresh()), QString());
 }
 
 QTEST_GUILESS_MAIN(TestFeed)

@@ -31,32 +31,56 @@ void FProject::setPath(const QString &path)
     mPath = path.isEmpty() ? QString() : QFileInfo(path).absoluteFilePath();
 }
 
+namespace {
+/// The text of a project file. False, with \p error and a message, for what is no text.
+bool readText(const QString &path, std::string *text, FScriptError *error)
+{
+    const std::string name = S(path);
+    *error = {name, 0, 0, {}};
+    QString why;
+    if (!FUserFile::read(path, text, &why)) {
+        FLogMsg::error("Project", "Could not open file " + name + " for reading", S(why), nullptr);
+        error->reason = FReason("the file can't be opened: " + S(why));
+        return false;
+    }
+    const size_t zero = text->find('\0'), other = FUtf8::firstBadByte(text->data(), text->size());
+    const size_t bad = std::min(zero, other);
+    if (bad == std::string::npos)
+        return true;
+    error->line = size_t(1 + std::count(text->begin(), text->begin() + std::ptrdiff_t(bad), '\n'));
+    error->reason = FReason::unexpected(
+        "UTF-8 text", "the byte 0x" + S(QString::number(uchar((*text)[bad]), 16).toUpper()));
+    FLogMsg::error("Project", error->toString(), "nothing was loaded", nullptr);
+    return false;
+}
+} // namespace
+
 bool FProject::load(const QString &path)
 {
     setPath(path);
-    const std::string name = S(path);
     mErrors.clear();
     mRenamings.clear();
-    const auto fail = [&](size_t line, const FReason &reason) {
-        mErrors.push_back({name, line, 0, reason});
-        return false;
-    };
     std::string text;
-    QString why;
-    if (!FUserFile::read(path, &text, &why)) {
-        FLogMsg::error("Project", "Could not open file " + name + " for reading", S(why), nullptr);
-        return fail(0, "the file can't be opened: " + S(why));
-    }
-    const size_t zero = text.find('\0'), other = FUtf8::firstBadByte(text.data(), text.size());
-    const size_t bad = std::min(zero, other);
-    if (bad != std::string::npos) {
-        const auto line = 1 + std::count(text.begin(), text.begin() + std::ptrdiff_t(bad), '\n');
-        const FReason reason = FReason::unexpected(
-            "UTF-8 text", "the byte 0x" + S(QString::number(uchar(text[bad]), 16).toUpper()));
-        fail(size_t(line), reason);
-        FLogMsg::error("Project", mErrors.back().toString(), "nothing was loaded", nullptr);
+    FScriptError error;
+    if (readText(path, &text, &error))
+        return execute(std::move(text), S(path));
+    mErrors.push_back(error);
+    return false;
+}
+
+bool FProject::open(const QString &path)
+{
+    std::string text;
+    FScriptError error;
+    if (!readText(path, &text, &error))
         return false;
-    }
+    clear();
+    setPath(path);
+    return execute(std::move(text), S(path));
+}
+
+bool FProject::execute(std::string text, const std::string &name)
+{
     FScriptReader reader(std::move(text), name);
     bool ok;
     {

@@ -22,6 +22,10 @@ public:
     /// Executes a project file. False if the file can't be read or a statement failed; what could
     /// be read is there. The reasons stand in the log.
     bool load(const QString &path);
+    /// Closes what is open and loads \p path; the feed tells of both at once. A file that can't be
+    /// read leaves the open project as it is; one with a failed statement is there as far as it
+    /// could be read. True and false as of load.
+    bool open(const QString &path);
     /// What was wrong with the project that was loaded last; errors of the file as a whole have no
     /// line.
     const std::vector<FScriptError> &errors() const { return mErrors; }
@@ -48,6 +52,8 @@ public:
     static std::vector<std::shared_ptr<FManaged>> savingOrder();
 
 private:
+    bool execute(std::string text, const std::string &name);
+
     QString mPath;
     std::vector<FScriptError> mErrors, mRenamings;
     bool mIsLoading = false;
