@@ -101,6 +101,19 @@ private Q_SLOTS:
         QCOMPARE(found, expected);
     }
 
+    /// Neither the length of an expression is a depth, nor are all ways through values walked.
+    void longExpressions()
+    {
+        QByteArray twice = "parameter p0(0/0);\n";
+        for (int i = 1; i < 60; ++i)
+            twice += QString("parameter p%1(p%2+p%2);\n").arg(i).arg(i - 1).toUtf8();
+        QVERIFY(!findingsOf(twice).isEmpty());
+        for (const char *part : {"+x", "-(x-1)"})
+            QCOMPARE(findingsOf("parameter x(1);\nparameter a(x" +
+                                QByteArray(part).repeated(50000) + ");\n"),
+                     QStringList());
+    }
+
     /// What is checked must not be run, and the folder of the project stays as it is.
     void changesNothing()
     {
