@@ -13,44 +13,6 @@
 #include <unistd.h>
 
 namespace {
-const char *kindName(FCommandKind kind)
-{
-    switch (kind) {
-    case FCommandKind::Creator:
-        return "creator";
-    case FCommandKind::Attribute:
-        return "attribute";
-    case FCommandKind::Member:
-        return "member";
-    case FCommandKind::MutableMember:
-        return "mutableMember";
-    case FCommandKind::Global:
-    case FCommandKind::Operator:
-        break;
-    }
-    return "global";
-}
-
-QJsonObject commandJson(const FCommandInfo &info)
-{
-    QJsonArray arguments;
-    for (const FArgInfo &arg : info.args)
-        arguments.append(QJsonObject{
-            {"type", Q(arg.type)},
-            {"name", Q(arg.name)},
-            {"default", arg.hasDefault ? QJsonValue(Q(arg.defaultText)) : QJsonValue()}});
-    return {{"kind", kindName(info.kind)},
-            {"receiver", info.receiver ? QJsonValue(info.receiver->name) : QJsonValue()},
-            {"name", Q(info.name)},
-            {"class", Q(info.publicName())},
-            {"arguments", arguments},
-            {"returns", Q(info.returns)},
-            {"title", Q(info.shownTitle())},
-            {"hidden", info.hidden},
-            {"guiThread", info.guiThread},
-            {"systemFlag", int(info.systemFlag)},
-            {"documentationKey", Q(info.documentationKey())}};
-}
 
 using Commands = std::vector<std::shared_ptr<const FCommandInfo>>;
 
@@ -247,9 +209,9 @@ int FCli::commands(const FCliOptions &options)
     }
     for (const auto &info : FCmdManager::instance()->all())
         if (options.json)
-            list.append(commandJson(*info));
+            list.append(FCommands::json(*info));
         else
-            out(std::string(kindName(info->kind)) + "  " + signature(*info));
+            out(std::string(FCommands::kindName(info->kind)) + "  " + signature(*info));
     if (options.json)
         print(list);
     return kDone;

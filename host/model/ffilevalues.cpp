@@ -9,6 +9,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <iostream>
+#include <unordered_set>
 
 F_CLASS_IMPL(FInputFile)
 F_CLASS_IMPL(FResultsFileName)
@@ -113,7 +114,29 @@ void FGeometryExport::doUpdate() const
 
 std::string FGeometryExport::toString() const
 {
-    return "geometryExport(" + FLiteral::quoted(mFileName) + ")";
+    const bool isPlain = !mGeometryObjects || mGeometryObjects->count() == 0;
+    return "geometryExport(" + FLiteral::quoted(mFileName) +
+           (isPlain ? ")" : "," + mGeometryObjects->toString() + ")");
+}
+
+void FGeometryExport::setGeometryObjects(const std::shared_ptr<FObjectList> &objects)
+{
+    mGeometryObjects = nullptr;
+    if (objects)
+        addGeometryObjects(objects);
+}
+
+void FGeometryExport::addGeometryObjects(const std::shared_ptr<FObjectList> &objects)
+{
+    // A list that somebody else holds stays as it is.
+    const auto grown = f_make_shared<FObjectList>();
+    std::unordered_set<const FObject *> known;
+    for (const auto &list : {mGeometryObjects, objects})
+        if (list)
+            for (const auto &object : list->getObjects())
+                if (known.insert(object.getExpr().get()).second)
+                    grown->append(object);
+    mGeometryObjects = grown;
 }
 
 std::shared_ptr<FObject> FGeometryExport::getType() const { return FFileName::mpNull; }
@@ -123,6 +146,7 @@ std::shared_ptr<FObject> FGeometryExport::clone() const
     const auto copy = f_make_shared<FGeometryExport>(mFileName);
     copy->mKind = mKind;
     copy->mFeatureDefinition = mFeatureDefinition;
+    copy->mGeometryObjects = mGeometryObjects;
     return copy;
 }
 
@@ -139,9 +163,12 @@ std::shared_ptr<FFileName> makeFileName(const std::string &name)
 {
     return f_make_shared<FFileName>(name);
 }
-std::shared_ptr<FGeometryExport> makeGeometryExport(const std::string &fileName)
+std::shared_ptr<FGeometryExport> makeGeometryExport(const std::string &fileName,
+                                                    const FExprBase &objects)
 {
-    return f_make_shared<FGeometryExport>(fileName);
+    const auto made = f_make_shared<FGeometryExport>(fileName);
+    made->setGeometryObjects(objects.ptr<FObjectList>());
+    return made;
 }
 } // namespace
 
@@ -151,5 +178,5 @@ void FGeometryExport::initCmds()
     c.global("inputFile", &makeInputFile, FArg{"path"}, FArg{"directory", nullptr}).pure();
     c.global("resultsFileName", &makeResultsFileName, FArg{"path"}).pure();
     c.global("fileName", &makeFileName, FArg{"path"}).pure();
-    c.global("geometryExport", &makeGeometryExport, FArg{"path"}).pure();
+    c.global("geometryExport", &makeGeometryExport, FArg{"path"}, FArg{"objects", nullptr}).pure();
 }

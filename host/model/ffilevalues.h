@@ -78,13 +78,21 @@ public:
         mFeatureDefinition = definition;
         mKind = 1;
     }
+    /// What is exported, kept unevaluated; null for nothing.
+    const std::shared_ptr<FObjectList> &getGeometryObjects() const { return mGeometryObjects; }
+    void setGeometryObjects(const std::shared_ptr<FObjectList> &objects);
+    /// Adds those that aren't there yet.
+    void addGeometryObjects(const std::shared_ptr<FObjectList> &objects);
     std::string toString() const override;
     std::string toPlainString() const override { return mFileName; }
     std::shared_ptr<FObject> getType() const override;
     std::shared_ptr<FObject> clone() const override;
     void constructFObject() override;
     void doUpdate() const override;
-    void visitState(FStateVisitor &state) override { state(mFileName)(mKind)(mFeatureDefinition); }
+    void visitState(FStateVisitor &state) override
+    {
+        state(mFileName)(mKind)(mFeatureDefinition)(mGeometryObjects);
+    }
 
     static void initCmds();
 
@@ -92,5 +100,6 @@ private:
     std::string mFileName;
     unsigned mKind = 0;
     FExpr<FObject> mFeatureDefinition;
+    std::shared_ptr<FObjectList> mGeometryObjects;
 };
 #endif

@@ -116,6 +116,10 @@
         <translation>Which occurrence of an anchor a rule counts from: First or Last.</translation>
     </message>
     <message>
+        <source>!FEnum&lt;SoftConItemSize&gt;</source>
+        <translation>How large the items of a workbench are.</translation>
+    </message>
+    <message>
         <source>!FGenIntCommandFile</source>
         <translation>An input template: the text of an input file of the external program with &lt;entry&gt;name&lt;/entry&gt; tags. A run writes the file with the tags replaced by the values of the entries.</translation>
     </message>
@@ -375,6 +379,58 @@
     <message>
         <source>!FGenIntResultsFileValue</source>
         <translation>One rule: it names a value and tells where in a result file it stands, by anchor, occurrence, line and column, or as an average over the last rows.</translation>
+    </message>
+    <message>
+        <source>!FKeptConnector</source>
+        <translation>The workbench of a computation, as the project keeps it where there is no window.</translation>
+    </message>
+    <message>
+        <source>!FKeptConnector.attribute.setComputation(FExternComputation,computation)</source>
+        <translation>Sets the computation that the workbench shows.</translation>
+    </message>
+    <message>
+        <source>!FKeptConnector.attribute.setComputation(FExternComputation,computation):argument0</source>
+        <translation>the computation</translation>
+    </message>
+    <message>
+        <source>!FKeptConnector.attribute.setComputation(FExternComputation,computation):example</source>
+        <translation>beam_connector.setComputation(beam);</translation>
+    </message>
+    <message>
+        <source>!FKeptConnector.attribute.setItemSize(FEnum&lt;SoftConItemSize&gt;,size)</source>
+        <translation>Sets how large the items are.</translation>
+    </message>
+    <message>
+        <source>!FKeptConnector.attribute.setItemSize(FEnum&lt;SoftConItemSize&gt;,size):argument0</source>
+        <translation>the size</translation>
+    </message>
+    <message>
+        <source>!FKeptConnector.attribute.setItemSize(FEnum&lt;SoftConItemSize&gt;,size):example</source>
+        <translation>beam_connector.setItemSize(Medium);</translation>
+    </message>
+    <message>
+        <source>!FKeptConnector.attribute.setResultsPath(string,resultsPath)</source>
+        <translation>Sets the folder that result files were added from last.</translation>
+    </message>
+    <message>
+        <source>!FKeptConnector.attribute.setResultsPath(string,resultsPath):argument0</source>
+        <translation>the folder</translation>
+    </message>
+    <message>
+        <source>!FKeptConnector.attribute.setResultsPath(string,resultsPath):example</source>
+        <translation>beam_connector.setResultsPath("designs/baseline/beam");</translation>
+    </message>
+    <message>
+        <source>!FKeptConnector.creator.softwareConnector()</source>
+        <translation>Makes the workbench of a computation. Without a window it is kept as it was saved.</translation>
+    </message>
+    <message>
+        <source>!FKeptConnector.creator.softwareConnector():example</source>
+        <translation>softwareConnector beam_connector()</translation>
+    </message>
+    <message>
+        <source>!FKeptConnector.creator.softwareConnector():returnValue</source>
+        <translation>the workbench</translation>
     </message>
     <message>
         <source>!FResultsGenInt</source>

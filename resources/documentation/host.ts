@@ -256,8 +256,16 @@
         <translation>A floating point number of double precision. It is written so that it reads back to the same bits.</translation>
     </message>
     <message>
+        <source>!FDrawable</source>
+        <translation>Geometry that can be drawn.</translation>
+    </message>
+    <message>
         <source>!FEntity</source>
         <translation>Base of the managed objects that belong to the model.</translation>
+    </message>
+    <message>
+        <source>!FEntityGroup</source>
+        <translation>Geometry that belongs together.</translation>
     </message>
     <message>
         <source>!FEntry</source>
@@ -394,6 +402,14 @@
     <message>
         <source>!FExternComputation.mutableMember.run():example</source>
         <translation>solver.run();</translation>
+    </message>
+    <message>
+        <source>!FFeatureDefinitionBase</source>
+        <translation>How geometry is made, or written.</translation>
+    </message>
+    <message>
+        <source>!FFeatureMember</source>
+        <translation>A part of what a feature makes.</translation>
     </message>
     <message>
         <source>!FFileName</source>
@@ -796,19 +812,23 @@
         <translation>The next whole number that isn't greater.</translation>
     </message>
     <message>
-        <source>!Global.geometryExport(string,path)</source>
+        <source>!Global.geometryExport(string,path,FObject,objects = nullptr)</source>
         <translation>A geometry file for the program.</translation>
     </message>
     <message>
-        <source>!Global.geometryExport(string,path):argument0</source>
+        <source>!Global.geometryExport(string,path,FObject,objects = nullptr):argument0</source>
         <translation>name of the file</translation>
     </message>
     <message>
-        <source>!Global.geometryExport(string,path):example</source>
+        <source>!Global.geometryExport(string,path,FObject,objects = nullptr):argument1</source>
+        <translation>the geometry that is written, a list</translation>
+    </message>
+    <message>
+        <source>!Global.geometryExport(string,path,FObject,objects = nullptr):example</source>
         <translation>.addEntry("Exports|hull",geometryExport("hull.stl"));</translation>
     </message>
     <message>
-        <source>!Global.geometryExport(string,path):returnValue</source>
+        <source>!Global.geometryExport(string,path,FObject,objects = nullptr):returnValue</source>
         <translation>the value</translation>
     </message>
     <message>

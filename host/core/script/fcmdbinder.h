@@ -209,6 +209,7 @@ public:
     FCmdBinder &hidden() { return mInfo->hidden = true, *this; }
     FCmdBinder &readOnly() { return mInfo->readOnly = true, *this; }
     FCmdBinder &guiThread() { return mInfo->guiThread = true, *this; }
+    FCmdBinder &selectOnExec(bool on) { return mInfo->selectOnExec = on, *this; }
     FCmdBinder &systemFlag(unsigned flag) { return mInfo->systemFlag = flag, *this; }
     FCmdBinder &userLevel(unsigned level) { return mInfo->userLevel = level, *this; }
     FCmdBinder &cmdFlags(unsigned flags) { return mInfo->cmdFlags = flags, *this; }

@@ -7,6 +7,7 @@
 #include "foperators.h"
 #include "fscripttype.h"
 
+#include <QJsonArray>
 #include <algorithm>
 
 FCmdManager *FCmdManager::instance()
@@ -223,4 +224,43 @@ std::string FScriptTypes::describe(const FExprBase &expr)
     if (text.size() > 60)
         text = text.substr(0, 57) + "...";
     return text;
+}
+
+const char *FCommands::kindName(FCommandKind kind)
+{
+    switch (kind) {
+    case FCommandKind::Creator:
+        return "creator";
+    case FCommandKind::Attribute:
+        return "attribute";
+    case FCommandKind::Member:
+        return "member";
+    case FCommandKind::MutableMember:
+        return "mutableMember";
+    case FCommandKind::Global:
+    case FCommandKind::Operator:
+        break;
+    }
+    return "global";
+}
+
+QJsonObject FCommands::json(const FCommandInfo &info)
+{
+    QJsonArray arguments;
+    for (const FArgInfo &arg : info.args)
+        arguments.append(QJsonObject{
+            {"type", Q(arg.type)},
+            {"name", Q(arg.name)},
+            {"default", arg.hasDefault ? QJsonValue(Q(arg.defaultText)) : QJsonValue()}});
+    return {{"kind", kindName(info.kind)},
+            {"receiver", info.receiver ? QJsonValue(info.receiver->name) : QJsonValue()},
+            {"name", Q(info.name)},
+            {"class", Q(info.publicName())},
+            {"arguments", arguments},
+            {"returns", Q(info.returns)},
+            {"title", Q(info.shownTitle())},
+            {"hidden", info.hidden},
+            {"guiThread", info.guiThread},
+            {"systemFlag", int(info.systemFlag)},
+            {"documentationKey", Q(info.documentationKey())}};
 }

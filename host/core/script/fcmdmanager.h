@@ -3,6 +3,8 @@
 #define FCMDMANAGER_H
 #include "fcmd.h"
 
+#include <QJsonObject>
+
 /// The registry of all commands.
 class FCmdManager
 {
@@ -44,5 +46,9 @@ FCmdManager::Info pick(const std::vector<FCmdManager::Info> &candidates,
                        const std::vector<FExprBase> &arguments, FReason *why);
 /// "setFileName(QString fileName)" for messages and help.
 std::string signature(const FCommandInfo &info);
+/// "creator", "attribute", "member", "mutableMember" and "global" in lists of commands.
+const char *kindName(FCommandKind kind);
+/// All that lists tell of a command.
+QJsonObject json(const FCommandInfo &info);
 } // namespace FCommands
 #endif
