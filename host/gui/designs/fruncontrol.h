@@ -3,6 +3,10 @@
 #define FRUNCONTROL_H
 #include "frunqueue.h"
 
+#include <QTimer>
+#include <map>
+#include <set>
+
 /// What buttons, menus and pages do about runs, and what they show of them. Drives
 /// FRunQueue::background() in the event loop; nothing here waits.
 class FRunControl : public QObject
@@ -30,6 +34,8 @@ public:
     QString status() const;
     /// 0 to 1 of the study under way.
     double progress() const;
+    /// The last run of this session; null if there was none.
+    const FRunRecord *lastRun(const std::string &computation, const std::string &design) const;
     /// How many programs run at once; kept in the settings, at least 1.
     int jobs() const;
     void setJobs(int jobs);
@@ -40,5 +46,14 @@ Q_SIGNALS:
 
 private:
     FRunControl();
+    void ended(const FRunRecord &record);
+    void changedSoon();
+
+    std::map<std::pair<std::string, std::string>, FRunRecord> mLast;
+    std::set<std::string> mDesigns, mFailed; // of the study under way, or of the last one
+    double mSeconds = 0;                     // of the runs of the study that ended
+    int mRuns = 0;                           // that ended
+    QTimer mClock;
+    bool mChanging = false;
 };
 #endif

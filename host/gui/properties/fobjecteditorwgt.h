@@ -1,9 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #ifndef FOBJECTEDITORWGT_H
 #define FOBJECTEDITORWGT_H
-#include "fbasictype.h"
+#include "fproperty.h"
 
 #include <QScrollArea>
+
+class FPropertyEditor;
+class QLabel;
+class QLineEdit;
+class QVBoxLayout;
 
 /// The object editor: the attributes of one or more objects, made from the registry.
 ///
@@ -16,15 +21,31 @@ public:
     ~FObjectEditorWgt() override;
     /// The editor of the window; one that nobody sees if there is none.
     static FObjectEditorWgt *instance();
-    /// Makes the editors of attributes anew, of this one or of all; what is being typed stays.
+    /// Makes the editors of attributes anew where they differ, of this one or of all; what is being
+    /// typed stays.
     void reinitialize();
     static void reinitializeAll();
 
     /// Shows these objects from now on; without a call the selection.
     void setObjects(const std::vector<FExpr<FObject, true>> &objects);
-    const std::vector<FExpr<FObject, true>> &objects() const { return mObjects; }
+    const FProperty::Objects &objects() const { return mObjects; }
+    const std::vector<FPropertyEditor *> &editors() const { return mEditors; }
+
+protected:
+    void showEvent(QShowEvent *event) override;
 
 private:
-    std::vector<FExpr<FObject, true>> mObjects;
+    void followSelection();
+    void followSoon();
+    void makeHead();
+    void showHead();
+    void clearBody();
+    FProperty::Objects mObjects;
+    bool mFollows = true, mIsOld = true, mPending = false;
+    QWidget *mContent;
+    QLineEdit *mName;
+    QLabel *mTitle, *mAbout, *mEmpty;
+    QWidget *mBody = nullptr;
+    std::vector<FPropertyEditor *> mEditors;
 };
 #endif

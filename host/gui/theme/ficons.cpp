@@ -19,13 +19,13 @@ QByteArray drawingOf(const QString &key)
                                                                                  : QByteArray();
 }
 
-QByteArray tinted(QByteArray drawing, const QByteArray &color)
+QByteArray withColors(QByteArray drawing, const char *role)
 {
-    drawing.replace("currentColor", color);
+    drawing.replace("currentColor", FTheme::color(role).name().toLatin1());
     for (int at = drawing.indexOf("\"@"); at >= 0; at = drawing.indexOf("\"@", at)) {
         const int end = drawing.indexOf('"', at + 1);
-        const QByteArray role = drawing.mid(at + 2, end - at - 2);
-        drawing.replace(at + 1, end - at - 1, FTheme::color(role.constData()).name().toLatin1());
+        const QByteArray own = drawing.mid(at + 2, end - at - 2);
+        drawing.replace(at + 1, end - at - 1, FTheme::color(own.constData()).name().toLatin1());
     }
     return drawing;
 }
@@ -75,6 +75,11 @@ private:
 
 QIcon FIcons::icon(const QString &key) { return exists(key) ? QIcon(new Engine(key)) : QIcon(); }
 
+QByteArray FIcons::tinted(const QString &key, const char *role)
+{
+    return withColors(drawingOf(key), role);
+}
+
 bool FIcons::exists(const QString &key) { return !sizeOf(key).isEmpty(); }
 
 QPixmap FIcons::pixmap(const QString &key, const QSize &size, qreal ratio, const char *role)
@@ -92,7 +97,7 @@ QPixmap FIcons::pixmap(const QString &key, const QSize &size, qreal ratio, const
     const QByteArray drawing = drawingOf(key);
     if (drawing.isEmpty() || size.isEmpty())
         return pixmap;
-    QSvgRenderer renderer(tinted(drawing, FTheme::color(role).name().toLatin1()));
+    QSvgRenderer renderer(withColors(drawing, role));
     if (!renderer.isValid())
         return pixmap;
     pixmap = QPixmap(size * ratio);

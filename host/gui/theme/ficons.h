@@ -12,6 +12,8 @@ namespace FIcons {
 /// The icon of a key such as ":/add"; null if there is no such drawing.
 QIcon icon(const QString &key);
 bool exists(const QString &key);
+/// The drawing with the colours of the theme; "currentColor" is \p role. Empty for an unknown key.
+QByteArray tinted(const QString &key, const char *role);
 /// A drawing as large as \p size, in pixels of the layout, for a screen of \p ratio; "currentColor"
 /// is \p role. The drawing keeps its proportions and is centred. Null for an unknown key.
 QPixmap pixmap(const QString &key, const QSize &size, qreal ratio, const char *role = "text");

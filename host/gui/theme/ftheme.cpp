@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ftheme.h"
 
+#include "ficons.h"
+
 #include <QApplication>
 #include <QFile>
 #include <QFontDatabase>
-#include <QMap>
+#include <QRegularExpression>
 #include <QStyle>
 #include <QStyleFactory>
 
@@ -122,9 +124,26 @@ QPalette FTheme::palette() const
     return palette;
 }
 
+/// Style sheets take pictures from files only: writes each "@icon:key:role" of \p sheet, tinted,
+/// below \p folder and names that file in its place.
+static void placeIcons(QString *sheet, const QString &folder)
+{
+    static const QRegularExpression word(QStringLiteral("@icon:(\\w+):([\\w-]+)"));
+    for (QRegularExpressionMatch match; (match = word.match(*sheet)).hasMatch();) {
+        const QByteArray role = match.captured(2).toLatin1();
+        const QString path = QStringLiteral("%1/%2_%3.svg")
+                                 .arg(folder, match.captured(1), FTheme::color(role).name().mid(1));
+        QFile file(path);
+        if (!file.exists() && file.open(QIODevice::WriteOnly))
+            file.write(FIcons::tinted(":/" + match.captured(1), role));
+        sheet->replace(match.capturedStart(), match.capturedLength(), path);
+    }
+}
+
 QString FTheme::styleSheet() const
 {
     QString sheet = textOf(QStringLiteral(":/theme/style.qss"));
+    placeIcons(&sheet, mIcons.path());
     QStringList names = mRoles.keys();
     // Longer names first: "warning" begins "warning-ground".
     std::sort(names.begin(), names.end(),

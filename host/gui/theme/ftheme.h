@@ -2,8 +2,10 @@
 #ifndef FTHEME_H
 #define FTHEME_H
 #include <QColor>
+#include <QMap>
 #include <QObject>
 #include <QPalette>
+#include <QTemporaryDir>
 
 /// Colours by role, light and dark, and the looks of the program made of them.
 ///
@@ -50,5 +52,6 @@ private:
     QMap<QString, Pair> mRoles;
     Choice mChoice = Choice::System;
     bool mDark = false;
+    QTemporaryDir mIcons; // of the style sheet
 };
 #endif

@@ -36,6 +36,14 @@ QAction *FActions::add(const FActionInfo &info)
     return action;
 }
 
+void FActions::clear()
+{
+    for (const auto &one : mActions)
+        delete one.second;
+    mActions.clear();
+    mInfos.clear();
+}
+
 QAction *FActions::action(const QString &id) const
 {
     const auto found = mActions.find(id);

@@ -38,6 +38,8 @@ public:
     /// Null for an unknown id.
     QAction *action(const QString &id) const;
     const std::vector<FActionInfo> &all() const { return mInfos; }
+    /// The window goes, and all actions with it.
+    void clear();
     /// Asks every action again whether it can be used; called once a turn after changes.
     void refresh();
     /// The same, in the next turn of the event loop.
