@@ -36,6 +36,8 @@ protected:
                         const QColor &second, const QColor &third, const QColor &fourth) const;
     std::shared_ptr<FEntry> entry() const;
 
+    mutable bool mIsNew = false; // the item made its entry
+
 private:
     mutable std::string mGivenName; // that the item gave the entry last
 };

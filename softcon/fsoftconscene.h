@@ -46,6 +46,8 @@ public:
     /// SoftConNoArea outside the four quadrants.
     SoftConArea getArea(const QPointF &point) const;
     void addItem(FSoftwareConnectorItem *item);
+    /// The item ends.
+    void forget(FSoftwareConnectorItem *item) { mItems.erase(item); }
     /// Makes the item of an object; for the prototype of a class a new object too. Null, and a
     /// message, if there is no item for it.
     FSoftwareConnectorItem *createItem(QGraphicsItem *parent, const FExpr<FObject> &object,

@@ -19,7 +19,11 @@ public:
     bool getIconContent(QString &content) const override;
     void updateIcon() const override;
     void updateItem() const override;
-    void outdateItem() const override { mIconNeedsRedraw = true; }
+    void outdateItem() const override
+    {
+        if (!mIsPainting)
+            mIconNeedsRedraw = true;
+    }
     void prepareToBeDestroyed() override;
     void setIconNeedsRedraw() { mIconNeedsRedraw = true; }
     /// Adds the file to the definition of the computation, and then the tab.
@@ -29,7 +33,7 @@ protected:
     std::shared_ptr<FGenIntFile> file() const;
 
 private:
-    mutable bool mIconNeedsRedraw = true;
+    mutable bool mIconNeedsRedraw = true, mIsPainting = false;
 };
 
 /// An input template.

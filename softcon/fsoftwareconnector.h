@@ -70,6 +70,7 @@ public:
     void initScene() override;
     void visitState(FStateVisitor &state) override;
     void stateRestored() override;
+    /// False while its computation is not in the project.
     bool isSaved() const override;
 
     std::vector<QPointer<FGenIntResultsFileEditor>> getResultsFileEditors() const;
