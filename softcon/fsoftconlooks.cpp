@@ -19,7 +19,7 @@
 #include "fselectionset.h"
 #include "fsoftconworkbench.h"
 #include "fsoftwareconnector.h"
-#include "ftemplatetabs.h"
+#include "ftemplatetab.h"
 
 #include <QCoreApplication>
 

@@ -2,11 +2,12 @@
 #include "fsoftconworkbench.h"
 
 #include "fchangeset.h"
+#include "fgenintcommandfileeditor.h"
+#include "fgenintresultsfileeditor.h"
 #include "fhistory.h"
 #include "fobjectmanager.h"
 #include "fsoftconscene.h"
 #include "fsoftwareconnector.h"
-#include "ftemplatetabs.h"
 
 namespace {
 template <class Do>

@@ -5,7 +5,9 @@
 #include "fdialog.h"
 #include "fentry.h"
 #include "fgenintcommandfile.h"
+#include "fgenintcommandfileeditor.h"
 #include "fgenintresultsfile.h"
+#include "fgenintresultsfileeditor.h"
 #include "fhistory.h"
 #include "ficons.h"
 #include "fini.h"
@@ -15,7 +17,6 @@
 #include "fsoftconscene.h"
 #include "fsoftcontabbar.h"
 #include "fsoftconview.h"
-#include "ftemplatetabs.h"
 #include "fviewctrl.h"
 
 #include <QScrollArea>

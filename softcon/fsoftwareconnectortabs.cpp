@@ -2,7 +2,9 @@
 // The tabs of a connector, what is added by calls, and its commands.
 #include "fcmdbinder.h"
 #include "fgenintcommandfile.h"
+#include "fgenintcommandfileeditor.h"
 #include "fgenintresultsfile.h"
+#include "fgenintresultsfileeditor.h"
 #include "fhistory.h"
 #include "fmarloctrl.h"
 #include "fselectionset.h"
@@ -11,7 +13,6 @@
 #include "fsoftcontemplateitems.h"
 #include "fsoftconview.h"
 #include "fsoftwareconnector.h"
-#include "ftemplatetabs.h"
 
 namespace {
 /// The file that a tab shows; null for the overview.

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef FTEMPLATETABS_H
-#define FTEMPLATETABS_H
-#include "fexterncomputation.h"
-#include "fgenintcommandfile.h"
-#include "fgenintresultsfile.h"
+#ifndef FTEMPLATETAB_H
+#define FTEMPLATETAB_H
+#include "fgenintfile.h"
 
 #include <QTimer>
 #include <QWidget>
@@ -44,23 +42,5 @@ private:
     QTimer mRest;
     QString mShown; // the model's text, as it was loaded or committed last
     bool mIsLoaded = false;
-};
-
-class FGenIntCommandFileEditor : public FTemplateTab
-{
-    Q_OBJECT
-public:
-    FGenIntCommandFileEditor(QWidget *parent, const FExpr<FGenIntCommandFile> &file,
-                             const FExpr<FExternComputation> &computation);
-    void setCommandFile(const FExpr<FGenIntCommandFile> &file) { setFile(file.getPtr()); }
-};
-
-class FGenIntResultsFileEditor : public FTemplateTab
-{
-    Q_OBJECT
-public:
-    FGenIntResultsFileEditor(QWidget *parent, const FExpr<FGenIntResultsFile> &file,
-                             const FExpr<FExternComputation> &computation);
-    void setResultsFile(const FExpr<FGenIntResultsFile> &file) { setFile(file.getPtr()); }
 };
 #endif

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "ftemplatetabs.h"
+#include "ftemplatetab.h"
 
 #include "feditor.h"
 #include "fhistory.h"
@@ -205,18 +205,4 @@ void FTemplateTab::showPlace(int line, int column, int length)
     mEditor->setExtraSelections(length > 0 ? QList<QTextEdit::ExtraSelection>{mark}
                                            : QList<QTextEdit::ExtraSelection>());
     mEditor->setFocus();
-}
-
-FGenIntCommandFileEditor::FGenIntCommandFileEditor(QWidget *parent,
-                                                   const FExpr<FGenIntCommandFile> &file,
-                                                   const FExpr<FExternComputation> &)
-    : FTemplateTab(parent, file.getPtr())
-{
-}
-
-FGenIntResultsFileEditor::FGenIntResultsFileEditor(QWidget *parent,
-                                                   const FExpr<FGenIntResultsFile> &file,
-                                                   const FExpr<FExternComputation> &)
-    : FTemplateTab(parent, file.getPtr())
-{
 }
