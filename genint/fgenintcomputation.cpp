@@ -59,6 +59,8 @@ void FGenIntComputation::constructFObject()
 
 void FGenIntComputation::destructFObject()
 {
+    if (mSignalRapper)
+        Q_EMIT mSignalRapper->genIntCompDestroyed(); // what goes with it is part of the step
     if (const auto configuration = getConfiguration().getPtr()) {
         const auto definition = configuration->getDefinition().ptr<FDefinitionGenInt>();
         FManaged::destroy(configuration, true);
@@ -74,10 +76,7 @@ void FGenIntComputation::destructFObject()
 
 void FGenIntComputation::retire()
 {
-    if (mSignalRapper) {
-        Q_EMIT mSignalRapper->genIntCompDestroyed();
-        mSignalRapper.reset();
-    }
+    mSignalRapper.reset();
     FExternComputation::retire();
 }
 

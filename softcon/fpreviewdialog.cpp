@@ -17,6 +17,7 @@
 #include <QScrollBar>
 #include <QSplitter>
 #include <QTextBlock>
+#include <QTimer>
 #include <QVBoxLayout>
 
 namespace {
@@ -42,6 +43,8 @@ FEditor *readOnlyText(const QString &name, const QString &accessible)
     editor->setTabChangesFocus(true);
     return editor;
 }
+
+constexpr int kLinesAbove = 5; // what was changed first
 
 /// The columns of a line that differ from those of another one.
 std::pair<int, int> difference(const QString &line, const QString &other)
@@ -99,7 +102,8 @@ FPreviewDialog::FPreviewDialog(const std::shared_ptr<FGenIntComputation> &comput
     splitter->setSizes({160, 460, 460});
     splitter->setStretchFactor(1, 1);
     splitter->setStretchFactor(2, 1);
-    splitter->setHandleWidth(FTheme::space(2));
+    splitter->setHandleWidth(1);
+    splitter->setChildrenCollapsible(false);
     layout->addWidget(splitter, 1);
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
@@ -190,12 +194,22 @@ void FPreviewDialog::showFile()
 {
     const QString name = mFiles->currentItem() ? mFiles->currentItem()->text() : QString();
     const auto texts = mTexts.find(name);
-    const int place = name == mShown ? mTemplate->verticalScrollBar()->value() : 0;
+    const bool isNew = name != mShown;
+    const int place = mTemplate->verticalScrollBar()->value();
     mShown = name;
     mTemplate->setPlainText(texts == mTexts.end() ? QString() : texts->second.first);
     mWritten->setPlainText(texts == mTexts.end() ? QString() : texts->second.second);
     mTemplate->verticalScrollBar()->setValue(place);
     mark();
+    if (isNew) // once the text has its place on the screen
+        QTimer::singleShot(0, this, &FPreviewDialog::showFirstChange);
+}
+
+void FPreviewDialog::showFirstChange()
+{
+    const auto marks = mTemplate->extraSelections();
+    const int line = marks.isEmpty() ? 0 : marks.front().cursor.blockNumber();
+    mTemplate->verticalScrollBar()->setValue(qMax(0, line - kLinesAbove));
 }
 
 /// Lines are paired from the start, and from the end behind the first pair of unequal count.

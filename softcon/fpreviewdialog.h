@@ -27,6 +27,7 @@ private:
     void listDesigns();
     void showFile();
     void mark();
+    void showFirstChange();
 
     std::weak_ptr<FGenIntComputation> mComputation;
     std::map<QString, std::pair<QString, QString>> mTexts; // template and written, by file

@@ -35,6 +35,7 @@ namespace {
 const char *const kSource = "FSoftConScene";
 const char *const kFailed = "Error, failed to add item to software connector.";
 constexpr int kPathLength = 30; // of a label, in characters
+constexpr int kTextMargin = 6;  // of the short text on a page, in pixels
 
 QString textOf(const FExprBase &handle)
 {
@@ -245,6 +246,14 @@ void FSoftConEntryItem::updateIconText(const QString &imagePath, const QString &
         if (sizes.mIsOutline) {
             QPainterPath measured;
             measured.addText(0, 0, font, shown);
+            // Where the font is a wide one the page is still the limit.
+            const double room = size.width() - 2.0 * kTextMargin;
+            const double width = measured.controlPointRect().width();
+            if (width > room) {
+                font.setPointSizeF(font.pointSizeF() * room / width);
+                measured = QPainterPath();
+                measured.addText(0, 0, font, shown);
+            }
             QPainterPath outline;
             outline.addText((size.width() - measured.controlPointRect().width()) * 0.5,
                             0.5 * size.height(), font, shown);
@@ -272,6 +281,7 @@ FSoftConExportItem::FSoftConExportItem(FSoftConScene *scene, QGraphicsItem *pare
                                        const FExpr<FObject> &object)
     : FSoftConEntryItem(scene, parent, object, SoftConExport, QStringLiteral(":/softConExport"))
 {
+    setAcceptDrops(true);
 }
 
 namespace {
@@ -408,7 +418,7 @@ void FSoftConFileNameItem::updateIcon() const
     updateIconText((mIsRef ? ":/softConFileNameRef_" : ":/softConFileName_") +
                        layout()->getIconSizeStr(),
                    name, FTheme::color("icon-pen"), FTheme::color("file-text"),
-                   FTheme::color("file-from"), FTheme::color("file-text"));
+                   FTheme::color("file-text"), FTheme::color("file-from"));
     FSoftConObjectItem::updateIcon();
     const auto limit =
         FIni().getSetting("Software Connector/Input File Path Length").ptr<FInteger>();

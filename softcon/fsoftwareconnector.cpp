@@ -389,10 +389,26 @@ void FSoftwareConnector::destructFObject()
     FSoftConBase::destructFObject();
 }
 
+/// The scene refers back to its connector.
+void FSoftwareConnector::dropScene()
+{
+    if (FSoftConScene *old = scene()) {
+        old->setParent(nullptr); // it may be the last to hold the connector
+        old->deleteLater();
+    }
+    mOverviewView = nullptr;
+}
+
 void FSoftwareConnector::retire()
 {
-    mOverviewView = nullptr;
+    dropScene();
     FSoftConBase::retire();
+}
+
+void FSoftwareConnector::projectClosed()
+{
+    dropScene();
+    FSoftConBase::projectClosed();
 }
 
 void FSoftwareConnector::disableGui(bool disable)

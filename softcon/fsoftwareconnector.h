@@ -37,6 +37,7 @@ public:
     void constructFObject() override;
     void destructFObject() override;
     void retire() override;
+    void projectClosed() override;
 
     /// Takes a computation that no connector holds yet; with \p force that isn't asked.
     void setComputation(const FExpr<FExternComputation> &computation, bool force);
@@ -101,6 +102,7 @@ private:
     static std::shared_ptr<FSoftwareConnector> createForScript(const std::string &name);
     void setComputationCommand(const FExpr<FExternComputation> &computation);
     FExpr<FExternComputation> computationForScript() const { return mComputation; }
+    void dropScene();
     int tabOf(const FObject *file) const;
     void connectScene(FSoftConScene *scene);
     std::shared_ptr<FGenIntComputation> genIntComputation() const;

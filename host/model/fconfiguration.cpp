@@ -139,9 +139,14 @@ void FConfiguration::insertEntry(const std::shared_ptr<FEntry> &entry,
 bool FConfiguration::removeEntry(const FExprBase &entry)
 {
     const auto at = std::find(mRoots.begin(), mRoots.end(), entry);
-    if (at == mRoots.end())
+    const bool isRoot = at != mRoots.end();
+    if (isRoot)
+        mRoots.erase(at);
+    else if (std::none_of(mRoots.begin(), mRoots.end(), [&entry](const auto &root) {
+                 const auto group = root.getPtr();
+                 return group && group->removeFromSubtree(entry);
+             }))
         return false;
-    mRoots.erase(at);
     mIndexValid = false;
     setOutOfDate(0);
     FHistory::instance()->addStep(shared_from_this());

@@ -36,7 +36,7 @@ int FIO::information(QWidget *parent, const std::string &title, const std::strin
 
 int FIO::ask(QWidget *parent, const Request &request)
 {
-    if (mBackend)
+    if (mBackend && mAnswers.empty())
         return mBackend(parent, request);
     int answer = request.defaultButton;
     if (!mAnswers.empty()) {

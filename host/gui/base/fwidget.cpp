@@ -64,12 +64,23 @@ void FWidget::setIcon(const QIcon &icon)
 
 void FWidget::destructFObject() { FManaged::destructFObject(); }
 
+void FWidget::dropPage()
+{
+    if (!mWidget)
+        return;
+    FWorkspace::instance()->removeDocument(this);
+    mWidget->deleteLater(); // an event of it may be under way
+    mWidget = nullptr;
+}
+
 void FWidget::retire()
 {
-    if (mWidget) {
-        FWorkspace::instance()->removeDocument(this);
-        mWidget->deleteLater();
-        mWidget = nullptr;
-    }
+    dropPage();
     FManaged::retire();
+}
+
+void FWidget::projectClosed()
+{
+    dropPage(); // which may refer back to the object
+    FManaged::projectClosed();
 }

@@ -35,6 +35,7 @@ public:
     void destructFObject() override;
     /// Undone or destroyed: the page goes; constructFObject makes it anew.
     void retire() override;
+    void projectClosed() override;
     bool needsUpdateInGuiThread() const override { return true; }
     static void initCmds() {}
 
@@ -43,6 +44,7 @@ protected:
     QWidget *parentWidget() const { return mParent; }
 
 private:
+    void dropPage();
     QPointer<QWidget> mWidget, mParent;
     QString mTitle;
     QIcon mIcon;

@@ -238,8 +238,10 @@ void FMainWindow::showPages()
     mPages->setCurrentWidget(open ? static_cast<QWidget *>(mDocuments) : mWelcome);
     for (QDockWidget *panel : qAsConst(mPanels))
         panel->widget()->setEnabled(open || panel == mPanels[QStringLiteral("messages")]);
-    if (mDesign)
-        mDesign->setVisible(open);
+    for (QWidget *widget : {static_cast<QWidget *>(mDesign), static_cast<QWidget *>(mDesignLabel)})
+        if (widget)
+            widget->setVisible(open);
+    mModel->setVisible(open); // the baseline alone is no model
     if (!open) {
         mWelcome->refresh();
         for (int i = mDocuments->count() - 1; i >= 0; --i)
@@ -358,7 +360,7 @@ void FMainWindow::makeStatusBar()
     mStop->setDefaultAction(FActions::instance()->action(QStringLiteral("runStop")));
     mStop->setToolButtonStyle(Qt::ToolButtonTextOnly);
     mStop->setAutoRaise(true);
-    auto *label = new QLabel(tr("&Design:"), this);
+    auto *label = mDesignLabel = new QLabel(tr("&Design:"), this);
     mDesign = new QComboBox(this);
     mDesign->setObjectName(QStringLiteral("chosenDesign"));
     mDesign->setAccessibleName(tr("Design that is shown"));

@@ -102,5 +102,6 @@ private:
     QProgressBar *mProgress = nullptr;
     QToolButton *mStop = nullptr;
     QComboBox *mDesign = nullptr;
+    QLabel *mDesignLabel = nullptr;
 };
 #endif

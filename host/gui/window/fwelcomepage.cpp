@@ -111,12 +111,10 @@ FWelcomePage::FWelcomePage(QWidget *parent)
 
     auto *first = new QHBoxLayout;
     first->setSpacing(FTheme::space(2));
-    auto *fresh =
-        new QPushButton(FIcons::icon(QStringLiteral(":/fileNew")), tr("&New project"), column);
+    auto *fresh = new QPushButton(tr("&New project"), column);
     fresh->setObjectName(QStringLiteral("welcomeNew"));
     fresh->setDefault(true);
-    auto *open =
-        new QPushButton(FIcons::icon(QStringLiteral(":/fileOpen")), tr("&Open\u2026"), column);
+    auto *open = new QPushButton(tr("&Open\u2026"), column);
     open->setObjectName(QStringLiteral("welcomeOpen"));
     first->addWidget(fresh);
     first->addWidget(open);
