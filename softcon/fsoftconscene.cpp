@@ -113,7 +113,7 @@ void FSoftConScene::init()
     }
     mSplitLine = frame("verticalSplitLine");
 
-    const auto button = [this](const char *name, const char *icon, const QString &tip,
+    const auto button = [](const char *name, const char *icon, const QString &tip,
                                const QString &accessible) {
         auto *widget = new FToolButton(nullptr);
         widget->setObjectName(QLatin1String(name));

@@ -97,6 +97,7 @@ public Q_SLOTS:
     void disableGui(bool flag, int dbId) override;
 
 private:
+    using FSoftConBase::init;
     void init();
     void init(const std::shared_ptr<FSoftwareConnector> &source);
     static std::shared_ptr<FSoftwareConnector> createForScript(const std::string &name);

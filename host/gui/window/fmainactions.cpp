@@ -80,7 +80,7 @@ void FMainWindow::makeActions()
     FActions *table = FActions::instance();
     FProjectControl *project = FProjectControl::instance();
     FRunControl *runs = FRunControl::instance();
-    const auto add = [table](const char *id, const char *menu, double place, const QString &text,
+    const auto add = [](const char *id, const char *menu, double place, const QString &text,
                              const char *icon, const QKeySequence &shortcut, const QString &tip,
                              std::function<void()> run,
                              std::function<QString()> whyNot = nullptr) -> FActionInfo {
