@@ -366,16 +366,15 @@ void FSoftConExportItem::dropEvent(QGraphicsSceneDragDropEvent *event)
 
 bool FSoftConExportItem::sceneEventFilter(QGraphicsItem *watched, QEvent *event)
 {
-    auto *drag = static_cast<QGraphicsSceneDragDropEvent *>(event);
     switch (event->type()) {
     case QEvent::GraphicsSceneDragEnter:
-        dragEnterEvent(drag);
+        dragEnterEvent(static_cast<QGraphicsSceneDragDropEvent *>(event));
         return true;
     case QEvent::GraphicsSceneDragMove:
-        dragMoveEvent(drag);
+        dragMoveEvent(static_cast<QGraphicsSceneDragDropEvent *>(event));
         return true;
     case QEvent::GraphicsSceneDrop:
-        dropEvent(drag);
+        dropEvent(static_cast<QGraphicsSceneDragDropEvent *>(event));
         return true;
     default:
         return FSoftConEntryItem::sceneEventFilter(watched, event);
