@@ -6,6 +6,7 @@
 #include "fcounted.h"
 #include "fdefinitiongenint.h"
 #include "fdispatcher.h"
+#include "fgenintcheck.h"
 #include "fgenintcommandfile.h"
 #include "fgenintcomputation.h"
 #include "fgenintresultsfile.h"
@@ -126,10 +127,26 @@ std::shared_ptr<FGenIntComputation> meant()
     const auto all = getManageds<FGenIntComputation>();
     return all.empty() ? nullptr : all.front().getPtr();
 }
+
+std::vector<FProblem> problems()
+{
+    std::vector<FProblem> found;
+    for (const FGenIntFinding &finding : FGenIntCheck::run()) {
+        std::string message = finding.message;
+        if (!finding.found.empty())
+            message.append(", found ").append(finding.found);
+        if (!finding.expected.empty())
+            message.append(", expected ").append(finding.expected);
+        found.push_back({finding.severity == FGenIntFinding::Error, Q(finding.object),
+                         Q(finding.file), Q(message), finding.line, finding.column});
+    }
+    return found;
+}
 } // namespace
 
 void FSoftConLooks::add()
 {
+    FProblemsPanel::setCheck(&problems);
     FClassLook connector;
     connector.icon = QStringLiteral(":/connector");
     connector.noun = tr("Connector");

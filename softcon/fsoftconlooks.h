@@ -7,7 +7,7 @@ class FObject;
 
 /// How the objects of an integration look in the window, and what the window can do with them.
 namespace FSoftConLooks {
-/// The looks of the classes.
+/// The looks of the classes, and what checks them.
 void add();
 /// Opens the tab of a template file in the workbench of its computation.
 void openFile(const FGenIntComputation &computation, const FObject &file);

@@ -2,9 +2,7 @@
 #include "desktop.h"
 
 #include "fcmdmanager.h"
-#include "fgenintcheck.h"
 #include "fmainwindow.h"
-#include "fproblemspanel.h"
 #include "fprojectcontrol.h"
 #include "fsettingsdialog.h"
 #include "fsoftconlooks.h"
@@ -16,23 +14,6 @@
 #include <QTimer>
 #include <iostream>
 
-namespace {
-std::vector<FProblem> problems()
-{
-    std::vector<FProblem> found;
-    for (const FGenIntFinding &finding : FGenIntCheck::run()) {
-        std::string message = finding.message;
-        if (!finding.found.empty())
-            message.append(", found ").append(finding.found);
-        if (!finding.expected.empty())
-            message.append(", expected ").append(finding.expected);
-        found.push_back({finding.severity == FGenIntFinding::Error, Q(finding.object),
-                         Q(finding.file), Q(message), finding.line, finding.column});
-    }
-    return found;
-}
-} // namespace
-
 int FDesktop::run(const FDesktopOptions &options)
 {
     FTheme::Choice choice;
@@ -41,7 +22,6 @@ int FDesktop::run(const FDesktopOptions &options)
     else
         FSettingsDialog::applyTheme();
     FSoftConLooks::add();
-    FProblemsPanel::setCheck(&problems);
     FMainWindow window;
     FSoftConLooks::addTo(&window);
     window.show();

@@ -283,9 +283,11 @@ void FDesignsPage::paste()
     } else {
         columns.clear();
         const QHeaderView *header = mTable->horizontalHeader();
+        bool isNumber = false;
+        first.front().trimmed().toDouble(&isNumber);
         int visual = mTable->currentIndex().isValid()
                          ? header->visualIndex(mTable->currentIndex().column())
-                         : 1;
+                         : int(isNumber); // rows that begin with a name bring it
         for (int i = 0; i < first.size() && visual < mShown->columnCount(); ++i, ++visual)
             columns << header->logicalIndex(visual);
     }
@@ -305,7 +307,7 @@ void FDesignsPage::paste()
         } else {
             std::string name;
             const int nameCell = columns.indexOf(0);
-            if (hasHeader && nameCell >= 0 && nameCell < cells.size())
+            if (nameCell >= 0 && nameCell < cells.size())
                 name = S(cells[nameCell].trimmed());
             while (name.empty() || given.count(name) || FObjectManager::instance()->find(name)) {
                 if (!name.empty() && name[0] != 'd' && !given.count(name)) {

@@ -1,0 +1,241 @@
+// SPDX-License-Identifier: Apache-2.0
+// Whole journeys of a user with a real solver: from the welcome page to results and back.
+#include "fchanges.h"
+#include "fdesignsmodel.h"
+#include "fdesignspage.h"
+#include "feditor.h"
+#include "foutputpanel.h"
+#include "fpreviewdialog.h"
+#include "fproblemspanel.h"
+#include "fresultfilepage.h"
+#include "fruncontrol.h"
+#include "workbench.h"
+
+class TestJourneys : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void beamByMouse();
+    void thirtyDesignsFromASpreadsheet();
+    void mistakesAreSeenBeforeTheRun();
+    void stepsOfTheUserAsScript();
+
+private:
+    QString copyOf(const char *example)
+    {
+        const QString to = QStringLiteral("%1/%2%3").arg(mFolder.path(), example).arg(mCopies++);
+        QDir().mkpath(to);
+        const QString name = QStringLiteral("%1.tbk").arg(example);
+        QFile::copy(QStringLiteral(F_SOURCE_DIR "/examples/%1/%2").arg(example, name),
+                    to + '/' + name);
+        return to + '/' + name;
+    }
+    static bool waitForRuns()
+    {
+        return QTest::qWaitFor([] { return FRunControl::instance()->isIdle(); }, 120000);
+    }
+    static int column(const QAbstractItemModel *model, const QString &title)
+    {
+        for (int i = 0; i < model->columnCount(); ++i)
+            if (model->headerData(i, Qt::Horizontal).toString() == title)
+                return i;
+        return -1;
+    }
+    static QString cell(const QAbstractItemModel *model, int row, const QString &title)
+    {
+        return model->index(row, column(model, title)).data().toString();
+    }
+    QTemporaryDir mFolder;
+    int mCopies = 0;
+};
+
+void TestJourneys::initTestCase()
+{
+    Workbench::once(mFolder.path());
+    FRunControl::instance()->setJobs(2);
+}
+
+/// Open, run all, see the results, stand in the right line of a result file.
+void TestJourneys::beamByMouse()
+{
+    Workbench bench(copyOf("beam"));
+    const auto *card = bench.items<FSoftConComputationItem>().front();
+    QCOMPARE(card->state().kind, FSoftConComputationItem::State::None);
+    Workbench::act("runAll");
+    QCOMPARE(card->state().kind, FSoftConComputationItem::State::Running);
+    QVERIFY(waitForRuns());
+    QTest::qWait(200);
+    QCOMPARE(card->state().kind, FSoftConComputationItem::State::Finished);
+    Workbench::act("viewDesigns");
+    QTableView *table = bench.window()->designs()->table();
+    const QAbstractItemModel *shown = table->model();
+    QCOMPARE(shown->rowCount(), 4);
+    QFile file(QStringLiteral(F_SOURCE_DIR "/examples/beam/expected.txt"));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    int compared = 0;
+    for (const QByteArray &line : file.readAll().split('\n')) {
+        const QList<QByteArray> words = line.split(' ');
+        if (words.size() != 4 || words[1].startsWith("hand"))
+            continue;
+        for (int row = 0; row < shown->rowCount(); ++row)
+            if (cell(shown, row, QStringLiteral("Design")) == words[0]) {
+                const double value = cell(shown, row, words[1]).toDouble();
+                QVERIFY(qAbs(value / words[2].toDouble() - 1) < words[3].toDouble());
+                ++compared;
+            }
+    }
+    QCOMPARE(compared, 12);
+    const QModelIndex deflection = shown->index(1, column(shown, QStringLiteral("deflection")));
+    QTest::mouseDClick(table->viewport(), Qt::LeftButton, {},
+                       table->visualRect(deflection).center());
+    Q_EMIT table->doubleClicked(deflection);
+    Workbench::turn();
+    auto *page = qobject_cast<FResultFilePage *>(bench.window()->documents()->currentWidget());
+    QVERIFY(page);
+    QVERIFY(page->path().endsWith("/slim/beam/beam.dat"));
+    const auto marks = page->editor()->extraSelections();
+    QVERIFY(!marks.isEmpty());
+    const QString read = marks.back().cursor.selectedText();
+    QVERIFY2(qAbs(read.toDouble() - deflection.data().toDouble()) < 1e-7, qPrintable(read));
+
+    // A change of a variable makes results stale, and undo makes them good again.
+    FDispatcher::script("height.setValue(0.021);");
+    Workbench::turn();
+    QCOMPARE(card->state().kind, FSoftConComputationItem::State::Stale);
+    Workbench::act("editUndo");
+    // The preview shows what would be written for another design.
+    Workbench::act("runPreview");
+    auto *preview = bench.window()->findChild<QDialog *>("previewDialog");
+    QVERIFY(preview);
+    auto *design = preview->findChild<QComboBox *>("previewDesign");
+    design->setCurrentText("slim");
+    Q_EMIT design->activated(design->currentIndex());
+    Workbench::turn();
+    const auto *written = preview->findChild<FEditor *>("previewWritten");
+    QVERIFY(written->toPlainText().contains("0.03") && !written->extraSelections().isEmpty());
+    preview->close();
+}
+
+/// Thirty rows pasted, run on two cores, stopped, run on; one fails and its reason is read.
+void TestJourneys::thirtyDesignsFromASpreadsheet()
+{
+    Workbench bench(copyOf("beam"));
+    Workbench::act("viewDesigns");
+    QTableView *table = bench.window()->designs()->table();
+    QString rows;
+    for (int i = 0; i < 30; ++i)
+        rows += QStringLiteral("d%1\t%2\t0.01\t%3\n")
+                    .arg(i)
+                    .arg(i == 17 ? QStringLiteral("0") : QString::number(0.02 + 0.001 * i))
+                    .arg(100 + i);
+    QGuiApplication::clipboard()->setText(rows);
+    const int before = table->model()->rowCount();
+    const size_t steps = FHistory::instance()->stepCount();
+    table->clearSelection();
+    table->setCurrentIndex(QModelIndex());
+    table->setFocus();
+    QTest::keyClick(table, Qt::Key_V, Qt::ControlModifier);
+    Workbench::turn();
+
+    QCOMPARE(table->model()->rowCount(), before + 30);
+    QCOMPARE(FHistory::instance()->stepCount(), steps + 1);
+    QCOMPARE(cell(table->model(), before + 3, "height"), QStringLiteral("0.023"));
+    // What is copied is what was pasted.
+    table->selectionModel()->select(
+        QItemSelection(table->model()->index(before, 0), table->model()->index(before + 29, 3)),
+        QItemSelectionModel::ClearAndSelect);
+    QTest::keyClick(table, Qt::Key_C, Qt::ControlModifier);
+    QCOMPARE(QGuiApplication::clipboard()->text().trimmed(), rows.trimmed());
+
+    Workbench::act("runAll");
+    QVERIFY(QTest::qWaitFor([] { return FRunControl::instance()->progress() > 0.3; }, 60000));
+    Workbench::act("runStop");
+    QVERIFY(waitForRuns());
+    const auto finished = bench.window()->designs()->model()->finishedAndFailed().first;
+    QVERIFY(finished > 0 && finished < 34);
+    Workbench::act("runAll");
+    QVERIFY(waitForRuns());
+    Workbench::turn();
+    const auto counts = bench.window()->designs()->model()->finishedAndFailed();
+    QCOMPARE(counts.first, 33);
+    QCOMPARE(counts.second, 1);
+    for (int row = 0; row < table->model()->rowCount(); ++row) {
+        const QModelIndex state =
+            table->model()->index(row, column(table->model(), QStringLiteral("beam")));
+        const bool isBad =
+            cell(table->model(), row, QStringLiteral("Design")) == QLatin1String("d17");
+        QCOMPARE(state.data().toString().startsWith("finished"), !isBad);
+        if (isBad) {
+            QVERIFY(!state.data(Qt::ToolTipRole).toString().isEmpty());
+            Q_EMIT table->doubleClicked(state); // the output of that run
+            Workbench::turn();
+            const auto *text = bench.window()->output()->findChild<QPlainTextEdit *>("runOutput");
+            QVERIFY(text && text->toPlainText().contains("ERROR"));
+        }
+    }
+    // A change that doesn't touch its inputs runs nothing anew.
+    Workbench::act("runFailed");
+    QVERIFY(waitForRuns());
+}
+
+/// A typo in a tag, an anchor that isn't there, a program that isn't found.
+void TestJourneys::mistakesAreSeenBeforeTheRun()
+{
+    Workbench bench(copyOf("beam"));
+    FDispatcher::script("beam.setApplication(\"no_such_program\");");
+    for (const auto &one : bench.definition()->getFiles())
+        if (one->getFileName() == "beam.inp")
+            one->setContent(
+                QString(one->text()).replace("<entry>load</entry>", "<entry>laod</entry>"));
+        else if (one->getFileName() == "beam.dat")
+            one->setContent(QString(one->text()).replace("displacements", "desplicaments"));
+    Workbench::turn();
+    Workbench::act("runCheck");
+    const auto *table = bench.window()->problems()->findChild<QAbstractItemView *>("problems");
+    QStringList texts;
+    for (int row = 0; row < table->model()->rowCount(); ++row) {
+        QString line;
+        for (int i = 0; i < table->model()->columnCount(); ++i)
+            line += table->model()->index(row, i).data().toString() + ' ';
+        texts << line;
+    }
+    const QString all = texts.join('\n');
+    QVERIFY2(all.contains("no_such_program") && all.contains("laod") &&
+                 all.contains("displacements"),
+             qPrintable(all));
+}
+
+/// Each step of the user appears as the script line that does it, and does it again elsewhere.
+void TestJourneys::stepsOfTheUserAsScript()
+{
+    QStringList lines;
+    QString first;
+    const auto saved = [] {
+        QTemporaryDir folder;
+        QString why;
+        FProject::instance()->save(folder.path() + "/s.tbk", &why);
+        QFile file(folder.path() + "/s.tbk");
+        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : why;
+    };
+    {
+        Workbench bench;
+        const auto link = connect(FChanges::instance(), &FChanges::executed, this,
+                                  [&](const QString &line) { lines << line; });
+        Workbench::act("insertParameter");
+        Workbench::act("insertDesign");
+        FDispatcher::execute(FExprBase(FObjectManager::instance()->find("parameter1")), "setName",
+                             {FExprBase(f_make_shared<FString>("span"))});
+        disconnect(link);
+        first = saved();
+    }
+    QCOMPARE(lines.size(), 3);
+    Workbench bench;
+    for (const QString &line : lines)
+        QVERIFY2(FDispatcher::script(S(line)).error.empty(), qPrintable(line));
+    QCOMPARE(saved(), first);
+}
+
+QTEST_MAIN(TestJourneys)
+#include "tst_journeys.moc"
