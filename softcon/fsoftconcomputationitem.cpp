@@ -98,7 +98,7 @@ FSoftConComputationItem::State FSoftConComputationItem::state() const
         state.reason = Q(last->reason);
         state.text = Q(last->reason).section('\n', 0, 0);
     } else if (own->getApplication().empty()) {
-        state.text = tr("no program yet: set Application in Properties");
+        state.text = tr("no program yet");
     } else if (own->isUpToDateFor(design)) {
         state.kind = State::Finished;
         state.text = last ? tr("finished in %1 s").arg(QString::number(last->seconds, 'f', 1))
@@ -120,6 +120,8 @@ QString FSoftConComputationItem::getToolTip() const
     QStringList lines{Q(own->getName())};
     if (!own->getApplication().empty())
         lines << Q(own->getApplication() + " " + own->getArguments()).trimmed();
+    else
+        lines << tr("No program yet: give its Application in Properties.");
     const State now = state();
     lines << tr("Design %1: %2").arg(now.design, now.reason.isEmpty() ? now.text : now.reason);
     return lines.join('\n');

@@ -265,6 +265,9 @@ void FSoftConEntryItem::updateIconText(const QString &imagePath, const QString &
             painter.setOpacity(0.5);
             painter.drawPath(outline);
         } else {
+            const double width = QFontMetricsF(font).horizontalAdvance(shown);
+            if (width > size.width() - 4)
+                font.setPointSizeF(font.pointSizeF() * (size.width() - 4) / width);
             painter.setFont(font);
             painter.setPen(second);
             painter.drawText(QRect(QPoint(), size), Qt::AlignCenter | Qt::TextSingleLine, shown);

@@ -114,7 +114,7 @@ void FSoftConScene::init()
     mSplitLine = frame("verticalSplitLine");
 
     const auto button = [](const char *name, const char *icon, const QString &tip,
-                               const QString &accessible) {
+                           const QString &accessible) {
         auto *widget = new FToolButton(nullptr);
         widget->setObjectName(QLatin1String(name));
         widget->setAutoRaise(true);

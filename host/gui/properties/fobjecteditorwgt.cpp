@@ -210,7 +210,7 @@ void FObjectEditorWgt::reinitialize()
     for (const FProperty &property : properties) {
         if (property.category != category) {
             category = property.category;
-            auto *heading = new QLabel(category, mBody);
+            auto *heading = new QLabel(category.isEmpty() ? tr("General") : category, mBody);
             heading->setObjectName(QStringLiteral("sectionHeading"));
             layout->addWidget(heading);
             auto *line = new QFrame(mBody);

@@ -20,6 +20,8 @@
 #include <QVBoxLayout>
 
 namespace {
+constexpr int kLeastWidth = 180;
+
 /// Name at the left, value and state at the right.
 class Delegate : public QStyledItemDelegate
 {
@@ -134,7 +136,9 @@ FModelPanel::FModelPanel(QWidget *parent)
                               FTheme::space(2));
     above->addWidget(mFilter);
     layout->addLayout(above);
-    layout->addWidget(mView);
+    layout->addWidget(mView, 1);
+    layout->addStretch();
+    setMinimumWidth(kLeastWidth);
 
     // States of runs come and go without a change of the model.
     connect(FRunControl::instance(), &FRunControl::changed, mView->viewport(),
@@ -227,6 +231,12 @@ void FModelPanel::editName()
 {
     if (mView->currentIndex().isValid())
         mView->edit(mView->currentIndex());
+}
+
+void FModelPanel::setProjectOpen(bool open)
+{
+    mFilter->setVisible(open);
+    mView->setVisible(open);
 }
 
 void FModelPanel::focusFilter()

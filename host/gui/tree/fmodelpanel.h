@@ -22,6 +22,8 @@ public:
     /// The selected objects, in their order in the tree.
     std::vector<std::shared_ptr<FObject>> selected() const;
     void editName();
+    /// Without a project nothing is shown: the baseline alone is no model.
+    void setProjectOpen(bool open);
     void focusFilter();
 
 private:

@@ -81,9 +81,9 @@ void FMainWindow::makeActions()
     FProjectControl *project = FProjectControl::instance();
     FRunControl *runs = FRunControl::instance();
     const auto add = [](const char *id, const char *menu, double place, const QString &text,
-                             const char *icon, const QKeySequence &shortcut, const QString &tip,
-                             std::function<void()> run,
-                             std::function<QString()> whyNot = nullptr) -> FActionInfo {
+                        const char *icon, const QKeySequence &shortcut, const QString &tip,
+                        std::function<void()> run,
+                        std::function<QString()> whyNot = nullptr) -> FActionInfo {
         FActionInfo info{QLatin1String(id),
                          QLatin1String(menu),
                          place,

@@ -241,7 +241,7 @@ void FMainWindow::showPages()
     for (QWidget *widget : {static_cast<QWidget *>(mDesign), static_cast<QWidget *>(mDesignLabel)})
         if (widget)
             widget->setVisible(open);
-    mModel->setVisible(open); // the baseline alone is no model
+    mModel->setProjectOpen(open);
     if (!open) {
         mWelcome->refresh();
         for (int i = mDocuments->count() - 1; i >= 0; --i)
