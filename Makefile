@@ -24,6 +24,12 @@ test-asan: packages
 check: packages
 	@dev/check.sh
 
+.PHONY: desktop
+desktop: packages
+	@cmake --preset release >/dev/null
+	@cmake --build --preset release --target turnbuckle-desktop turnbuckle-runner turnbuckle-reader
+	@build/release/bin/turnbuckle-desktop examples/beam/beam.tbk
+
 bench: build
 	@bench/run.sh build/release
 
