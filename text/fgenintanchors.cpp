@@ -61,7 +61,7 @@ private:
         mText.examine(from, end);
         if (mIndices.empty() || !mText.isPlain())
             return;
-        if (mFilter) {
+        if (mFilter && (mFilter->takesAnyBytes() || !mText.isForeign(from, end))) {
             mWork = std::max<qint64>(end - from, 4096);
             const auto found = [this](size_t pattern, qint64 at) {
                 note(mAnchors[mIndices[pattern]], at);
@@ -71,8 +71,12 @@ private:
             mFilter.reset();
             mUseFilter = false;
         }
-        if (!mAutomaton)
-            prepare();
+        if (!mAutomaton) {
+            std::vector<std::u16string> units;
+            for (size_t i : mIndices)
+                units.push_back(mAnchors[i].folded);
+            mAutomaton = std::make_unique<FGenIntAutomaton>(units);
+        }
         const auto &hits = mText.isWide() ? mAutomaton->scan(mText.wide(), from, end)
                                           : mAutomaton->scan(mText.bytes(), from, end);
         for (size_t i = 0; i < hits.size(); ++i) {
@@ -118,14 +122,13 @@ private:
     {
         mIndices.clear();
         std::vector<std::string> bytes;
-        std::vector<std::u16string> units;
+        mAutomaton.reset();
         for (size_t i = 0; i < mAnchors.size(); ++i) {
             const std::u16string &folded = mAnchors[i].folded;
             const bool ascii =
                 std::all_of(folded.begin(), folded.end(), [](char16_t u) { return u < 0x80; });
             if ((mOpenFirst[i] || mOpenLast[i]) && (ascii || mText.isWide())) {
                 mIndices.push_back(i);
-                units.push_back(folded);
                 bytes.emplace_back(folded.begin(), folded.end());
             }
         }
@@ -133,8 +136,6 @@ private:
             if (!mSample)
                 mSample = std::make_unique<FGenIntFilter::Sample>(mText.bytes(), mFrom, mTo);
             mFilter = std::make_unique<FGenIntFilter>(bytes, *mSample);
-        } else {
-            mAutomaton = std::make_unique<FGenIntAutomaton>(units);
         }
     }
 

@@ -41,9 +41,11 @@ public:
     /// \p patterns are folded, ASCII, not empty.
     FGenIntFilter(const std::vector<std::string> &patterns, const Sample &sample);
 
+    /// True if no pattern is shorter than a window: a byte beyond ASCII is a place without a hit.
+    bool takesAnyBytes() const { return mShort.empty(); }
     /// Calls \p hit with pattern and position for all that lies wholly in the stretch, which holds
-    /// ASCII only. \p work holds how many comparisons it may take and is told how many it took;
-    /// false if it gave up at that.
+    /// ASCII only unless takesAnyBytes(). \p work holds how many comparisons it may take and is
+    /// told how many it took; false if it gave up at that.
     bool scan(const uchar *text, qint64 from, qint64 to, qint64 *work,
               const std::function<void(size_t, qint64)> &hit) const;
 

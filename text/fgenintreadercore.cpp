@@ -22,6 +22,17 @@ FGenIntReading givenUp(int rule, bool hasReader)
     return reading;
 }
 
+/// True if an anchor can't be looked for, or be left behind, in the bytes of the text.
+bool needsUnits(const FGenIntText &text, const QVector<FGenIntRule> &rules)
+{
+    const auto isForeign = [](const FGenIntRule &rule) {
+        return std::any_of(rule.anchor.begin(), rule.anchor.end(),
+                           [](char c) { return static_cast<uchar>(c) >= 0x80; });
+    };
+    return !text.isPlain() ||
+           (text.isForeign() && std::any_of(rules.begin(), rules.end(), isForeign));
+}
+
 template <class U>
 QVector<FGenIntReading> readAs(const FGenIntText &text, const QVector<FGenIntRule> &rules,
                                const FGenIntColumns &columns, int timeLimitMs, bool countLines)
@@ -40,7 +51,7 @@ QVector<FGenIntReading> readAs(const FGenIntText &text, const QVector<FGenIntRul
         if (outcome == FGenIntReadPass<U>::NeedsLongSearch) {
             // What the other process finds out about the text is lost, so nothing is left to find.
             text.examine(0, text.size());
-            if (text.isPlain()) {
+            if (text.isWide() || !needsUnits(text, rules)) {
                 const qint64 left = std::max<qint64>(0, timeLimitMs - clock.elapsed());
                 readings += FGenIntSlowRead::read(text, rules, columns, countLines, readings.size(),
                                                   static_cast<int>(left), &hasReader);
@@ -68,7 +79,7 @@ QVector<FGenIntReading> FGenIntReaderCore::read(const QVector<FGenIntRule> &rule
         return {};
     if (!mText.isWide()) {
         const auto readings = readAs<uchar>(mText, rules, columns, mTimeLimitMs, mCountLines);
-        if (mText.isPlain())
+        if (!needsUnits(mText, rules))
             return readings;
         mText.widen();
     }

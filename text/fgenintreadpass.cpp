@@ -21,10 +21,24 @@ const char16_t *unitsOf(const FGenIntText &text)
     return text.wide();
 }
 
+int toLength(qint64 length) { return static_cast<int>(std::min<qint64>(length, (1 << 30) - 64)); }
+
+QString textOf(const uchar *units, qint64 length)
+{
+    return QString::fromLatin1(reinterpret_cast<const char *>(units), toLength(length));
+}
+QString textOf(const char16_t *units, qint64 length)
+{
+    return QString(reinterpret_cast<const QChar *>(units), toLength(length));
+}
+
 int toColumn(qint64 column)
 {
     return static_cast<int>(std::min<qint64>(column, std::numeric_limits<int>::max()));
 }
+
+/// A line of bytes that is longer is not decoded for itself.
+constexpr qint64 kLongestDecoded = 1 << 24;
 
 /// A line this long times pattern length may keep the expression engine busy for a second.
 constexpr qint64 kLongSearch = 3000;
@@ -38,11 +52,14 @@ FGenIntReadPass<U>::FGenIntReadPass(const FGenIntText &text, const QVector<FGenI
     , mUnits(unitsOf<U>(text))
     , mSeparator(columns)
     , mFinder(mSeparator)
+    , mDecodedFinder(mSeparator)
 {
     mTrimmed = mText.size();
     while (mTrimmed > 0) {
         if (mTrimmed % FGenIntText::kBlock == 0 || mTrimmed == mText.size())
             mText.examine(mTrimmed - 1, mTrimmed);
+        if (sizeof(U) == 1 && mUnits[mTrimmed - 1] >= 0x80)
+            mText.giveUpBytes(); // may be white space, or a character that lost its end
         if (!isSpaceUnit(mUnits[mTrimmed - 1]))
             break;
         --mTrimmed;
@@ -157,24 +174,32 @@ template <class U>
 typename FGenIntReadPass<U>::Outcome FGenIntReadPass<U>::readSingle(int index,
                                                                     FGenIntReading *reading)
 {
+    const Line line = pickLine(mRules[index], mAnchorAt[static_cast<size_t>(index)]);
+    return withRow(line, [&](const auto &row) { return readCell(index, line, row, reading); });
+}
+
+template <class U>
+template <class V>
+typename FGenIntReadPass<U>::Outcome FGenIntReadPass<U>::readCell(int index, const Line &line,
+                                                                  const Row<V> &row,
+                                                                  FGenIntReading *reading)
+{
     const FGenIntRule &rule = mRules[index];
     const qint64 anchor = mAnchorAt[static_cast<size_t>(index)];
     const int anchorSize = mAnchorSize[static_cast<size_t>(index)];
-    Line line = pickLine(rule, anchor);
-    const qint64 from = line.begin;
-    trim(&line);
-    const Outcome outcome = prepare(line);
+    const Outcome outcome = prepare(row);
     if (outcome != Done)
         return outcome;
-    const auto cell = mFinder.find(rule.column);
+    const auto cell = finder<V>().find(rule.column);
+    const qint64 position = row.begin + cell.position;
     bool ok = false;
     if (cell.position >= 0) {
-        const double number = toNumber(mUnits + line.begin + cell.position, cell.length, &ok);
-        reading->cell = mText.mid(line.begin + cell.position, cell.length);
+        const double number = toNumber(row.units + position, cell.length, &ok);
+        reading->cell = textOf(row.units + position, cell.length);
         reading->value = ok ? number : reading->value;
     }
     if (line.there)
-        place(line.physical, line.begin + cell.position, cell.length, reading);
+        place(line, position, cell.length, reading);
     QStringList &notes = reading->notes;
     if (anchorSize > 0 && anchor < 0)
         notes << QStringLiteral("anchor not found");
@@ -190,7 +215,7 @@ typename FGenIntReadPass<U>::Outcome FGenIntReadPass<U>::readSingle(int index,
         if (isUnfinished(fromEnd ? mTrimmed : line.end))
             notes << QStringLiteral("last line has no line end");
         const bool anchored = anchor >= 0 && rule.line == 0;
-        const int doubts = doubtsOf(line, from, anchored, line.begin + cell.position, cell.length);
+        const int doubts = doubtsOf(row, anchored, position, cell.length);
         if (doubts & Touches)
             notes << QStringLiteral("number touches other characters");
         if (doubts & Lacks)
@@ -206,13 +231,13 @@ typename FGenIntReadPass<U>::Outcome FGenIntReadPass<U>::readSingle(int index,
                 return true;
             if (rule.line != 0)
                 return false;
-            Line whole = line;
-            whole.begin = right;
+            Row<V> whole = row;
+            whole.begin = right - line.physical;
             if (prepare(whole) != Done)
                 return true;
-            const auto other = mFinder.find(rule.column);
+            const auto other = finder<V>().find(rule.column);
             return other.found != cell.found || other.length != cell.length ||
-                   whole.begin + other.position != line.begin + cell.position;
+                   whole.begin + other.position != position;
         };
         if (static_cast<size_t>(anchorSize) != rule.anchor.size() && readsOther())
             notes << QStringLiteral("non-ASCII anchor shifts the reading");
@@ -285,42 +310,77 @@ typename FGenIntReadPass<U>::Line FGenIntReadPass<U>::lineFromEnd(qint64 limit, 
 }
 
 template <class U>
-void FGenIntReadPass<U>::trim(Line *line) const
+template <class Use>
+typename FGenIntReadPass<U>::Outcome FGenIntReadPass<U>::withRow(const Line &line, Use use)
 {
-    mText.examine(line->begin, line->end);
-    if (line->end > line->begin && mUnits[line->end - 1] == '\r')
-        --line->end;
-    while (line->begin < line->end && isSpaceUnit(mUnits[line->begin]))
-        ++line->begin;
+    const qint64 from = line.begin - line.physical;
+    if (!mText.isForeign(line.physical, line.end))
+        return use(trimmed(mUnits + line.physical, from, line.end - line.physical));
+    if (line.end - line.physical > kLongestDecoded)
+        mText.giveUpBytes();
+    if (!mText.isPlain())
+        return TooLate; // all is read again
+    if (mDecodedBegin != line.physical || mDecodedEnd != line.end) {
+        mDecoded = mText.decode(line.physical, line.end);
+        mDecodedBegin = line.physical;
+        mDecodedEnd = line.end;
+    }
+    return use(trimmed(reinterpret_cast<const char16_t *>(mDecoded.utf16()),
+                       from > 0 ? mText.decode(line.physical, line.begin).size() : 0,
+                       mDecoded.size()));
 }
 
 template <class U>
-typename FGenIntReadPass<U>::Outcome FGenIntReadPass<U>::prepare(const Line &line)
+template <class V>
+typename FGenIntReadPass<U>::template Row<V>
+FGenIntReadPass<U>::trimmed(const V *units, qint64 from, qint64 end) const
 {
-    const qint64 size = line.end - line.begin;
+    Row<V> row;
+    row.units = units;
+    row.from = row.begin = from;
+    row.end = end;
+    if (row.end > row.begin && units[row.end - 1] == '\r')
+        --row.end;
+    while (row.begin < row.end && isSpaceUnit(units[row.begin]))
+        ++row.begin;
+    return row;
+}
+
+template <class U>
+template <class V>
+FGenIntCellFinder<V> &FGenIntReadPass<U>::finder()
+{
+    if constexpr (sizeof(V) == sizeof(U))
+        return mFinder;
+    else
+        return mDecodedFinder;
+}
+
+template <class U>
+template <class V>
+typename FGenIntReadPass<U>::Outcome FGenIntReadPass<U>::prepare(const Row<V> &row)
+{
+    const qint64 size = row.end - row.begin;
     if (mSeparator.isExpression()) {
         if (!mLongSearches && size > kLongSearch / (1 + mSeparator.patternLength() / 8))
             return NeedsLongSearch;
         if (mClock.hasExpired(mTimeLimitMs))
             return TooLate;
     }
-    mFinder.setLine(mUnits + line.begin, size);
+    finder<V>().setLine(row.units + row.begin, size);
     return Done;
 }
 
 template <class U>
-int FGenIntReadPass<U>::doubtsOf(const Line &line, qint64 from, bool anchored, qint64 cell,
-                                 qint64 length) const
+template <class V>
+int FGenIntReadPass<U>::doubtsOf(const Row<V> &row, bool anchored, qint64 cell, qint64 length) const
 {
     if (!mSeparator.isNumber())
         return NoDoubt; // a cell is all there is between two separators, whatever it holds
     // The characters around are those of the physical line, not of the part that is read.
-    const U *units = mUnits + line.physical;
-    const qint64 size = line.end - line.physical;
-    from -= line.physical;
-    cell -= line.physical;
-    return (touchesOthers(units, size, cell, cell + length, from, anchored) ? Touches : NoDoubt) |
-           (lacksNumber(units, size, from, cell) ? Lacks : NoDoubt);
+    const bool touches = touchesOthers(row.units, row.end, cell, cell + length, row.from, anchored);
+    return (touches ? Touches : NoDoubt) |
+           (lacksNumber(row.units, row.end, row.from, cell) ? Lacks : NoDoubt);
 }
 
 template <class U>
@@ -331,14 +391,14 @@ bool FGenIntReadPass<U>::isUnfinished(qint64 end) const
 }
 
 template <class U>
-void FGenIntReadPass<U>::place(qint64 physical, qint64 cell, qint64 length,
+void FGenIntReadPass<U>::place(const Line &line, qint64 cell, qint64 length,
                                FGenIntReading *reading) const
 {
     if (mCountLines)
-        reading->line = mText.lineFeedsUpTo(physical) + 1;
+        reading->line = mText.lineFeedsUpTo(line.physical) + 1;
     if (length > 0) {
-        reading->columnFirst = toColumn(cell - physical + 1);
-        reading->columnLast = toColumn(cell - physical + length);
+        reading->columnFirst = toColumn(cell + 1);
+        reading->columnLast = toColumn(cell + length);
     }
 }
 
@@ -401,27 +461,32 @@ typename FGenIntReadPass<U>::Outcome FGenIntReadPass<U>::readAverages()
 }
 
 template <class U>
-typename FGenIntReadPass<U>::Outcome FGenIntReadPass<U>::readRow(const Line &row)
+typename FGenIntReadPass<U>::Outcome FGenIntReadPass<U>::readRow(const Line &line)
 {
-    Line line = row;
-    mText.examine(row.begin, row.end);
-    const qint64 size = row.end - row.begin;
-    if (size == 0 || (size == 1 && mUnits[row.begin] == '\r'))
+    mText.examine(line.begin, line.end);
+    const qint64 size = line.end - line.begin;
+    if (size == 0 || (size == 1 && mUnits[line.begin] == '\r'))
         return Done;
-    trim(&line);
-    const Outcome outcome = prepare(line);
+    return withRow(line, [&](const auto &row) { return addRow(line, row); });
+}
+
+template <class U>
+template <class V>
+typename FGenIntReadPass<U>::Outcome FGenIntReadPass<U>::addRow(const Line &line, const Row<V> &row)
+{
+    const Outcome outcome = prepare(row);
     if (outcome != Done)
         return outcome;
     for (Average &average : mAverages) {
-        if (average.start > row.begin || average.full)
+        if (average.start > line.begin || average.full)
             continue;
-        const auto cell = mFinder.find(mRules[average.rule].column);
+        const auto cell = finder<V>().find(mRules[average.rule].column);
         const bool own = cell.position >= 0;
         if (own) {
-            average.cell = line.begin + cell.position;
+            average.cell = row.begin + cell.position;
             average.length = cell.length;
-            average.row = row.begin;
-            average.number = toNumber(mUnits + average.cell, cell.length, &average.hasNumber);
+            average.row = line;
+            average.number = toNumber(row.units + average.cell, cell.length, &average.hasNumber);
         }
         // A row that is short of the column leaves the cell of the row before in place, and that
         // counts again.
@@ -430,7 +495,7 @@ typename FGenIntReadPass<U>::Outcome FGenIntReadPass<U>::readRow(const Line &row
             average.full = ++average.count == average.rows;
             if (own) {
                 ++average.numeric;
-                average.doubts |= doubtsOf(line, row.begin, false, average.cell, average.length);
+                average.doubts |= doubtsOf(row, false, average.cell, average.length);
             }
         }
     }
@@ -443,7 +508,10 @@ void FGenIntReadPass<U>::report(const Average &average, FGenIntReading *reading)
     if (average.count > 0)
         reading->value = average.sum / static_cast<double>(average.count);
     if (average.length > 0) {
-        reading->cell = mText.mid(average.cell, average.length);
+        withRow(average.row, [&](const auto &row) {
+            reading->cell = textOf(row.units + average.cell, average.length);
+            return Done;
+        });
         place(average.row, average.cell, average.length, reading);
     }
     QStringList &notes = reading->notes;
@@ -451,7 +519,7 @@ void FGenIntReadPass<U>::report(const Average &average, FGenIntReading *reading)
         notes << QStringLiteral("column not there");
     if (average.count > 0 && qIsNaN(reading->value))
         notes << QStringLiteral("not a number");
-    if (average.length > 0 && isUnfinished(average.cell))
+    if (average.length > 0 && isUnfinished(average.row.end))
         notes << QStringLiteral("last line has no line end");
     if (average.doubts & Touches)
         notes << QStringLiteral("number touches other characters");

@@ -10,7 +10,8 @@
 #include <map>
 #include <vector>
 
-/// Rule by rule pass over a text in one of its forms, bytes or UTF-16.
+/// Rule by rule pass over a text in one of its forms, bytes or UTF-16. Of bytes a line that holds
+/// others than ASCII is decoded, so that columns count characters.
 ///
 /// The results are void if the text is found not to be plain on the way.
 template <class U>
@@ -42,6 +43,14 @@ private:
         bool there = true;      ///< false: nothing is read
         bool displaced = false; ///< another line than the one asked for
     };
+    /// A line in the form that its cells are looked for; positions count from the physical begin.
+    template <class V>
+    struct Row
+    {
+        const V *units = nullptr;
+        qint64 from = 0;           ///< where reading begins
+        qint64 begin = 0, end = 0; ///< without white space ahead and the line's end mark
+    };
     enum Doubt { NoDoubt = 0, Touches = 1, Lacks = 2 };
     struct Average
     {
@@ -56,25 +65,37 @@ private:
         int doubts = NoDoubt;
         bool hasNumber = false;
         double number = 0.0; ///< of the cell read last
-        qint64 cell = 0, length = 0, row = 0;
+        qint64 cell = 0, length = 0;
+        Line row;
     };
 
     void findRules();
     void sortIndices();
     Outcome readSingle(int rule, FGenIntReading *reading);
+    template <class V>
+    Outcome readCell(int rule, const Line &line, const Row<V> &row, FGenIntReading *reading);
     Outcome readAverages();
-    Outcome readRow(const Line &row);
+    Outcome readRow(const Line &line);
+    template <class V>
+    Outcome addRow(const Line &line, const Row<V> &row);
     void openAverage(Average *average) const;
     void report(const Average &average, FGenIntReading *reading);
     Line pickLine(const FGenIntRule &rule, qint64 anchor) const;
     Line lineFromTop(qint64 from, qint64 limit, qint64 line) const;
     Line lineFromEnd(qint64 limit, qint64 line) const;
-    /// Cuts the line's end mark and the white space ahead of it.
-    void trim(Line *line) const;
-    Outcome prepare(const Line &line);
-    int doubtsOf(const Line &line, qint64 from, bool anchored, qint64 cell, qint64 length) const;
+    /// Calls \p use with the row of a line, of bytes or decoded.
+    template <class Use>
+    Outcome withRow(const Line &line, Use use);
+    template <class V>
+    Row<V> trimmed(const V *units, qint64 from, qint64 end) const;
+    template <class V>
+    FGenIntCellFinder<V> &finder();
+    template <class V>
+    Outcome prepare(const Row<V> &row);
+    template <class V>
+    int doubtsOf(const Row<V> &row, bool anchored, qint64 cell, qint64 length) const;
     bool isUnfinished(qint64 end) const;
-    void place(qint64 physical, qint64 cell, qint64 length, FGenIntReading *reading) const;
+    void place(const Line &line, qint64 cell, qint64 length, FGenIntReading *reading) const;
 
     const FGenIntText &mText;
     const QVector<FGenIntRule> &mRules;
@@ -86,6 +107,9 @@ private:
     std::vector<int> mOrder;
     FGenIntSeparator mSeparator;
     FGenIntCellFinder<U> mFinder;
+    FGenIntCellFinder<char16_t> mDecodedFinder;
+    QString mDecoded; ///< the stretch of bytes that was decoded last
+    qint64 mDecodedBegin = -1, mDecodedEnd = -1;
     std::vector<Average> mAverages; ///< by column
     std::map<int, size_t> mAverageOf;
     bool mAveragesRead = false;

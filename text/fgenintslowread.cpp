@@ -245,5 +245,7 @@ bool FGenIntSlowRead::serve(int fd)
         return serveAs<char16_t>(*text, rules, columns, countLines, first, &channel);
     }
     const auto text = FGenIntText::fromBytes(data.toStdString());
+    if (text->isWide())
+        return serveAs<char16_t>(*text, rules, columns, countLines, first, &channel);
     return serveAs<uchar>(*text, rules, columns, countLines, first, &channel);
 }

@@ -126,6 +126,26 @@ private:
     int mFd;
 };
 
+// The pieces are those a text stream reads; how a sequence that is broken at their border comes out
+// depends on them.
+constexpr qint64 kPiece = 16384;
+constexpr char kMark[] = "\xEF\xBB\xBF";
+
+/// True if the text of \p n bytes stands there; its byte \p rare is looked for first.
+bool holds(const uchar *from, const uchar *to, const char *text, int n, int rare)
+{
+    for (const uchar *p = from + rare; p < to; ++p) {
+        p = static_cast<const uchar *>(memchr(p, text[rare], static_cast<size_t>(to - p)));
+        if (!p)
+            return false;
+        if (to - p >= n - rare && memcmp(p - rare, text, static_cast<size_t>(n)) == 0)
+            return true;
+    }
+    return false;
+}
+
+QTextCodec *utf8() { return QTextCodec::codecForMib(106); }
+
 // Bytes; below it, reading costs less than the page faults and the unmapping.
 constexpr size_t kMapFrom = 65536;
 
@@ -203,14 +223,12 @@ void FGenIntText::setBytes(const uchar *bytes, qint64 size)
 {
     mBytes = bytes;
     mSize = size;
-    if (size >= 3 && memcmp(bytes, "\xEF\xBB\xBF", 3) == 0) {
+    if (size >= 3 && memcmp(bytes, kMark, 3) == 0) {
         mBytes += 3;
         mSize -= 3;
     }
-    // Whether such a text is empty at all is only known once it is decoded.
-    if (mSize > 0 && mBytes[0] >= 0x80) {
-        mBytes = bytes;
-        mSize = size;
+    // Whether such a text is empty at all, or has a second mark, is only known once it is decoded.
+    if (mSize > 0 && mBytes[0] >= 0x80 && (mSize < 16 || memcmp(mBytes, kMark, 3) == 0)) {
         widen();
         return;
     }
@@ -226,23 +244,17 @@ void FGenIntText::setBytes(const uchar *bytes, qint64 size)
 
 void FGenIntText::widen() const
 {
-    const uchar *whole = mMap.data() ? static_cast<const uchar *>(mMap.data())
-                                     : reinterpret_cast<const uchar *>(mRead.data());
     const auto size = static_cast<qint64>(mMap.data() ? mMap.size() : mRead.size());
-    // The pieces are those a text stream reads; how a sequence that is broken at their border comes
-    // out depends on them.
-    constexpr qint64 piece = 16384;
-    const auto *source = reinterpret_cast<const char *>(whole);
+    const auto *source = reinterpret_cast<const char *>(whole());
     QTextCodec *codec = QTextCodec::codecForUtfText(
-        QByteArray::fromRawData(source, static_cast<int>(std::min(size, piece))),
-        QTextCodec::codecForMib(106));
+        QByteArray::fromRawData(source, static_cast<int>(std::min(size, kPiece))), utf8());
     QTextCodec::ConverterState state;
     // No encoding gives more units than it has bytes, but for what a piece keeps from the last.
     mDecoded.reset(new char16_t[static_cast<size_t>(size) + 16]);
     qint64 length = 0;
-    for (qint64 i = 0; i < size; i += piece) {
+    for (qint64 i = 0; i < size; i += kPiece) {
         const QString part =
-            codec->toUnicode(source + i, static_cast<int>(std::min(piece, size - i)), &state);
+            codec->toUnicode(source + i, static_cast<int>(std::min(kPiece, size - i)), &state);
         memcpy(mDecoded.get() + length, part.utf16(), static_cast<size_t>(part.size()) * 2);
         length += part.size();
     }
@@ -271,10 +283,84 @@ quint32 FGenIntText::block(qint64 index) const
         } else {
             uchar bits = 0;
             count = look(mBytes + from, n, &bits);
-            mPlain = mPlain && bits < 0x80;
+            if (bits >= 0x80) {
+                count |= kForeign;
+                mForeign = true;
+                mPlain = mPlain && decodesByLine(from, from + n);
+            }
         }
     }
-    return count;
+    return count & ~kForeign;
+}
+
+const uchar *FGenIntText::whole() const
+{
+    return mMap.data() ? static_cast<const uchar *>(mMap.data())
+                       : reinterpret_cast<const uchar *>(mRead.data());
+}
+
+/// True if each line of the stretch comes out of decode() as it comes out of widen(), and no letter
+/// but one of ASCII is the other case of one of ASCII.
+bool FGenIntText::decodesByLine(qint64 from, qint64 to) const
+{
+    const uchar *begin = mBytes + std::max<qint64>(from - 2, 0);
+    const uchar *end = mBytes + std::min(to + 2, mSize);
+    // The long s, and the sign of the unit kelvin by its rarest byte.
+    if (holds(begin, end, "\xC5\xBF", 2, 0) || holds(begin, end, "\xE2\x84\xAA", 3, 1))
+        return false;
+    const qint64 shift = mBytes - whole();
+    for (qint64 at = (from + shift + kPiece - 1) / kPiece * kPiece - shift; at <= to;
+         at += kPiece) {
+        // A mark may be dropped, and a broken sequence across the border counts as one character.
+        if (mSize - at >= 3 && memcmp(mBytes + at, kMark, 3) == 0)
+            return false;
+        for (qint64 lead = at - 1; lead >= std::max<qint64>(at - 3, 0); --lead) {
+            const uchar c = mBytes[lead];
+            const qint64 n = c >= 0xF0 ? 4 : c >= 0xE0 ? 3 : c >= 0xC0 ? 2 : 1;
+            QTextCodec::ConverterState state(QTextCodec::IgnoreHeader);
+            if (lead + n > mSize)
+                return false;
+            if (lead + n > at) {
+                const auto *bytes = reinterpret_cast<const char *>(mBytes + lead);
+                utf8()->toUnicode(bytes, static_cast<int>(n), &state);
+                if (state.invalidChars > 0 || state.remainingChars > 0 ||
+                    memcmp(bytes, kMark, 3) == 0)
+                    return false;
+            }
+            if (c < 0x80 || c >= 0xC0)
+                break;
+        }
+    }
+    return true;
+}
+
+bool FGenIntText::isForeign(qint64 from, qint64 to) const
+{
+    if (mWide)
+        return false;
+    for (qint64 i = from / kBlock; i * kBlock < to; ++i) {
+        block(i);
+        if (!(mBlocks[static_cast<size_t>(i)] & kForeign))
+            continue;
+        const qint64 begin = std::max(from, i * kBlock);
+        const qint64 end = std::min(to, (i + 1) * kBlock);
+        uchar bits = 0;
+        look(mBytes + begin, end - begin, &bits);
+        if (bits >= 0x80)
+            return true;
+    }
+    return false;
+}
+
+QString FGenIntText::decode(qint64 from, qint64 to) const
+{
+    // A line end more is taken, else a sequence that it breaks off would be dropped.
+    const int more = to > from && to < mSize && mBytes[to - 1] >= 0x80 ? 1 : 0;
+    QTextCodec::ConverterState state(QTextCodec::IgnoreHeader);
+    QString text = utf8()->toUnicode(reinterpret_cast<const char *>(mBytes + from),
+                                     static_cast<int>(to - from) + more, &state);
+    text.chop(more);
+    return text;
 }
 
 void FGenIntText::examine(qint64 from, qint64 to) const

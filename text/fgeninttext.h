@@ -11,9 +11,10 @@
 
 /// Holds the text that rules are read from: a mapped file, or a string.
 ///
-/// A file of plain ASCII stays as it is mapped and is looked at piece by piece, only where somebody
-/// asks; anything else is decoded into UTF-16 once (UTF-8, or what a byte order mark says). All
-/// positions count units of the present form, from 0. Not thread-safe, not even for const calls:
+/// A file stays as it is mapped and is looked at piece by piece, only where somebody asks; of UTF-8
+/// with letters outside ASCII decode() gives the lines. Another encoding, which a byte order mark
+/// tells, and what doesn't decode line by line is decoded into UTF-16 once. All positions count
+/// units of the present form, from 0. Not thread-safe, not even for const calls:
 /// the text remembers what it has already looked at.
 class FGenIntText
 {
@@ -40,9 +41,16 @@ public:
 
     /// Looks at a stretch: counts its line feeds and notices bytes that are not ASCII.
     void examine(qint64 from, qint64 to) const;
-    /// False once a stretch of bytes turned out not to be ASCII: what was derived from the bytes so
-    /// far is void, and widen() is due.
+    /// True once a byte was seen that is not ASCII.
+    bool isForeign() const { return mForeign; }
+    /// True if such a byte stands in the stretch, which is examined.
+    bool isForeign(qint64 from, qint64 to) const;
+    /// The units of a stretch of bytes that ends behind or ahead of a character of ASCII.
+    QString decode(qint64 from, qint64 to) const;
+    /// False once the bytes turned out not to serve: what was derived from them so far is void, and
+    /// widen() is due.
     bool isPlain() const { return mPlain; }
+    void giveUpBytes() const { mPlain = false; }
     /// Goes over to UTF-16; positions got before are void.
     void widen() const;
 
@@ -61,6 +69,8 @@ private:
     FGenIntText() = default;
     void setBytes(const uchar *bytes, qint64 size);
     quint32 block(qint64 index) const;
+    bool decodesByLine(qint64 from, qint64 to) const;
+    const uchar *whole() const;
 
     FMappedFile mMap;
     std::string mRead; ///< content of a file that cannot be mapped
@@ -69,8 +79,10 @@ private:
     mutable const char16_t *mWide = nullptr;
     mutable qint64 mSize = 0;
     mutable bool mPlain = true;
+    mutable bool mForeign = false;
     mutable std::unique_ptr<char16_t[]> mDecoded;
-    mutable std::vector<quint32> mBlocks; ///< line feeds of each block; kUnseen before a look
-    static constexpr quint32 kUnseen = ~0U;
+    mutable std::vector<quint32>
+        mBlocks; ///< line feeds of each block, and kForeign; kUnseen before
+    static constexpr quint32 kUnseen = ~0U, kForeign = 1U << 31;
 };
 #endif
