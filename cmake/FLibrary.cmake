@@ -1,7 +1,7 @@
 # The layers, and who may link whom. Arrows point down this table only; a link that is not in it
 # stops the configure step.
 set(F_MAY_LINK_textio Qt5::Core)
-set(F_MAY_LINK_hostcore Qt5::Core)
+set(F_MAY_LINK_hostcore F::textio Qt5::Core)
 set(F_MAY_LINK_hostmodel F::hostcore)
 set(F_MAY_LINK_genint F::hostmodel F::textio)
 set(F_MAY_LINK_hostgui F::hostmodel Qt5::Widgets Qt5::Svg)
@@ -22,11 +22,11 @@ if(F_SANITIZE)
     target_link_options(f_flags INTERFACE ${F_SANITIZE_FLAGS})
 endif()
 
-# f_add_library(<name> [FOLDERS <folders>] LINK <targets>): all sources of the calling folder, and of
-# the named ones in it, as static library.
+# f_add_library(<name> [FOLDERS <folders>] LINK <targets> [USE <targets>]): all sources of the calling
+# folder, and of the named ones in it, as static library. Headers of what it uses aren't passed on.
 function(f_add_library name)
-    cmake_parse_arguments(A "" "" "FOLDERS;LINK" ${ARGN})
-    foreach(dep IN LISTS A_LINK)
+    cmake_parse_arguments(A "" "" "FOLDERS;LINK;USE" ${ARGN})
+    foreach(dep IN LISTS A_LINK A_USE)
         if(NOT dep IN_LIST F_MAY_LINK_${name})
             message(FATAL_ERROR "${name} may not link ${dep}: see cmake/FLibrary.cmake")
         endif()
@@ -41,7 +41,7 @@ function(f_add_library name)
     add_library(${name} STATIC ${sources})
     add_library(F::${name} ALIAS ${name})
     target_include_directories(${name} PUBLIC ${folders})
-    target_link_libraries(${name} PUBLIC ${A_LINK} PRIVATE f_flags)
+    target_link_libraries(${name} PUBLIC ${A_LINK} PRIVATE f_flags ${A_USE})
     target_precompile_headers(${name} PRIVATE ${PROJECT_SOURCE_DIR}/cmake/pch.h)
 endfunction()
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fgenintresultsfile.h"
 
+#include "fboundedexpression.h"
 #include "fcmdbinder.h"
 #include "fcmdmanager.h"
-#include "fgenintcells.h"
 #include "fhistory.h"
 #include "fobjectmanager.h"
 #include "fparameter.h"
@@ -70,7 +70,7 @@ void FGenIntResultsFile::setSpacesAndTabsSeparator(bool checked)
 }
 FStatus FGenIntResultsFile::setRegExprSeparator(const QString &regularExpression)
 {
-    const QString refusal = FGenIntSeparator::refusal(regularExpression);
+    const QString refusal = FBoundedExpression::refusal(regularExpression);
     if (!refusal.isEmpty())
         return {"the expression is not taken: " + S(refusal)};
     assign(mRegExpSeparator, regularExpression, F_TEXT("set separator expression"));

@@ -23,9 +23,6 @@ public:
 
     /// The expression that separates columns, for number mode the one that finds numbers.
     static QString pattern(const FGenIntColumns &columns);
-    /// Why an expression is not taken, empty if it is: the engine writes repetitions out when it
-    /// compiles, and "(((a?){30}){30}){30}" would take gigabytes. Such an expression finds nothing.
-    static QString refusal(const QString &expression);
     explicit FGenIntSeparator(const FGenIntColumns &columns);
 
     bool isNumber() const { return mKind == Number; }

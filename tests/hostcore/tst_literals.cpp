@@ -82,6 +82,20 @@ private Q_SLOTS:
         QCOMPARE(Q("\xef\xbb\xbf").size(), 1);
     }
 
+    void boundsExpressions()
+    {
+        const std::string bad = "(((a?){30}){30}){30}"; // gigabytes, if it were compiled
+        std::string text = "xaab";
+        QCOMPARE(indexOfEx(text, bad), std::string::npos);
+        QCOMPARE(lastIndexOfEx(text, bad), std::string::npos);
+        replaceEx(text, bad, "-");
+        QCOMPARE(text, std::string("xaab"));
+        QCOMPARE(indexOfEx(text, "a{1,2}b"), 1UL);
+        QCOMPARE(lastIndexOfEx(text, "a{1,2}"), 2UL);
+        replaceEx(text, "(a{2}){1}", "-");
+        QCOMPARE(text, std::string("x-b"));
+    }
+
     void tellsTheLineOfABrokenByte()
     {
         FLogMsg::setConsole(nullptr);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ftext.h"
 
+#include "fboundedexpression.h"
+
 #include <QCoreApplication>
 #include <algorithm>
 #include <charconv>
@@ -95,14 +97,14 @@ unsigned long indexOfEx(const std::string &text, const std::string &needle, unsi
         return std::string::npos;
     const QString all = Q(text);
     const int start = Q(text.substr(0, from)).size();
-    return byteOffset(all, QRegExp(Q(needle)).indexIn(all, start));
+    return byteOffset(all, FBoundedExpression::compiled(Q(needle)).indexIn(all, start));
 }
 
 unsigned long lastIndexOfEx(const std::string &text, const std::string &needle, unsigned long from)
 {
     const QString all = Q(text);
     const int start = from >= text.size() ? -1 : Q(text.substr(0, from)).size();
-    return byteOffset(all, QRegExp(Q(needle)).lastIndexIn(all, start));
+    return byteOffset(all, FBoundedExpression::compiled(Q(needle)).lastIndexIn(all, start));
 }
 
 void replace(std::string &text, const std::string &from, const std::string &to, bool caseSensitive)
@@ -111,7 +113,7 @@ void replace(std::string &text, const std::string &from, const std::string &to, 
 }
 void replaceEx(std::string &text, const std::string &pattern, const std::string &to)
 {
-    text = S(Q(text).replace(QRegExp(Q(pattern)), Q(to)));
+    text = S(Q(text).replace(FBoundedExpression::compiled(Q(pattern)), Q(to)));
 }
 
 bool isNan(double value) { return std::isnan(value); }

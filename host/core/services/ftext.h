@@ -57,7 +57,8 @@ bool startsWith(const std::string &text, char needle, bool caseSensitive = true)
 bool endsWith(const std::string &text, const std::string &needle, bool caseSensitive = true);
 bool endsWith(const std::string &text, char needle, bool caseSensitive = true);
 
-/// Position of the first or last match of the regular expression \p needle, npos if none.
+/// Position of the first or last match of the regular expression \p needle, npos if none. Here and
+/// below an expression whose repetitions multiply beyond bounds matches nothing.
 unsigned long indexOfEx(const std::string &text, const std::string &needle, unsigned long from = 0);
 unsigned long lastIndexOfEx(const std::string &text, const std::string &needle,
                             unsigned long from = std::string::npos);
