@@ -188,8 +188,8 @@ void FGenIntReader::fill(const FGenIntResultsFile &file, const std::shared_ptr<F
     core.setTimeLimit(limit);
     core.setCountLines(mTellPlaces);
     const QVector<FGenIntReading> readings = core.read(rules, columnsOf(file));
-    if (text.wasCut()) {
-        FLogMsg::info("FGenIntReader", S(path) + ": was cut while it was read", std::string(),
+    if (text.hasChanged()) {
+        FLogMsg::info("FGenIntReader", S(path) + ": has changed while it was read", std::string(),
                       &std::cout);
         aborted("Could not read file " + S(path));
         noteMissing(file, table.get(), "unreadable file");

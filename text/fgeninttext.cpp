@@ -188,13 +188,19 @@ std::unique_ptr<FGenIntText> FGenIntText::fromFile(const QString &path, QString 
         return nullptr;
     std::unique_ptr<FGenIntText> text(new FGenIntText);
     const auto size = static_cast<size_t>(info.st_size);
-    if (size >= kMapFrom && text->mMap.open(file.get(), size)) {
+    if (size >= kMapFrom && text->mMap.open(file.get(), info)) {
         text->setBytes(static_cast<const uchar *>(text->mMap.data()), static_cast<qint64>(size));
         return text;
     }
     // Small, or of no length but with content all the same, or of a file system that cannot map.
     if (!readWhole(file.get(), &text->mRead)) {
         reason = qt_error_string(errno);
+        return nullptr;
+    }
+    struct stat after = {};
+    if (::fstat(file.get(), &after) != 0 || after.st_size != info.st_size ||
+        memcmp(&after.st_mtim, &info.st_mtim, sizeof info.st_mtim) != 0) {
+        reason = QStringLiteral("has changed while it was read");
         return nullptr;
     }
     return fromBytes(std::move(text->mRead));

@@ -29,8 +29,8 @@ public:
     /// As from a file that holds \p bytes.
     static std::unique_ptr<FGenIntText> fromBytes(std::string bytes);
 
-    /// True if the file lost its end while it was read: what was read is void.
-    bool wasCut() const { return mMap.wasCut(); }
+    /// True if the file was cut or written since it was opened: what was read is void.
+    bool hasChanged() const { return mMap.hasChanged(); }
     bool isEmpty() const { return mSize == 0; }
     qint64 size() const { return mSize; }
     /// True if the text is held as UTF-16, false if as bytes.

@@ -62,8 +62,9 @@ void install()
 }
 } // namespace
 
-bool FMappedFile::open(int fd, size_t size)
+bool FMappedFile::open(int fd, const struct stat &info)
 {
+    const auto size = static_cast<size_t>(info.st_size);
     install();
     void *data = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE, fd, 0);
     if (data == MAP_FAILED)
@@ -78,6 +79,7 @@ bool FMappedFile::open(int fd, size_t size)
             mFd = ::fcntl(fd, F_DUPFD_CLOEXEC, 0);
             mData = data;
             mSize = size;
+            mTime = info.st_mtim;
             return true;
         }
     ::munmap(data, size);
@@ -95,12 +97,15 @@ FMappedFile::~FMappedFile()
         ::close(mFd);
 }
 
-bool FMappedFile::wasCut() const
+bool FMappedFile::hasChanged() const
 {
     if (mPlace < 0)
         return false;
-    // The rest of the page in which a file ends reads as zeros without a signal.
+    // The rest of the page in which a file ends reads as zeros without a signal, and so does what
+    // was cut and is there again.
     struct stat info = {};
     return gPlaces[mPlace].cut.load() ||
-           (mFd >= 0 && ::fstat(mFd, &info) == 0 && info.st_size < off_t(mSize));
+           (mFd >= 0 && ::fstat(mFd, &info) == 0 &&
+            (info.st_size != off_t(mSize) || info.st_mtim.tv_sec != mTime.tv_sec ||
+             info.st_mtim.tv_nsec != mTime.tv_nsec));
 }
