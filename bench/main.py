@@ -9,7 +9,7 @@ import sys
 
 import harness
 
-AREAS = ["reader", "writer", "runs", "project"]
+AREAS = ["reader", "writer", "runs", "project", "window"]
 
 
 def machine():

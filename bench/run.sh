@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Usage: bench/run.sh BUILD_DIR [AREA ...]   areas: reader writer runs project (default: all)
+# Usage: bench/run.sh BUILD_DIR [AREA ...]   areas: reader writer runs project window (default: all)
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 build=$1

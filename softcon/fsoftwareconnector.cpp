@@ -353,8 +353,7 @@ void FSoftwareConnector::settings()
     list->append(mComputation);
     FDialog dialog(getName() + " Settings", icon(), true, true, true, false, true, false);
     dialog.setObjectName(QStringLiteral("softConSettings"));
-    QWidget *editor = FViewCtrl::instance()->makeObjectEditor(
-        {FExpr<FObject, true>(static_cast<const FExprBase &>(mComputation))});
+    QWidget *editor = FViewCtrl::instance()->makeObjectEditor(list->getObjects());
     if (!editor)
         return;
     auto *area = new QScrollArea(&dialog);

@@ -71,6 +71,7 @@ private Q_SLOTS:
     void killEndsEverything();
     void writesFilesAsDescribed();
     void refusesNamesThatLeaveTheFolder();
+    void keepsTheWorkbench();
 };
 
 void TestCli::examples_data()
@@ -493,6 +494,19 @@ void TestCli::refusesNamesThatLeaveTheFolder()
         QCOMPARE(refused.run()["state"].toString(), QString("not-started"));
         QVERIFY2(refused.run()["reason"].toString().startsWith("name of "), refused.out);
     }
+}
+
+/// What a window keeps of its workbench passes through the command line unchanged.
+void TestCli::keepsTheWorkbench()
+{
+    const FSandbox box;
+    const QByteArray block = "softwareConnector page() {\n    .setComputation(solver);\n"
+                             "    .setItemSize(Large);\n    .setResultsPath(\"runs/1\");\n}\n";
+    box.write("p.tbk", project("cat", "in.txt") + block);
+    QCOMPARE(box.call({"save", "p.tbk", "--output", "q.tbk"}).code, 0);
+    QVERIFY(box.read("q.tbk").contains(block));
+    QCOMPARE(box.call({"save", "q.tbk", "--output", "r.tbk"}).code, 0);
+    QCOMPARE(box.read("r.tbk"), box.read("q.tbk"));
 }
 
 QTEST_GUILESS_MAIN(TestCli)
