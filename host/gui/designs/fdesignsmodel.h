@@ -8,6 +8,7 @@
 #include "ftablerow.h"
 
 #include <QAbstractTableModel>
+#include <QTimer>
 #include <memory>
 #include <optional>
 #include <unordered_map>
@@ -79,5 +80,6 @@ private:
     mutable std::map<std::pair<std::string, std::string>, FRunQueue::Item> mItems;
     mutable bool mItemsKnown = false;
     QString mReason;
+    QTimer mTell;
 };
 #endif

@@ -33,6 +33,7 @@ struct FModelTree::Node
 };
 
 namespace {
+constexpr int kStateMilliseconds = 40;
 long orderOf(const FObject &object)
 {
     const auto *managed = dynamic_cast<const FManaged *>(&object);
@@ -50,15 +51,16 @@ FModelTree::FModelTree(QObject *parent)
         if (events & (FChanges::Opened | FChanges::Closed))
             rebuild();
     });
-    connect(
-        feed, &FChanges::projectClosing, this,
-        [this] {
-            beginResetModel();
-            mRoot = std::make_unique<Node>();
-            mNodes.clear();
-            mClaimed.clear();
-            endResetModel();
-        });
+    connect(feed, &FChanges::projectClosing, this, [this] {
+        beginResetModel();
+        mRoot = std::make_unique<Node>();
+        mNodes.clear();
+        mClaimed.clear();
+        endResetModel();
+    });
+    mStateTimer.setSingleShot(true);
+    mStateTimer.setInterval(kStateMilliseconds);
+    connect(&mStateTimer, &QTimer::timeout, this, &FModelTree::tellStates);
     const auto allMayLookDifferent = [this] {
         for (const auto &group : mRoot->children)
             if (!group->children.empty())
@@ -282,12 +284,17 @@ void FModelTree::follow(const QVector<FChange> &changes)
         } else if (change.what & (FChanges::Created | FChanges::Revived)) {
             came.push_back(change.object);
         } else if (known != mNodes.end()) {
-            changedRow(known->second);
+            if (change.what == FChanges::State)
+                mStates.push_back(change.object);
+            else
+                changedRow(known->second);
         }
         if (change.what != FChanges::State)
             isStructural = isStructural || bool(FLooks::of(object).children) ||
                            mClaimed.count(&object) || FLooks::of(object).isHidden;
     }
+    if (!mStates.empty() && !mStateTimer.isActive())
+        mStateTimer.start();
     // From the end, neighbours together; the deepest first, so that no parent goes before.
     std::vector<std::pair<int, Node *>> parents;
     for (const auto &one : gone) {
@@ -325,6 +332,27 @@ QModelIndex FModelTree::indexOf(const Node *node) const
 {
     return !node || !node->parent ? QModelIndex()
                                   : createIndex(node->row, 0, const_cast<Node *>(node));
+}
+
+/// States change by the thousand when runs end or the head of a chain is edited. They are told a
+/// few times a second, and as ranges: a view looks for each row that it is told of.
+void FModelTree::tellStates()
+{
+    std::map<const Node *, std::pair<const Node *, const Node *>> ranges;
+    for (const auto &object : mStates) {
+        const auto known = mNodes.find(object.get());
+        if (known == mNodes.end() || !known->second->parent)
+            continue;
+        const Node *node = known->second;
+        const auto range = ranges.emplace(node->parent, std::pair(node, node)).first;
+        if (node->row < range->second.first->row)
+            range->second.first = node;
+        if (node->row > range->second.second->row)
+            range->second.second = node;
+    }
+    mStates.clear();
+    for (const auto &one : ranges)
+        Q_EMIT dataChanged(indexOf(one.second.first), indexOf(one.second.second));
 }
 
 void FModelTree::changedRow(const Node *node)

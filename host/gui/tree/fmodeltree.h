@@ -5,6 +5,7 @@
 #include "flooks.h"
 
 #include <QAbstractItemModel>
+#include <QTimer>
 #include <memory>
 #include <unordered_map>
 
@@ -56,9 +57,12 @@ private:
     Node *nodeAt(const QModelIndex &index) const;
     QModelIndex indexOf(const Node *node) const;
     void changedRow(const Node *node);
+    void tellStates();
 
     std::unique_ptr<Node> mRoot;
     std::unordered_map<const FObject *, Node *> mNodes;
     std::unordered_map<const FObject *, int> mClaimed; // shown below another object
+    Objects mStates;                                   // whose state is still to be told
+    QTimer mStateTimer;
 };
 #endif
