@@ -22,6 +22,7 @@ private Q_SLOTS:
     void stepsJoin();
     void cleanMarkFollowsUndo();
     void openReplacesTheProject();
+    void whatIsLeftOfAClosedProjectIsNobodys();
 
 private:
     ModelTest mModel;
@@ -291,6 +292,24 @@ void TestFeed::openReplacesTheProject()
     QCOMPARE(ModelTest::value("d"), QString("4"));
     QCOMPARE(told.size(), size_t(2));
     QCOMPARE(mirror.picture.difference(Picture::fresh()), QString());
+}
+
+/// A run that ends late, or a handle that somebody holds, tells of objects whose place in the
+/// project another one has by now.
+void TestFeed::whatIsLeftOfAClosedProjectIsNobodys()
+{
+    ModelTest::run("parameter a(1);");
+    const auto old = std::dynamic_pointer_cast<FManaged>(FObjectManager::instance()->find("a"));
+    FProject::instance()->clear();
+    ModelTest::run("parameter b(2);");
+    QCoreApplication::processEvents();
+    Mirror mirror; // complains of what it was never told to be there
+    FChanges::note(old.get(), FChanges::State);
+    FManaged::destroy(old, true);
+    FObjectManager::instance()->leave(old);
+    QCoreApplication::processEvents();
+    QCOMPARE(mirror.picture.difference(Picture::fresh()), QString());
+    QVERIFY(FObjectManager::instance()->find("b"));
 }
 
 QTEST_GUILESS_MAIN(TestFeed)

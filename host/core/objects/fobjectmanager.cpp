@@ -133,7 +133,7 @@ void FObjectManager::noteReferences(FManaged *object) const
 
 void FObjectManager::reindex(FManaged *object)
 {
-    if (object->mIndexedName == object->mName || !mAll.count(object->mOrder))
+    if (object->mIndexedName == object->mName || !contains(object))
         return;
     if (!object->mIndexedName.empty()) {
         noteReferences(object);

@@ -27,7 +27,12 @@ public:
     }
     std::vector<std::shared_ptr<FManaged>> all() const;
     size_t count() const { return mAll.size(); }
-    bool contains(const FManaged *object) const { return mAll.count(object->order()) > 0; }
+    bool contains(const FManaged *object) const
+    {
+        // An object of a closed project has a place that another one may have now.
+        const auto found = mAll.find(object->order());
+        return found != mAll.end() && found->second.get() == object;
+    }
     /// By managed name: among the children of the object that collects children now, then among
     /// the objects of the project.
     std::shared_ptr<FManaged> find(const std::string &name) const;
