@@ -1,17 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ftemplatetab.h"
 
+#include "factions.h"
+#include "fdefinitiongenint.h"
 #include "feditor.h"
-#include "fhistory.h"
+#include "ficons.h"
+#include "fsoftconbase.h"
 #include "ftheme.h"
+#include "ftoolbutton.h"
 
 #include <QEvent>
+#include <QTabBar>
 #include <QTextBlock>
-#include <QVBoxLayout>
 
 namespace {
-constexpr int kRestMilliseconds = 1000;
-
 bool isLineEnd(QChar c) { return c == '\n' || c == '\r' || c == QChar::ParagraphSeparator; }
 
 /// Length of the line end at \p at: two for carriage return and line feed.
@@ -20,8 +22,18 @@ int lineEndAt(const QString &text, int at)
     return text[at] == '\r' && at + 1 < text.size() && text[at + 1] == '\n' ? 2 : 1;
 }
 
-/// \p text with single line feeds, as an editor shows it.
-QString shownForm(const QString &text)
+/// Where the letter \p place of the shown form stands in \p text.
+int placeIn(const QString &text, int place)
+{
+    int at = 0;
+    for (; place > 0 && at < text.size(); --place)
+        at += isLineEnd(text[at]) ? lineEndAt(text, at) : 1;
+    return at;
+}
+
+} // namespace
+
+QString FTemplateTab::shownForm(const QString &text)
 {
     QString shown;
     shown.reserve(text.size());
@@ -35,18 +47,7 @@ QString shownForm(const QString &text)
     return shown;
 }
 
-/// Where the letter \p place of the shown form stands in \p text.
-int placeIn(const QString &text, int place)
-{
-    int at = 0;
-    for (; place > 0 && at < text.size(); --place)
-        at += isLineEnd(text[at]) ? lineEndAt(text, at) : 1;
-    return at;
-}
-
-/// \p before with what was changed in its shown form, and nothing else: line ends and odd letters
-/// stay as they are where nobody typed.
-QString edited(const QString &before, const QString &after)
+QString FTemplateTab::edited(const QString &before, const QString &after)
 {
     const QString shown = shownForm(before);
     int begin = 0;
@@ -62,31 +63,40 @@ QString edited(const QString &before, const QString &after)
     return before.left(placeIn(before, begin)) + middle +
            before.mid(placeIn(before, shown.size() - tail));
 }
-} // namespace
-
-FTemplateTab::FTemplateTab(QWidget *parent, const std::shared_ptr<FGenIntFile> &file)
-    : QWidget(parent)
-    , mFile(file)
-    , mEditor(new FEditor(3, 1, this))
+QString FTemplateTab::textOf(const FEditor *editor)
 {
-    mEditor->setObjectName(QStringLiteral("templateText"));
-    mEditor->setFrameShape(QFrame::NoFrame);
-    mEditor->setAccessibleName(tr("Text of the template"));
-    mEditor->installEventFilter(this);
-    auto *layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(mEditor);
-    setFocusProxy(mEditor);
-    mRest.setSingleShot(true);
-    mRest.setInterval(kRestMilliseconds);
-    connect(&mRest, &QTimer::timeout, this, &FTemplateTab::commit);
-    connect(mEditor, &QPlainTextEdit::textChanged, this, [this] {
-        if (mEditor->document()->isModified())
-            mRest.start();
-    });
+    QString text;
+    text.reserve(editor->document()->characterCount());
+    for (QTextBlock block = editor->document()->firstBlock(); block.isValid();
+         block = block.next()) {
+        text += block.text();
+        if (block.next().isValid())
+            text += '\n';
+    }
+    return text;
+}
+
+FTemplateTab::FTemplateTab(QWidget *parent, const FExpr<FExternComputation> &computation)
+    : QFrame(parent)
+    , mComputation(computation)
+{
+    setFrameStyle(QFrame::NoFrame);
+    setFocusPolicy(Qt::WheelFocus);
+    connect(FActions::instance(), &FActions::aboutToRun, this, [this] { commit(); });
 }
 
 FTemplateTab::~FTemplateTab() = default;
+
+void FTemplateTab::setEditor(FEditor *editor)
+{
+    mEditor = editor;
+    editor->setObjectName(QStringLiteral("templateText"));
+    editor->setFrameShape(QFrame::NoFrame);
+    editor->setAccessibleName(tr("Text of the template"));
+    editor->setUndoRedoEnabled(false); // undo is the model's
+    editor->installEventFilter(this);
+    setFocusProxy(editor);
+}
 
 void FTemplateTab::setFile(const std::shared_ptr<FGenIntFile> &file)
 {
@@ -96,94 +106,91 @@ void FTemplateTab::setFile(const std::shared_ptr<FGenIntFile> &file)
         load();
 }
 
-void FTemplateTab::setFocusToEditor() { mEditor->setFocus(); }
-
-void FTemplateTab::showEvent(QShowEvent *event)
+void FTemplateTab::setFocusToEditor()
 {
-    QWidget::showEvent(event);
-    load();
-}
-
-bool FTemplateTab::eventFilter(QObject *watched, QEvent *event)
-{
-    if (event->type() == QEvent::FocusOut)
-        commit();
-    else if (event->type() == QEvent::FocusIn)
-        Q_EMIT gotFocus();
-    return QWidget::eventFilter(watched, event);
+    if (mEditor)
+        mEditor->setFocus(Qt::OtherFocusReason);
 }
 
 void FTemplateTab::load()
 {
     const auto file = mFile.lock();
-    if (!file || (mIsLoaded && mShown == file->text()))
+    if (!file || (mIsLoaded && mLoaded == file->text()))
         return;
     mIsLoaded = true;
-    mShown = file->text();
-    // What is the same stays: place, selection.
-    const QString text = shownForm(mShown);
-    const QString now = typed();
-    if (text != now) {
-        int begin = 0, tail = 0;
-        const int least = qMin(text.size(), now.size());
-        while (begin < least && text[begin] == now[begin])
-            ++begin;
-        while (tail < least - begin && text[text.size() - 1 - tail] == now[now.size() - 1 - tail])
-            ++tail;
-        if (now.isEmpty()) {
-            mEditor->setPlainText(text);
-        } else {
-            QTextCursor cursor(mEditor->document());
-            cursor.setPosition(begin);
-            cursor.setPosition(now.size() - tail, QTextCursor::KeepAnchor);
-            cursor.insertText(text.mid(begin, text.size() - begin - tail));
-        }
-    }
-    // Undo is the model's: a step of it is a step here.
-    mEditor->setUndoRedoEnabled(false);
-    mEditor->document()->setModified(false);
-    mRest.stop();
+    mLoaded = file->text();
+    loadText(shownForm(mLoaded));
 }
 
-QString FTemplateTab::typed() const
+void FTemplateTab::showText(const QString &text)
 {
-    // Not the plain text, which changes hard spaces.
-    QString text;
-    for (QTextBlock block = mEditor->document()->firstBlock(); block.isValid();
-         block = block.next()) {
-        text += block.text();
-        if (block.next().isValid())
-            text += '\n';
-    }
-    return text;
-}
-
-void FTemplateTab::refresh()
-{
-    if (!mIsLoaded)
+    const QString now = textOf(mEditor);
+    if (text == now)
         return;
-    commit();
+    if (now.isEmpty()) {
+        mEditor->setPlainText(text);
+        return;
+    }
+    int begin = 0, tail = 0;
+    const int least = qMin(text.size(), now.size());
+    while (begin < least && text[begin] == now[begin])
+        ++begin;
+    while (tail < least - begin && text[text.size() - 1 - tail] == now[now.size() - 1 - tail])
+        ++tail;
+    QTextCursor cursor(mEditor->document());
+    cursor.setPosition(begin);
+    cursor.setPosition(now.size() - tail, QTextCursor::KeepAnchor);
+    cursor.insertText(text.mid(begin, text.size() - begin - tail));
+}
+
+void FTemplateTab::showEvent(QShowEvent *event)
+{
+    makeBackButton();
+    QFrame::showEvent(event);
     load();
 }
 
-void FTemplateTab::commit()
+void FTemplateTab::focusInEvent(QFocusEvent *event)
 {
-    mRest.stop();
-    const auto file = mFile.lock();
-    if (!mIsLoaded || !file || file->isDestroyed() || !mEditor->document()->isModified())
+    Q_EMIT gotFocus();
+    QFrame::focusInEvent(event);
+}
+
+bool FTemplateTab::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == mEditor && event->type() == QEvent::FocusOut)
+        commit();
+    else if (watched == mEditor && event->type() == QEvent::FocusIn)
+        Q_EMIT gotFocus();
+    return QFrame::eventFilter(watched, event);
+}
+
+void FTemplateTab::makeBackButton()
+{
+    if (mHasBack || !parentWidget() || !qobject_cast<QTabWidget *>(parentWidget()->parentWidget()))
         return;
-    if (mShown != file->text()) { // changed elsewhere meanwhile: that was the later step
-        load();
+    mHasBack = true;
+    auto *back = new FToolButton(this);
+    back->setObjectName(QStringLiteral("back"));
+    back->setText(tr("Back"));
+    back->setToolTip(tr("Back to overview"));
+    back->setIcon(FIcons::icon(QStringLiteral(":/prev")));
+    back->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    back->setAutoRaise(true);
+    connect(back, &QToolButton::clicked, this, &FTemplateTab::goBack);
+    addBackButton(back);
+}
+
+void FTemplateTab::goBack()
+{
+    auto *tabs = qobject_cast<QTabWidget *>(parentWidget()->parentWidget());
+    if (!tabs)
         return;
-    }
-    mEditor->document()->setModified(false);
-    const QString text = edited(mShown, typed());
-    if (text == mShown)
-        return;
-    FHistoryTransaction step(nullptr, F_TEXT("edit template"), true);
-    file->setContent(text);
-    step.addStep(file);
-    mShown = text;
+    tabs->setCurrentIndex(0);
+    // The count falls as the index rises: every second tab stays, by agreement.
+    if (tabs->tabBar()->isHidden())
+        for (int index = 1; tabs->count() > index; ++index)
+            tabs->removeTab(index);
 }
 
 void FTemplateTab::showPlace(int line, int column, int length)
@@ -192,17 +199,38 @@ void FTemplateTab::showPlace(int line, int column, int length)
     const QTextBlock block = mEditor->document()->findBlockByNumber(line - 1);
     if (!block.isValid())
         return;
-    QTextCursor cursor(block);
-    cursor.setPosition(block.position() + qBound(0, column, block.length() - 1));
-    mEditor->setTextCursor(cursor);
-    mEditor->centerCursor();
+    mEditor->goTo(line, column);
     QTextEdit::ExtraSelection mark;
     mark.format.setBackground(FTheme::color("warning-ground"));
     mark.format.setForeground(FTheme::color("warning"));
-    mark.cursor = cursor;
-    mark.cursor.setPosition(qMin(cursor.position() + length, block.position() + block.length() - 1),
-                            QTextCursor::KeepAnchor);
+    mark.cursor = mEditor->textCursor();
+    mark.cursor.setPosition(
+        qMin(mark.cursor.position() + length, block.position() + block.length() - 1),
+        QTextCursor::KeepAnchor);
     mEditor->setExtraSelections(length > 0 ? QList<QTextEdit::ExtraSelection>{mark}
                                            : QList<QTextEdit::ExtraSelection>());
     mEditor->setFocus();
+}
+
+std::shared_ptr<FDefinitionGenInt> FTemplateTab::definition() const
+{
+    const auto own = mFile.lock();
+    if (!own)
+        return nullptr;
+    for (const auto &one : getManageds<FDefinitionGenInt>())
+        if (auto definition = one.getPtr())
+            for (const auto &file : definition->getFiles())
+                if (file.getExpr() == own)
+                    return definition;
+    return nullptr;
+}
+
+std::vector<std::shared_ptr<FSoftConBase>> FTemplateTab::workbenches() const
+{
+    std::vector<std::shared_ptr<FSoftConBase>> found;
+    for (const auto &one : FSoftConBase::all())
+        if (auto workbench = one.getPtr();
+            workbench && workbench->containsComputation(mComputation))
+            found.push_back(std::move(workbench));
+    return found;
 }

@@ -195,10 +195,30 @@ void FGenIntReader::fill(const FGenIntResultsFile &file, const std::shared_ptr<F
         noteMissing(file, table.get(), "unreadable file");
         return;
     }
+    fill(file, table, readings, path, directory);
+}
+
+void FGenIntReader::take(const FExpr<FGenIntResultsFile> &handle,
+                         const std::shared_ptr<FTableData> &table,
+                         const QVector<FGenIntReading> &readings)
+{
+    mImportedObjects.clear();
+    const auto file = handle.getPtr();
+    if (file && table)
+        fill(*file, table, readings, QString(), QString());
+}
+
+void FGenIntReader::fill(const FGenIntResultsFile &file, const std::shared_ptr<FTableData> &table,
+                         const QVector<FGenIntReading> &readings, const QString &path,
+                         const QString &directory)
+{
+    const auto values = file.values();
     const QString place = path.isEmpty() ? file.getFileName() : QDir::cleanPath(path);
     std::vector<FTableRow> rows;
     std::vector<size_t> unfilled;
     for (const FGenIntReading &reading : readings) {
+        if (size_t(reading.rule) >= values.size())
+            continue;
         const FGenIntResultsFileValue &value = *values[size_t(reading.rule)];
         FTableRow row;
         row.name = value.mName;

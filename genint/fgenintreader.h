@@ -27,6 +27,10 @@ public:
     /// Reads a file that is given by its own path.
     void readFile(const FExpr<FGenIntResultsFile> &file, const std::shared_ptr<FTableData> &table,
                   const QString &path, const QString &directory);
+    /// Fills \p table with what was read out of the sample elsewhere, by the rules of the template
+    /// in their order.
+    void take(const FExpr<FGenIntResultsFile> &file, const std::shared_ptr<FTableData> &table,
+              const QVector<FGenIntReading> &readings);
     /// False: rows carry no place, and a long file need not be read from the top for the line
     /// numbers.
     void setTellPlaces(bool tell) { mTellPlaces = tell; }
@@ -51,6 +55,9 @@ public:
 private:
     void fill(const FGenIntResultsFile &file, const std::shared_ptr<FTableData> &table,
               const FGenIntText &text, const QString &path, const QString &directory);
+    void fill(const FGenIntResultsFile &file, const std::shared_ptr<FTableData> &table,
+              const QVector<FGenIntReading> &readings, const QString &path,
+              const QString &directory);
     bool import(const FGenIntResultsFileValue &value, const QString &cell,
                 const QString &directory);
     Imports mImportedObjects;

@@ -5,6 +5,7 @@
 
 class FDefinitionGenInt;
 class FGenIntComputation;
+class FGenIntFile;
 class FGenIntResultsFile;
 
 /// What the model asks of an open workbench. Without one every call is a no-op. Notices of changes
@@ -23,5 +24,9 @@ public:
     virtual void setTitles(const FGenIntComputation *, const std::string &) {}
     virtual void disableGui(const FGenIntComputation *, bool) {}
     virtual void open(const FGenIntComputation *) {}
+    /// Shows the editor of a template file.
+    virtual void openFile(const FObject *, const FGenIntFile *) {}
+    /// The tabs of a template file take its present name.
+    virtual void renameTab(const FGenIntFile *) {}
 };
 #endif

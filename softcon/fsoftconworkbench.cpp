@@ -6,6 +6,7 @@
 #include "fgenintresultsfileeditor.h"
 #include "fhistory.h"
 #include "fobjectmanager.h"
+#include "fsoftconlooks.h"
 #include "fsoftconscene.h"
 #include "fsoftwareconnector.h"
 
@@ -108,6 +109,22 @@ void FSoftConWorkbench::open(const FGenIntComputation *computation)
         const FHistoryBlocker noStep; // a page is opened, nothing of the project changes
         FSoftwareConnector::create(name, owner);
     }
+}
+
+void FSoftConWorkbench::openFile(const FObject *object, const FGenIntFile *file)
+{
+    const auto *computation = dynamic_cast<const FGenIntComputation *>(object);
+    if (computation && file)
+        FSoftConLooks::openFile(*computation, *file);
+}
+
+void FSoftConWorkbench::renameTab(const FGenIntFile *file)
+{
+    const auto object = std::const_pointer_cast<FObject>(
+        static_cast<const FObject *>(file)->shared_from_this());
+    forConnectors([&](FSoftwareConnector &connector) {
+        connector.renameTab(FExpr<FGenIntFile>(std::static_pointer_cast<FGenIntFile>(object)));
+    });
 }
 
 void FSoftConWorkbench::openAll()

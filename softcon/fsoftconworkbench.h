@@ -17,6 +17,8 @@ public:
     void setTitles(const FGenIntComputation *computation, const std::string &name) override;
     void disableGui(const FGenIntComputation *computation, bool disable) override;
     void open(const FGenIntComputation *computation) override;
+    void openFile(const FObject *computation, const FGenIntFile *file) override;
+    void renameTab(const FGenIntFile *file) override;
 
 private:
     /// Pages for the connectors of a project, and for computations that have none yet.

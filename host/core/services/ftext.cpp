@@ -27,6 +27,13 @@ unsigned long byteOffset(const QString &text, int position)
 
 QString FText::shown(const std::string &marked) { return qtTrId(marked.c_str()); }
 
+QRegExp FText::compiled(const QString &expression, bool caseSensitive)
+{
+    QRegExp compiled = FBoundedExpression::compiled(expression);
+    compiled.setCaseSensitivity(sensitivity(caseSensitive));
+    return compiled;
+}
+
 std::string fromNumber(int value, int base) { return S(numberText(value, base)); }
 std::string fromNumber(unsigned value, int base) { return S(numberText(value, base)); }
 std::string fromNumber(long long value, int base) { return S(numberText(value, base)); }

@@ -17,6 +17,9 @@ using f_shared_ptr = std::shared_ptr<T>;
 #define F_TEXT(text) QT_TRID_NOOP(text)
 namespace FText {
 QString shown(const std::string &marked);
+/// A regular expression of a user; one that matches nothing if its repetitions multiply beyond
+/// bounds, invalid if it is none.
+QRegExp compiled(const QString &expression, bool caseSensitive);
 } // namespace FText
 
 /// Indent width of saved scripts.

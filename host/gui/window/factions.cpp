@@ -27,6 +27,7 @@ QAction *FActions::add(const FActionInfo &info)
     mInfos.push_back(info);
     mActions[info.id] = action;
     connect(action, &QAction::triggered, this, [this, run = info.run] {
+        Q_EMIT aboutToRun();
         if (run)
             run();
         refreshSoon();

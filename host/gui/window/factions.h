@@ -46,6 +46,8 @@ public:
     void refreshSoon();
 
 Q_SIGNALS:
+    /// An action is about to be run: what was typed belongs into the model first.
+    void aboutToRun();
     void added(const QString &id);
 
 private:
