@@ -129,6 +129,7 @@ class TestHistory : public QObject
 
 private Q_SLOTS:
     void init() { mModel.start(); }
+    void cleanup() { FHistory::instance()->setLimit(mLimit); }
     void everyStepCanBeUndoneAndRedone_data();
     void everyStepCanBeUndoneAndRedone();
     void listsComeBackWithTheirElements();
@@ -142,6 +143,7 @@ private Q_SLOTS:
 
 private:
     ModelTest mModel;
+    const size_t mLimit = FHistory::instance()->limit();
 };
 
 void TestHistory::everyStepCanBeUndoneAndRedone_data()
@@ -305,7 +307,6 @@ void TestHistory::oldestStepsGoBeyondTheLimit()
     ModelTest::run("genericIntegrationCommandFile t() { .setFileName(\"t\"); }");
     FHistory *history = FHistory::instance();
     const FExprBase t(ModelTest::object<FManaged>("t"));
-    const size_t limit = history->limit();
     history->setLimit(1 << 20);
     for (int i = 0; i < 40; ++i) {
         const std::string text(size_t(100000), char('a' + i % 26));
@@ -322,14 +323,12 @@ void TestHistory::oldestStepsGoBeyondTheLimit()
         history->undo();
     QVERIFY(!history->isClean()); // the clean state is out of reach
     QCOMPARE(ModelTest::log().filter("oldest steps").size(), 1);
-    history->setLimit(limit);
 }
 
 void TestHistory::longTextsComeBackExactly()
 {
     QFETCH(unsigned, seed);
     FHistory *history = FHistory::instance();
-    const size_t limit = history->limit();
     const bool isLimited = seed % 3 == 0;
     EditedTemplate text(seed);
     const size_t first = history->stepCount();
@@ -356,7 +355,6 @@ void TestHistory::longTextsComeBackExactly()
             QVERIFY2(text.redo(), std::to_string(text.at()).c_str());
         QCOMPARE(history->bytes(), bytes);
     }
-    history->setLimit(limit);
 }
 
 void TestHistory::editsOfALongTextKeepWhatDiffers()

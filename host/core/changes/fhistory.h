@@ -11,9 +11,9 @@ enum TTransactionType { kTransactionDefault = 0 };
 /// Undo and redo. A step keeps the fields of every object it touched, and the objects that it made
 /// and removed; no class has undo code of its own.
 ///
-/// What a step keeps of an object is its state on the far side: before the step while it can be
-/// undone, after it while it can be redone. The near side is what the steps in between lead to, in
-/// the end what is recorded of the object now; long texts are kept as what differs from it.
+/// Of an object a step keeps the state on its far side: before the step while it can be undone,
+/// after it while it can be redone. The near side is what is recorded of the object when the step's
+/// turn comes, so of long texts what differs from there is enough.
 ///
 /// Setters call addStep after the change, so "before" is what was recorded last.
 class FHistory
