@@ -108,6 +108,8 @@ private:
             text = (text + letters(least)).left(least - 2 + below(5));
         else if (kind == 4)
             text += letters(20000);
+        else if (kind == 5)
+            text.replace(letters(2), letters(below(4)));
         else {
             const int places[] = {0, text.size(), below(text.size() + 1)};
             const int place = places[below(3)], much = below(8) == 0 ? 15000 : 5;
@@ -139,6 +141,7 @@ private Q_SLOTS:
     void longTextsComeBackExactly_data() { everyStepCanBeUndoneAndRedone_data(); }
     void longTextsComeBackExactly();
     void editsOfALongTextKeepWhatDiffers();
+    void changesInManyPlacesKeepWhatDiffers();
     void removedTextsCount();
 
 private:
@@ -389,6 +392,32 @@ void TestHistory::editsOfALongTextKeepWhatDiffers()
         QCOMPARE(history->isClean(), history->stepCount() == steps + 505);
     }
     QVERIFY(file->text() == last);
+}
+
+void TestHistory::changesInManyPlacesKeepWhatDiffers()
+{
+    ModelTest::run("genericIntegrationCommandFile t() { .setFileName(\"t\"); }");
+    const auto file = ModelTest::object<FGenIntCommandFile>("t");
+    FHistory *history = FHistory::instance();
+    QString first;
+    for (int i = 0; i < 20000; ++i)
+        first +=
+            QString::number(i * 7919) + (i % 100 ? " 0.0 0.0 0.0\n" : " <entry>load</entry>\n");
+    file->setContent(first);
+    const size_t bytes = history->bytes();
+    for (const char *name : {"a", "a longer name", "b", ""}) {
+        const QString before = file->text();
+        file->setContent(QString(first).replace("load", name));
+        QVERIFY(before != file->text());
+    }
+    QVERIFY2(history->bytes() - bytes < 80000, std::to_string(history->bytes() - bytes).c_str());
+    for (const char *name : {"b", "a longer name", "a", "load"}) {
+        QVERIFY(history->undo());
+        QVERIFY2(file->text() == QString(first).replace("load", name), name);
+    }
+    while (history->canRedo())
+        QVERIFY(history->redo());
+    QVERIFY(file->text() == QString(first).remove("load"));
 }
 
 void TestHistory::removedTextsCount()

@@ -5,17 +5,30 @@
 #include <cstring>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 namespace {
 using Field = FStateVisitor::Field;
 using Utf8 = std::shared_ptr<const std::string>;
 
-/// Stands for a text: the start and the end of the other one with \p middle between them. In bytes,
+/// Stands for a text: pieces of the other one, each with some of its own letters behind. In bytes,
 /// whatever the letters are.
 struct Difference
 {
-    size_t prefix, suffix;
-    std::string middle;
+    struct Piece
+    {
+        size_t from, size, own;
+    };
+    std::vector<Piece> pieces;
+    std::string own;
+
+    void take(size_t from, size_t size) { pieces.push_back({from, size, 0}); }
+    void add(std::string_view text)
+    {
+        own += text;
+        pieces.back().own += text.size();
+    }
+    size_t bytes() const { return sizeof(Difference) + pieces.size() * sizeof(Piece) + own.size(); }
 };
 
 /// The bytes of a text that its holders share; none for a field of another kind.
@@ -59,44 +72,104 @@ size_t commonEnd(std::string_view a, std::string_view b)
     return count;
 }
 
-/// Nothing where it isn't worth it: whole texts are shared, the middle of one is a copy.
+/// Finds where two texts go on alike behind a place where they differ.
+class Rejoin
+{
+public:
+    /// Both places, counted from the starts; false if there is none near or it took too long.
+    bool find(std::string_view a, std::string_view b)
+    {
+        const std::string_view window = b.substr(0, kReach);
+        for (inA = 0; inA < kReach && inA + kAnchor <= a.size() && mWork > 0; inA += kAnchor) {
+            inB = window.find(a.substr(inA, kAnchor));
+            mWork -= std::ptrdiff_t(std::min(inB, window.size()));
+            if (inB == std::string_view::npos)
+                continue;
+            for (; inA > 0 && inB > 0 && a[inA - 1] == b[inB - 1]; --inA)
+                --inB;
+            return true;
+        }
+        return false;
+    }
+    size_t inA = 0, inB = 0;
+
+private:
+    static constexpr size_t kReach = 4096, kAnchor = 32;
+    std::ptrdiff_t mWork = 8 << 20; // bytes that may be searched
+};
+
+/// Adds what lies between the common start and end of two texts: a name that is replaced changes
+/// many places that are far from each other. \p from is where \p b begins.
+void addMiddle(std::string_view a, std::string_view b, size_t from, size_t most, Difference *delta)
+{
+    Rejoin next;
+    while (delta->bytes() <= most && next.find(a, b)) {
+        delta->add(a.substr(0, next.inA));
+        a.remove_prefix(next.inA);
+        b.remove_prefix(next.inB);
+        from += next.inB;
+        const size_t size = commonStart(a, b);
+        delta->take(from, size);
+        a.remove_prefix(size);
+        b.remove_prefix(size);
+        from += size;
+    }
+    if (delta->bytes() + a.size() <= most)
+        delta->add(a);
+    else
+        delta->pieces.clear();
+}
+
+/// Nothing where it isn't worth it: whole texts are shared, a difference is a copy.
 std::optional<Difference> difference(std::string_view text, std::string_view other)
 {
     const size_t most = text.size() / 2;
     if (text.size() < FStateDelta::kLongText || other.size() < text.size() - most)
         return std::nullopt;
-    if (isSame(text, other))
-        return Difference{text.size(), 0, {}};
-    const size_t prefix = commonStart(text, other);
+    const bool same = isSame(text, other);
+    const size_t prefix = same ? text.size() : commonStart(text, other);
     const size_t suffix = commonEnd(text.substr(prefix), other.substr(prefix));
-    const size_t middle = text.size() - prefix - suffix;
-    if (middle > most)
+    Difference delta;
+    delta.take(0, prefix);
+    addMiddle(text.substr(prefix, text.size() - prefix - suffix),
+              other.substr(prefix, other.size() - prefix - suffix), prefix, most, &delta);
+    if (delta.pieces.empty())
         return std::nullopt;
-    return Difference{prefix, suffix, std::string(text.substr(prefix, middle))};
+    delta.take(other.size() - suffix, suffix);
+    delta.own.shrink_to_fit();
+    delta.pieces.shrink_to_fit();
+    return delta;
 }
 
-/// The text that \p difference stands for, in the form of \p other.
-Field restored(const Difference &difference, const Field &other)
+/// Writes the text that \p delta stands for.
+void write(const Difference &delta, std::string_view other, char *to)
+{
+    const char *own = delta.own.data();
+    for (const Difference::Piece &piece : delta.pieces) {
+        Q_ASSERT(piece.from + piece.size <= other.size());
+        std::memcpy(to, other.data() + piece.from, piece.size);
+        std::memcpy(to + piece.size, own, piece.own);
+        to += piece.size + piece.own;
+        own += piece.own;
+    }
+}
+
+/// The same in the form of \p other.
+Field restored(const Difference &delta, const Field &other)
 {
     const std::string_view text = bytesOf(other.value);
-    const size_t size = difference.prefix + difference.middle.size() + difference.suffix;
-    Q_ASSERT(difference.prefix + difference.suffix <= text.size());
-    if (difference.middle.empty() && size == text.size())
+    size_t size = 0;
+    for (const Difference::Piece &piece : delta.pieces)
+        size += piece.size + piece.own;
+    if (delta.own.empty() && size == text.size())
         return other;
-    const auto write = [&](char *to) {
-        std::memcpy(to, text.data(), difference.prefix);
-        to += difference.prefix;
-        std::memcpy(to, difference.middle.data(), difference.middle.size());
-        to += difference.middle.size();
-        std::memcpy(to, text.data() + text.size() - difference.suffix, difference.suffix);
-    };
     if (std::any_cast<QString>(&other.value)) {
         QString wide(int(size / sizeof(QChar)), Qt::Uninitialized);
-        write(reinterpret_cast<char *>(wide.data()));
+        write(delta, text, reinterpret_cast<char *>(wide.data()));
         return {wide, size};
     }
     auto narrow = std::make_shared<std::string>(size, '\0');
-    write(&(*narrow)[0]);
+    write(delta, text, &(*narrow)[0]);
     return {Utf8(narrow), size};
 }
 
@@ -125,7 +198,7 @@ FStateDelta::State FStateDelta::reduced(const State &state, const Values &other)
             auto delta = difference(bytesOf(field.value), bytesOf(other.fields[i].value));
             if (!delta)
                 return std::nullopt;
-            const size_t bytes = sizeof(Difference) + delta->middle.size();
+            const size_t bytes = delta->bytes();
             return Field{std::move(*delta), bytes};
         });
 }
