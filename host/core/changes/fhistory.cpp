@@ -15,7 +15,7 @@ namespace {
 std::shared_ptr<const FStateVisitor::Values> captured(FObject *object)
 {
     auto values = std::make_shared<FStateVisitor::Values>();
-    auto visitor = FStateVisitor::capture(values.get(), object->recordedState().get());
+    auto visitor = FStateVisitor::capture(values.get());
     object->visitState(visitor);
     return values;
 }
@@ -63,11 +63,10 @@ void FHistory::commit(bool keep)
         return;
     }
     for (const std::shared_ptr<FObject> &object : touched) {
-        const auto before = object->recordedState();
-        const auto after = captured(object.get());
-        object->setRecordedState(after);
+        State before = object->recordedState();
+        object->setRecordedState(captured(object.get()));
         if (before)
-            mCurrent.changes.push_back({object, before, after});
+            mCurrent.changes.push_back({object, std::move(before)});
     }
     if (!mCurrent.isEmpty())
         pushStep();
@@ -86,25 +85,27 @@ void FHistory::pushStep()
         mCurrent.about = nameOf(mCurrent.created.front());
     else if (!mCurrent.removed.empty())
         mCurrent.about = nameOf(mCurrent.removed.front());
-    for (const Change &change : mCurrent.changes) {
-        mCurrent.bytes += change.after->bytes;
+    for (const Change &change : mCurrent.changes)
         if (mCurrent.about.empty())
             mCurrent.about = nameOf(change.object);
-    }
     if (mCurrent.text.empty())
         mCurrent.text = mCurrent.fallback.empty() ? "change" : mCurrent.fallback;
-    const QString line = mCurrent.line.empty() ? "// " + title(mCurrent) : Q(mCurrent.line);
+    // Told once, not kept: it may have a whole text in it.
+    const std::string given = std::exchange(mCurrent.line, std::string());
+    const QString line = given.empty() ? "// " + title(mCurrent) : Q(given);
     for (size_t i = mPosition; i < mSteps.size(); ++i)
         mBytes -= mSteps[i].bytes;
     mSteps.resize(mPosition);
     if (mClean > mPosition)
         mClean = std::string::npos;
     if (!joinStep()) {
-        mBytes += mCurrent.bytes;
+        for (Change &change : mCurrent.changes)
+            reduce(&change);
         mSteps.push_back(std::move(mCurrent));
         ++mPosition;
-        dropOldest();
     }
+    count(&mSteps.back(), false);
+    dropOldest();
     mJoinOpen = true;
     noteChange(wasClean);
     Q_EMIT FChanges::instance()->executed(line);
@@ -122,18 +123,34 @@ bool FHistory::joinStep()
             std::find_if(last.changes.begin(), last.changes.end(),
                          [&](const Change &other) { return other.object == change.object; });
         if (known == last.changes.end()) {
-            last.bytes += change.after->bytes;
-            mBytes += change.after->bytes;
+            reduce(&change);
             last.changes.push_back(std::move(change));
             continue;
         }
-        last.bytes += change.after->bytes - known->after->bytes;
-        mBytes += change.after->bytes - known->after->bytes;
-        known->after = std::move(change.after);
+        known->kept = FStateDelta::full(known->kept, *change.kept);
+        reduce(&*known);
     }
-    last.line = mCurrent.line;
     last.namesOnly = last.namesOnly && mCurrent.namesOnly;
     return true;
+}
+
+void FHistory::reduce(Change *change)
+{
+    change->kept = FStateDelta::reduced(change->kept, *change->object->recordedState());
+}
+
+void FHistory::count(Step *step, bool isUndone)
+{
+    mBytes -= step->bytes;
+    step->bytes = sizeof(Step);
+    for (const Change &change : step->changes)
+        step->bytes +=
+            sizeof(Change) + FStateDelta::bytes(*change.kept, *change.object->recordedState());
+    // Nobody else holds what isn't in the project now.
+    for (const auto &object : isUndone ? step->created : step->removed)
+        if (object->recordedState())
+            step->bytes += FStateDelta::bytes(*object->recordedState());
+    mBytes += step->bytes;
 }
 
 void FHistory::dropOldest()
@@ -232,7 +249,9 @@ void FHistory::recordRemoval(const std::shared_ptr<FManaged> &object)
 
 void FHistory::track(const std::shared_ptr<FObject> &object)
 {
+    const bool touched = object->markTouched(false);
     object->setRecordedState(captured(object.get()));
+    object->markTouched(touched); // once in a step, whatever is known of it meanwhile
 }
 
 void FHistory::putBack(const std::vector<Restore> &states, const Objects &appear,
@@ -248,8 +267,7 @@ void FHistory::putBack(const std::vector<Restore> &states, const Objects &appear
         }
     for (const Restore &state : states) {
         if (state.values) {
-            auto values = *state.values;
-            auto visitor = FStateVisitor::restore(&values);
+            auto visitor = FStateVisitor::restore(state.values.get());
             state.object->visitState(visitor);
         }
         if (state.recorded)
@@ -275,16 +293,24 @@ void FHistory::putBack(const std::vector<Restore> &states, const Objects &appear
     mBusy = false;
 }
 
-void FHistory::apply(const Step &step, bool forward)
+void FHistory::apply(Step *step, bool forward)
 {
     const bool wasClean = isClean();
     std::vector<Restore> states;
-    for (const Change &change : step.changes)
-        states.push_back({change.object, forward ? change.after : change.before, true});
+    std::vector<State> left;
+    for (const Change &change : step->changes) {
+        const State &present = change.object->recordedState();
+        states.push_back({change.object, FStateDelta::full(change.kept, *present), true});
+        left.push_back(FStateDelta::reduced(present, *states.back().values));
+    }
+    // Only now: memory for long texts may have run out before.
+    for (size_t i = 0; i < left.size(); ++i)
+        step->changes[i].kept = std::move(left[i]);
     mPosition += forward ? 1 : size_t(-1);
     mJoinOpen = false;
-    putBack(states, forward ? step.created : step.removed, forward ? step.removed : step.created,
-            step.namesOnly);
+    putBack(states, forward ? step->created : step->removed,
+            forward ? step->removed : step->created, step->namesOnly);
+    count(step, !forward);
     noteChange(wasClean);
     Q_EMIT FChanges::instance()->executed(forward ? QStringLiteral("redo();")
                                                   : QStringLiteral("undo();"));
@@ -295,7 +321,7 @@ bool FHistory::undo()
 {
     if (!canUndo() || mDepth > 0)
         return false;
-    apply(mSteps[mPosition - 1], false);
+    apply(&mSteps[mPosition - 1], false);
     return true;
 }
 
@@ -303,7 +329,7 @@ bool FHistory::redo()
 {
     if (!canRedo() || mDepth > 0)
         return false;
-    apply(mSteps[mPosition], true);
+    apply(&mSteps[mPosition], true);
     return true;
 }
 

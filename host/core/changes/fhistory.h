@@ -2,13 +2,18 @@
 #ifndef FHISTORY_H
 #define FHISTORY_H
 #include "fexpr.h"
+#include "fstatedelta.h"
 #include "fupdates.h"
 
 class FManaged;
 enum TTransactionType { kTransactionDefault = 0 };
 
-/// Undo and redo. A step keeps the fields of every object it touched, before and after, and the
-/// objects that it made and removed; no class has undo code of its own.
+/// Undo and redo. A step keeps the fields of every object it touched, and the objects that it made
+/// and removed; no class has undo code of its own.
+///
+/// Of an object a step keeps the state on its far side: before the step while it can be undone,
+/// after it while it can be redone. The near side is what is recorded of the object when the step's
+/// turn comes, so of long texts what differs from there is enough.
 ///
 /// Setters call addStep after the change, so "before" is what was recorded last.
 class FHistory
@@ -58,7 +63,8 @@ public:
     void markClean();
     bool isClean() const { return mClean == mPosition; }
 
-    /// Bytes that steps may keep; beyond, the oldest ones go. The last step always stays.
+    /// Bytes that steps may keep; beyond, the oldest ones go when one is added. The last step
+    /// always stays. Undo and redo only exchange what a step keeps for what an object holds.
     void setLimit(size_t bytes);
     size_t limit() const { return mLimit; }
     size_t bytes() const { return mBytes; }
@@ -70,12 +76,12 @@ public:
 
 private:
     friend class FHistorySavepoint;
-    using Values = FStateVisitor::Values;
+    using State = FStateDelta::State;
     using Objects = std::vector<std::shared_ptr<FManaged>>;
     struct Change
     {
         std::shared_ptr<FObject> object;
-        std::shared_ptr<const Values> before, after;
+        State kept; ///< reduced against the near side; full in the step that is open
     };
     struct Step
     {
@@ -89,7 +95,7 @@ private:
     struct Restore
     {
         std::shared_ptr<FObject> object;
-        std::shared_ptr<const Values> values;
+        State values;
         bool recorded; ///< history knows the object so from now on
     };
     static QString title(const Step &step);
@@ -97,7 +103,9 @@ private:
     void putBack(const std::vector<Restore> &states, const Objects &appear, const Objects &vanish,
                  bool namesOnly = false);
     void touch(const std::shared_ptr<FObject> &object, bool nameOnly);
-    void apply(const Step &step, bool forward);
+    void apply(Step *step, bool forward);
+    static void reduce(Change *change);
+    void count(Step *step, bool isUndone);
     void pushStep();
     bool joinStep();
     void dropOldest();

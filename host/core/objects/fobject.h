@@ -32,28 +32,24 @@ struct FClassInfo
     bool isA(const FClassInfo &other) const;
 };
 
-/// Bytes that a captured field keeps beside itself; what it shares with \p before costs nothing.
+/// Bytes that a captured field keeps beside itself.
 template <class T>
-size_t fStateBytes(const T &, const T *)
+size_t fStateBytes(const T &)
 {
     return sizeof(T);
 }
-inline size_t fStateBytes(const std::string &text, const std::string *) { return text.size(); }
-inline size_t fStateBytes(const QString &text, const QString *before)
+inline size_t fStateBytes(const std::string &text) { return text.size(); }
+inline size_t fStateBytes(const QString &text) { return size_t(text.size()) * sizeof(QChar); }
+inline size_t fStateBytes(const std::shared_ptr<const std::string> &text)
 {
-    return before && before->constData() == text.constData() ? 0 : size_t(text.size()) * 2;
-}
-inline size_t fStateBytes(const std::shared_ptr<const std::string> &text,
-                          const std::shared_ptr<const std::string> *before)
-{
-    return !text || (before && *before == text) ? 0 : text->size();
+    return text ? text->size() : 0;
 }
 template <class T>
-size_t fStateBytes(const std::vector<T> &list, const std::vector<T> *)
+size_t fStateBytes(const std::vector<T> &list)
 {
     size_t bytes = 0;
     for (const T &element : list)
-        bytes += fStateBytes(element, static_cast<const T *>(nullptr));
+        bytes += fStateBytes(element);
     return bytes;
 }
 
@@ -61,46 +57,38 @@ size_t fStateBytes(const std::vector<T> &list, const std::vector<T> *)
 class FStateVisitor
 {
 public:
+    struct Field
+    {
+        std::any value;
+        size_t bytes; ///< that it keeps, shared or not
+    };
     struct Values
     {
-        std::vector<std::any> fields;
-        size_t bytes = 0; ///< that it keeps alone
+        std::vector<Field> fields;
     };
-    /// \p before is what is kept of the same object already, may be null.
-    static FStateVisitor capture(Values *into, const Values *before)
-    {
-        return FStateVisitor(into, before, true);
-    }
-    static FStateVisitor restore(Values *from) { return FStateVisitor(from, nullptr, false); }
+    static FStateVisitor capture(Values *into) { return {into, nullptr}; }
+    static FStateVisitor restore(const Values *from) { return {nullptr, from}; }
 
-    bool isCapture() const { return mCapture; }
+    bool isCapture() const { return mInto != nullptr; }
     template <class T>
     FStateVisitor &operator()(T &field)
     {
-        if (!mCapture) {
-            field = std::any_cast<const T &>(mValues->fields[mNext++]);
-            return *this;
-        }
-        const size_t at = mValues->fields.size();
-        const T *before = mBefore && at < mBefore->fields.size()
-                              ? std::any_cast<T>(&mBefore->fields[at])
-                              : nullptr;
-        mValues->bytes += fStateBytes(field, before);
-        mValues->fields.emplace_back(field);
+        if (mInto)
+            mInto->fields.push_back({field, fStateBytes(field)});
+        else
+            field = std::any_cast<const T &>(mFrom->fields[mNext++].value);
         return *this;
     }
 
 private:
-    FStateVisitor(Values *values, const Values *before, bool isCapture)
-        : mValues(values)
-        , mBefore(before)
-        , mCapture(isCapture)
+    FStateVisitor(Values *into, const Values *from)
+        : mInto(into)
+        , mFrom(from)
     {
     }
-    Values *mValues;
-    const Values *mBefore;
+    Values *mInto;
+    const Values *mFrom;
     size_t mNext = 0;
-    bool mCapture;
 };
 
 /// Areas of an object's documentation; a set of bits.
