@@ -64,7 +64,7 @@ FReason FAttribCmdSetAverageRows::take(const FExprBase &rows)
         long long number = -1;
         if (!FConvert::toInt(rows, &number) || number < 0)
             return FReason::unexpected("a number of rows", rows.toString());
-        given = FConvert::convert(rows, FUnsigned::mpNull);
+        given = FExprBase(FConvert::convert(rows, FUnsigned::mpNull));
     }
     setArguments({given});
     doUpdate();

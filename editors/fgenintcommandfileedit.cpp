@@ -6,6 +6,7 @@
 #include "fgenintcommandfileeditor.h"
 #include "fgenintworkbench.h"
 #include "ficons.h"
+#include "fmarloctrl.h"
 #include "fsearchdialog.h"
 #include "ftheme.h"
 

@@ -81,8 +81,9 @@ void FGenIntCommandFileEditor::setCommandFile(const FExpr<FGenIntCommandFile> &f
 void FGenIntCommandFileEditor::registerHandle()
 {
     mCommandFile.registerClient(mHandle, false);
-    if (const auto owner = definition())
-        FExprBase(owner).registerClient(mHandle, false);
+    mDefinition.deregisterClient(mHandle);
+    mDefinition = FExprBase(definition());
+    mDefinition.registerClient(mHandle, false);
 }
 
 void FGenIntCommandFileEditor::init()
@@ -155,7 +156,7 @@ void FGenIntCommandFileEditor::init()
 void FGenIntCommandFileEditor::addBackButton(QWidget *button)
 {
     mRow->insertWidget(0, button);
-    mRow->insertSpacing(1, 8);
+    mRow->insertSpacing(1, 8 - mRow->spacing());
 }
 
 bool FGenIntCommandFileEditor::isAssisted() const { return mMode->isChecked(); }
@@ -198,6 +199,8 @@ void FGenIntCommandFileEditor::refresh()
 
 void FGenIntCommandFileEditor::showEvent(QShowEvent *event)
 {
+    if (!mDefinition)
+        registerHandle();
     FTemplateTab::showEvent(event);
     refreshNames();
 }

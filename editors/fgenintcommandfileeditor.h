@@ -73,6 +73,7 @@ private:
     void showName();
     std::shared_ptr<FGenIntCommandFileEditorHandle> mHandle;
     FExpr<FGenIntCommandFile> mCommandFile;
+    FExprBase mDefinition;
     FGenIntCommandFileEdit *mEdit;
     QLineEdit *mName;
     FToolButton *mMode;

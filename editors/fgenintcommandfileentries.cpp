@@ -322,8 +322,8 @@ void FGenIntCommandFileEdit::editEntry()
     menu->setObjectName(QStringLiteral("tagMenu"));
     menu->addAction(FIcons::icon(QStringLiteral(":/pen")), tr("Rename"), this,
                     &FGenIntCommandFileEdit::renameEntry);
-    menu.addAction(FIcons::icon(QStringLiteral(":/delete")), tr("Remove"), this,
-                   qOverload<>(&FGenIntCommandFileEdit::removeEntry));
+    menu->addAction(FIcons::icon(QStringLiteral(":/delete")), tr("Remove"), this,
+                    qOverload<>(&FGenIntCommandFileEdit::removeEntry));
     QMenu *replace = menu->addMenu(FIcons::icon(QStringLiteral(":/refresh")), tr("Replace"));
     addEntriesMenu(replace, *definition, false);
     menu->addAction(FIcons::icon(QStringLiteral(":/erase")), tr("Delete (from all files)"), this,

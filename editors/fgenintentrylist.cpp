@@ -93,7 +93,7 @@ void FGenIntEntryList::refresh()
                 continue;
             QString value;
             if (configuration)
-                if (const auto own = configuration->getEntryOfScope(one.first).ptr<FEntry>())
+                if (const auto own = configuration->findEntry(one.first))
                     if (const auto object =
                             std::dynamic_pointer_cast<FBasicType>(own->valueObject()))
                         value = Q(object->toPlainString());

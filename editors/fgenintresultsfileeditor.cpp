@@ -26,6 +26,7 @@
 #include <QLineEdit>
 #include <QRadioButton>
 #include <QRegExpValidator>
+#include <QScopedValueRollback>
 #include <QScrollArea>
 #include <QSplitter>
 #include <QTableWidget>
@@ -54,6 +55,7 @@ FGenIntResultsFileEditor::FGenIntResultsFileEditor(QWidget *parent,
     , mHandle(f_make_shared<FGenIntResultsFileEditorHandle>(this))
     , mResultsFile(file)
     , mAverageRows(f_make_shared<FAttribCmdSetAverageRows>(this))
+    , mRowsCommand(mAverageRows)
 {
     mHandle->setImediateUpdate(true);
     init();
@@ -76,7 +78,7 @@ void FGenIntResultsFileEditor::setResultsFile(const FExpr<FGenIntResultsFile> &f
 void FGenIntResultsFileEditor::registerHandle()
 {
     mResultsFile.registerClient(mHandle, false);
-    FExprBase(mAverageRows).registerClient(mHandle, false);
+    mRowsCommand.registerClient(mHandle, false);
 }
 
 void FGenIntResultsFileEditor::init()
@@ -166,9 +168,25 @@ QWidget *FGenIntResultsFileEditor::makeControls()
     auto *all = new QVBoxLayout(pane);
     all->setContentsMargins(8, 8, 8, 8);
     all->setSpacing(0);
-    makeGeneral(all);
-    makeSeparators(all);
-    makeValues(all);
+    // On a low screen the controls scroll; the preview stays in sight.
+    auto *controls = new QWidget(this);
+    controls->setObjectName(QStringLiteral("resultControls"));
+    auto *groups = new QVBoxLayout(controls);
+    groups->setContentsMargins(0, 0, FTheme::space(1), 0);
+    groups->setSpacing(0);
+    makeGeneral(groups);
+    makeSeparators(groups);
+    makeValues(groups);
+    groups->addStretch(1);
+    auto *area = new QScrollArea(this);
+    area->setObjectName(QStringLiteral("resultControlsArea"));
+    area->setFrameShape(QFrame::NoFrame);
+    area->setWidgetResizable(true);
+    area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    area->setFocusPolicy(Qt::NoFocus);
+    area->setWidget(controls);
+    area->setMinimumWidth(controls->sizeHint().width() + FTheme::space(4));
+    all->addWidget(area, 3);
     makePreview(all);
     return pane;
 }
@@ -199,7 +217,7 @@ void FGenIntResultsFileEditor::makeSeparators(QVBoxLayout *all)
     auto *buttons = new QButtonGroup(this);
     buttons->addButton(mFindNumbers, 0);
     buttons->addButton(mCustom, 1);
-    connect(buttons, qOverload<int>(&QButtonGroup::buttonClicked), this,
+    connect(buttons, &QButtonGroup::idClicked, this,
             &FGenIntResultsFileEditor::numberSeparatorChanged);
     mSpaces = new QCheckBox(this);
     mSpaces->setChecked(true);
@@ -239,20 +257,18 @@ void FGenIntResultsFileEditor::makeValues(QVBoxLayout *all)
     row(group, tr("Name"), {mDelete, mSelector, mAdd}, "valueName");
     connect(mSelector->lineEdit(), &QLineEdit::textEdited, this,
             &Editor::currentResultsValueNameChanged);
-    connect(mSelector, qOverload<const QString &>(&QComboBox::currentIndexChanged), this,
-            &Editor::currentResultsValueChanged);
+    connect(mSelector, qOverload<int>(&QComboBox::currentIndexChanged), this,
+            [this](int index) { currentResultsValueChanged(mSelector->itemText(index)); });
     mType = new QComboBox(this);
     for (const auto &type : {FDouble::mpNull->getClass(), FFileName::mpNull->getClass()})
         mType->addItem(Q(type));
     mTypeRow = row(group, tr("Type"), {mType}, "valueType");
-    connect(mType, qOverload<const QString &>(&QComboBox::currentIndexChanged), this,
-            &Editor::valueTypeChanged);
+    connect(mType, &QComboBox::currentTextChanged, this, &Editor::valueTypeChanged);
     mImportType = new QComboBox(this);
     mImportType->addItem(QStringLiteral("tecplot"));
     mImportRow = row(group, tr("Import Type"), {mImportType}, "importType");
     mImportRow->hide();
-    connect(mImportType, qOverload<const QString &>(&QComboBox::currentIndexChanged), this,
-            &Editor::fileImportTypeChanged);
+    connect(mImportType, &QComboBox::currentTextChanged, this, &Editor::fileImportTypeChanged);
     mLine = new FSpinBox(this);
     mLine->setRange(-9999, 9999);
     mLineRow = row(group, tr("Line"), {mLine}, "valueLine");
@@ -269,8 +285,7 @@ void FGenIntResultsFileEditor::makeValues(QVBoxLayout *all)
         mOccurrence->addItem(
             Q(FEnum<GenIntAnchorOccurrence>::mStrRep.getValue(unsigned(occurrence))));
     mOccurrenceRow = row(group, tr("Occurrence"), {mOccurrence}, "valueOccurrence");
-    connect(mOccurrence, qOverload<const QString &>(&QComboBox::currentIndexChanged), this,
-            &Editor::occurrenceChanged);
+    connect(mOccurrence, &QComboBox::currentTextChanged, this, &Editor::occurrenceChanged);
     mAverage = new QCheckBox(this);
     FProperty rows;
     rows.id = QStringLiteral("setAverageRows");
@@ -292,7 +307,7 @@ void FGenIntResultsFileEditor::makeValues(QVBoxLayout *all)
 
 void FGenIntResultsFileEditor::makePreview(QVBoxLayout *all)
 {
-    QVBoxLayout *group = addGroup(all, tr("Results Preview"), this, 1);
+    QVBoxLayout *group = addGroup(all, tr("Results Preview"), this, 2);
     mTable = new QTableWidget(this);
     mTable->setObjectName(QStringLiteral("resultsPreview"));
     mTable->setAccessibleName(tr("Results Preview"));
@@ -309,6 +324,7 @@ void FGenIntResultsFileEditor::makePreview(QVBoxLayout *all)
     area->setFrameShape(QFrame::NoFrame);
     area->setWidgetResizable(true);
     area->setWidget(mTable);
+    area->setMinimumHeight(110);
     area->setFocusPolicy(Qt::NoFocus);
     group->addWidget(area, 1);
     mTells = new QLabel(this);

@@ -153,6 +153,7 @@ private:
     QComboBox *mOccurrence = nullptr;
     QCheckBox *mAverage = nullptr;
     std::shared_ptr<FAttribCmdSetAverageRows> mAverageRows;
+    FExprBase mRowsCommand;
     FPropertyEditor *mRowsField = nullptr;
     QList<QLabel *> mLabels;
     QLabel *mTells = nullptr;     // what is read, where the marks show another place

@@ -3,6 +3,7 @@
 #include "fdesign.h"
 #include "fgenintencoding.h"
 #include "fgenintreader.h"
+#include "fgenintreadercore.h"
 #include "fgenintresultsfileedit.h"
 #include "fgenintresultsfileeditor.h"
 #include "fgeninttext.h"
@@ -17,7 +18,6 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QPointer>
-#include <QRunnable>
 #include <QTableWidget>
 #include <QTextBlock>
 #include <QThreadPool>
@@ -25,20 +25,6 @@
 namespace {
 constexpr qint64 kLargestRun = 256 << 20; // bytes of a run's file that is shown
 constexpr int kColumns = 3;               // value, type, button; the note stands behind
-
-/// Calls a function on a worker.
-class Task : public QRunnable
-{
-public:
-    explicit Task(std::function<void()> run)
-        : mRun(std::move(run))
-    {
-    }
-    void run() override { mRun(); }
-
-private:
-    std::function<void()> mRun;
-};
 } // namespace
 
 const FGenIntText &FGenIntResultsFileEditor::text()
@@ -98,7 +84,7 @@ void FGenIntResultsFileEditor::readOnWorker()
         rules.append(FGenIntReader::ruleOf(*value));
     mReading = true;
     const QPointer<FGenIntResultsFileEditor> self(this);
-    QThreadPool::globalInstance()->start(new Task(
+    QThreadPool::globalInstance()->start(
         [self, rules, text = mShown, task = mTask, columns = FGenIntReader::columnsOf(*file)] {
             const auto shown = FGenIntText::fromString(text);
             const QVector<FGenIntReading> readings = FGenIntReaderCore(*shown).read(rules, columns);
@@ -111,7 +97,7 @@ void FGenIntResultsFileEditor::readOnWorker()
                 self->refreshValuesSelector();
                 self->fillPreview();
             });
-        }));
+        });
 }
 
 void FGenIntResultsFileEditor::setResultsPreviewBlank()
@@ -322,8 +308,7 @@ QStringList FGenIntResultsFileEditor::runFiles() const
     const auto owner = computation();
     if (!file || !owner)
         return found;
-    for (const auto &one : getManageds<FDesign>()) {
-        const auto design = one.getPtr();
+    for (const auto &design : FDesign::all()) {
         QString why;
         const QString path =
             design ? safeJoin(Q(FPathManager::instance()->getResultsDirAbs(owner, design)),

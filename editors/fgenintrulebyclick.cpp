@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The editor of a result template: a rule out of a click on a number of the sample.
 #include "fgenintreader.h"
+#include "fgenintreadercore.h"
 #include "fgenintresultsfileedit.h"
 #include "fgenintresultsfileeditor.h"
 #include "fgenintruleproposals.h"
@@ -12,7 +13,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QPointer>
-#include <QRunnable>
+#include <QScopedValueRollback>
 #include <QTextBlock>
 #include <QThreadPool>
 #include <QToolTip>
@@ -25,11 +26,11 @@ QString described(const FGenIntRule &rule)
     const QString anchor = QString::fromStdString(rule.anchor).simplified();
     QString place;
     if (anchor.isEmpty())
-        place = rule.line < 0
-                    ? QCoreApplication::translate("RuleByClick", "line %1 from the end")
-                          .arg(-rule.line)
-                    : QCoreApplication::translate("RuleByClick", "line %1 of the file")
-                          .arg(rule.line + 1);
+        place =
+            rule.line < 0
+                ? QCoreApplication::translate("RuleByClick", "line %1 from the end").arg(-rule.line)
+                : QCoreApplication::translate("RuleByClick", "line %1 of the file")
+                      .arg(rule.line + 1);
     else if (rule.line == 0)
         place = QCoreApplication::translate("RuleByClick", "behind \u201c%1\u201d").arg(anchor);
     else
@@ -78,15 +79,13 @@ QStringList triedOn(const QStringList &files, const QVector<FGenIntRule> &rules,
             for (const FGenIntReading &reading : FGenIntReaderCore(*text).read(rules, columns))
                 values[reading.rule] = reading.value;
         for (int i = 0; i < rules.size(); ++i)
-            ++(std::isnan(values[i])          ? missing
-               : values[i] == inSample[i] ? same
-                                          : other)[i];
+            ++(std::isnan(values[i]) ? missing : values[i] == inSample[i] ? same : other)[i];
     }
     QStringList words;
     for (int i = 0; i < rules.size(); ++i)
         words << (tried == 0 ? QString()
-                             : QCoreApplication::translate(
-                                   "RuleByClick", "%1 runs: %2 same, %3 other, %4 missing")
+                             : QCoreApplication::translate("RuleByClick",
+                                                           "%1 runs: %2 same, %3 other, %4 missing")
                                    .arg(tried)
                                    .arg(same[i])
                                    .arg(other[i])
@@ -94,18 +93,6 @@ QStringList triedOn(const QStringList &files, const QVector<FGenIntRule> &rules,
     return words;
 }
 
-class Trial : public QRunnable
-{
-public:
-    explicit Trial(std::function<void()> run)
-        : mRun(std::move(run))
-    {
-    }
-    void run() override { mRun(); }
-
-private:
-    std::function<void()> mRun;
-};
 } // namespace
 
 void FGenIntResultsFileEditor::readValueAt(int position, const QPoint &place)
@@ -139,15 +126,14 @@ void FGenIntResultsFileEditor::readValueAt(int position, const QPoint &place)
         }
     }
     // The runs are read meanwhile.
-    QThreadPool::globalInstance()->start(new Trial([menu, rules, columns, values,
-                                                    files = runFiles()] {
+    QThreadPool::globalInstance()->start([menu, rules, columns, values, files = runFiles()] {
         const QStringList words = triedOn(files, rules, columns, values);
         QMetaObject::invokeMethod(qApp, [menu, words] {
             for (QAction *action : menu ? menu->actions() : QList<QAction *>())
                 if (action->data().isValid() && !words[action->data().toInt()].isEmpty())
                     action->setText(action->text() + '\t' + words[action->data().toInt()]);
         });
-    }));
+    });
     const QPointer<FGenIntResultsFileEditor> self(this);
     const QAction *chosen = menu->exec(place);
     const int index = chosen && chosen->data().isValid() ? chosen->data().toInt() : -1;

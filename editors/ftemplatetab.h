@@ -5,7 +5,6 @@
 #include "fgenintfile.h"
 
 #include <QFrame>
-#include <QPointer>
 
 class FEditor;
 class FDefinitionGenInt;
@@ -74,7 +73,7 @@ private:
     void goBack();
     std::weak_ptr<FGenIntFile> mFile;
     FExpr<FExternComputation> mComputation;
-    QPointer<FEditor> mEditor;
+    FEditor *mEditor = nullptr;
     QString mLoaded;
     bool mIsLoaded = false, mHasBack = false;
 };

@@ -120,8 +120,8 @@ void FSoftConWorkbench::openFile(const FObject *object, const FGenIntFile *file)
 
 void FSoftConWorkbench::renameTab(const FGenIntFile *file)
 {
-    const auto object = std::const_pointer_cast<FObject>(
-        static_cast<const FObject *>(file)->shared_from_this());
+    const auto object =
+        std::const_pointer_cast<FObject>(static_cast<const FObject *>(file)->shared_from_this());
     forConnectors([&](FSoftwareConnector &connector) {
         connector.renameTab(FExpr<FGenIntFile>(std::static_pointer_cast<FGenIntFile>(object)));
     });

@@ -46,6 +46,8 @@ private:
 
     const QString &mLine;
     FGenIntLineSpans *mSpans;
+    // Where the attributes stand first behind the first letter; -1 where they don't
+    std::pair<const char *, int> mKeys[3] = {{"name=", -1}, {"title=", -1}, {"id=", -1}};
     QRegExp mStrict = strictTag(), mNotOfNumber = notOfNumber();
 };
 
@@ -149,8 +151,7 @@ void LineReader::findNumbers()
 /// earlier element.
 QString LineReader::attributeBefore(int position) const
 {
-    for (const char *key : {"name=", "title=", "id="}) {
-        const int at = mLine.indexOf(QLatin1String(key), 1);
+    for (const auto &[key, at] : mKeys) {
         if (at < 0 || at + int(qstrlen(key)) > position)
             continue;
         const int begin = mLine.indexOf('=', at) + 1;
@@ -201,6 +202,8 @@ bool LineReader::openElement(int *position, QString *tag, QString *shown)
 /// Numbers that are the content of an element.
 void LineReader::findMarkup()
 {
+    for (auto &[key, at] : mKeys)
+        at = mLine.indexOf(QLatin1String(key), 1);
     const int contentBegin = mLine.indexOf('>') + 1; // of the line's first element, by agreement
     int position = 0;
     QString tag, shown;
