@@ -282,13 +282,14 @@ void FGenIntResultsFile::visitState(FStateVisitor &state)
     FGenIntFile::visitState(state);
     // Editors write into the rules themselves, so history keeps copies of them.
     FExpr<FObjectList> rules = state.isCapture() ? copyOfRules(mValues) : FExpr<FObjectList>();
-    state(mNumberSeparator)(mSpacesAndTabsSeparator)(mRegExpSeparator)(rules);
+    // The rule under edit is an object of the list that is replaced: its name tells which it is.
+    const auto edited = mCurrentValue.getPtr();
+    std::string current = edited ? edited->mName : std::string();
+    state(mNumberSeparator)(mSpacesAndTabsSeparator)(mRegExpSeparator)(rules)(current);
     if (state.isCapture())
         return;
-    // The rule under edit is an object of the old list: the one of its name takes over.
-    const auto edited = mCurrentValue.getPtr();
     mValues = copyOfRules(rules);
-    mCurrentValue = edited ? getValue(Q(edited->mName)) : FExpr<FGenIntResultsFileValue>();
+    mCurrentValue = current.empty() ? FExpr<FGenIntResultsFileValue>() : getValue(Q(current));
 }
 
 void FGenIntResultsFile::initCmds()
