@@ -24,6 +24,8 @@ public:
     virtual void setTitles(const FGenIntComputation *, const std::string &) {}
     virtual void disableGui(const FGenIntComputation *, bool) {}
     virtual void open(const FGenIntComputation *) {}
+    /// The same; a connector that has to be made gets that name.
+    virtual void openAs(const FGenIntComputation *, const std::string &) {}
     /// Shows the editor of a template file.
     virtual void openFile(const FObject *, const FGenIntFile *) {}
     /// The tabs of a template file take its present name.

@@ -94,6 +94,11 @@ void FSoftConWorkbench::disableGui(const FGenIntComputation *computation, bool d
 
 void FSoftConWorkbench::open(const FGenIntComputation *computation)
 {
+    openAs(computation, computation->getName() + "_connector");
+}
+
+void FSoftConWorkbench::openAs(const FGenIntComputation *computation, const std::string &name)
+{
     if (const auto connector = FSoftwareConnector::of(computation)) {
         connector->setVisible(true);
         return;
@@ -101,7 +106,6 @@ void FSoftConWorkbench::open(const FGenIntComputation *computation)
     const FExpr<FExternComputation> owner(
         std::static_pointer_cast<FExternComputation>(std::const_pointer_cast<FObject>(
             static_cast<const FObject *>(computation)->shared_from_this())));
-    const std::string name = computation->getName() + "_connector";
     FHistory *history = FHistory::instance();
     if (history->isTransactionOpen()) {
         FSoftwareConnector::create(name, owner);

@@ -17,6 +17,7 @@ public:
     void setTitles(const FGenIntComputation *computation, const std::string &name) override;
     void disableGui(const FGenIntComputation *computation, bool disable) override;
     void open(const FGenIntComputation *computation) override;
+    void openAs(const FGenIntComputation *computation, const std::string &name) override;
     void openFile(const FObject *computation, const FGenIntFile *file) override;
     void renameTab(const FGenIntFile *file) override;
 

@@ -136,6 +136,14 @@
         <translation>the new template</translation>
     </message>
     <message>
+        <source>!FGenIntCommandFileEditorHandle</source>
+        <translation>Hands a change of an input template on to its editor.</translation>
+    </message>
+    <message>
+        <source>!FGenIntCommandFileEditorHandle:example</source>
+        <translation>Made by the editor.</translation>
+    </message>
+    <message>
         <source>!FGenIntComputation</source>
         <translation>A run of an external program: it writes the input templates of its configuration's definition, runs the program and reads the result templates.</translation>
     </message>
@@ -186,6 +194,42 @@
     <message>
         <source>!FGenIntComputation.mutableMember.openSoftwareConnector():example</source>
         <translation>solver.openSoftwareConnector();</translation>
+    </message>
+    <message>
+        <source>!FGenIntEditor</source>
+        <translation>Stands for the editor of a definition: once it has one, each computation that uses the definition gets a connector.</translation>
+    </message>
+    <message>
+        <source>!FGenIntEditor.attribute.setDefinition(FDefinitionGenInt,definition)</source>
+        <translation>Opens a connector for each computation that uses the definition.</translation>
+    </message>
+    <message>
+        <source>!FGenIntEditor.attribute.setDefinition(FDefinitionGenInt,definition):argument0</source>
+        <translation>The definition.</translation>
+    </message>
+    <message>
+        <source>!FGenIntEditor.attribute.setDefinition(FDefinitionGenInt,definition):example</source>
+        <translation>beam_editor.setDefinition(beam_definition);</translation>
+    </message>
+    <message>
+        <source>!FGenIntEditor.attribute.setDefinition(FDefinitionGenInt,definition):returnValue</source>
+        <translation>The editor itself.</translation>
+    </message>
+    <message>
+        <source>!FGenIntEditor.creator.genericIntegrationEditor()</source>
+        <translation>Makes the editor of a definition.</translation>
+    </message>
+    <message>
+        <source>!FGenIntEditor.creator.genericIntegrationEditor():example</source>
+        <translation>genericIntegrationEditor beam_editor()</translation>
+    </message>
+    <message>
+        <source>!FGenIntEditor.creator.genericIntegrationEditor():returnValue</source>
+        <translation>The editor.</translation>
+    </message>
+    <message>
+        <source>!FGenIntEditor:example</source>
+        <translation>genericIntegrationEditor beam_editor() { .setDefinition(beam_definition); }</translation>
     </message>
     <message>
         <source>!FGenIntFile</source>
@@ -375,6 +419,14 @@
     <message>
         <source>!FGenIntResultsFile.mutableMember.setTabSeaparator(bool,checked):example</source>
         <translation>.setTabSeaparator(true);</translation>
+    </message>
+    <message>
+        <source>!FGenIntResultsFileEditorHandle</source>
+        <translation>Hands a change of a result template on to its editor.</translation>
+    </message>
+    <message>
+        <source>!FGenIntResultsFileEditorHandle:example</source>
+        <translation>Made by the editor.</translation>
     </message>
     <message>
         <source>!FGenIntResultsFileValue</source>
