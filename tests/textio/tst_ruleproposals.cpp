@@ -5,13 +5,12 @@
 
 #include "fgenintruleproposals.h"
 #include "literalreader.h"
-#include "testseed.h"
+#include "otherrun.h"
 
 #include <QDir>
 #include <QElapsedTimer>
 #include <QRegularExpression>
 #include <QtTest>
-#include <random>
 
 namespace {
 using FGenIntRuleProposals::cellAt;
@@ -59,11 +58,6 @@ QString show(const FGenIntRule &rule, const QString &text, int begin, int length
         .arg(rule.column);
 }
 
-struct Place
-{
-    int begin, length;
-};
-
 /// Numbers that a user would point at.
 std::vector<Place> numbersIn(const QString &text)
 {
@@ -77,97 +71,6 @@ std::vector<Place> numbersIn(const QString &text)
     }
     return numbers;
 }
-
-/// What comes again and again in an output: from a line like \p begin to the next, or to \p end.
-struct Block
-{
-    const char *file, *begin, *end;
-};
-const Block kBlocks[] = {
-    {"openfoam-cavity.log", "^Time = ", "^End"},
-    {"openfoam-minmax.dat", "^0.*mag", "^never"},
-    {"lammps-melt.log", "^ {2,}\\d+ +\\S+ +-\\S+ +0 ", "^Loop"},
-    {"gnuplot-fit.log", "^   [\\d*] ", "^iter"},
-    {"mopac-water.out", "^ CYCLE:", "^$"},
-    {"glpsol.log", "^\\* +\\d+: obj", "^OPTIMAL"},
-    {"cbc.log", "^Cbc0012I", "^Cbc0031I"},
-    {"block.dat", "^ temperatures for set HOT", "^never"},
-};
-
-std::vector<Place> blocksIn(const QString &text, const QString &file)
-{
-    std::vector<Place> blocks;
-    for (const Block &block : kBlocks) {
-        if (file != QLatin1String(block.file))
-            continue;
-        bool open = false;
-        int at = 0;
-        for (const QString &line : text.split('\n')) {
-            const bool begins = line.contains(QRegularExpression(block.begin));
-            if (open && (begins || line.contains(QRegularExpression(block.end)))) {
-                blocks.back().length = at - blocks.back().begin;
-                open = false;
-            }
-            if (begins) {
-                blocks.push_back({at, text.size() - at});
-                open = true;
-            }
-            at += line.size() + 1;
-        }
-    }
-    return blocks;
-}
-
-/// The output of another run: other figures, another date, more lines ahead, more repetitions.
-class OtherRun
-{
-public:
-    OtherRun(const QString &text, const QString &file)
-        : mBlocks(blocksIn(text, file))
-        , mPlace(size_t(text.size()))
-    {
-        for (int i = int(mRandom() % 6); i > 0; --i)
-            out +=
-                QString("Case %1 in /scratch/run-%2/case started\n").arg(i).arg(mRandom() % 9999);
-        const size_t repeated = mBlocks.empty() ? 0 : mRandom() % mBlocks.size();
-        for (int i = 0; i < text.size(); ++i) {
-            mPlace[size_t(i)] = out.size();
-            out += text[i];
-            const bool isEnd = repeated + 1 < mBlocks.size() &&
-                               i + 1 == mBlocks[repeated].begin + mBlocks[repeated].length;
-            for (size_t n = isEnd ? 1 + mRandom() % 4 : 0; n > 0; --n)
-                out += text.mid(mBlocks[repeated].begin, mBlocks[repeated].length);
-        }
-        change("\\d*\\.\\d+|(?<![\\w.])\\d{2,}(?![\\w.])|\\d+:\\d+:\\d+", [this](QChar c) {
-            return c.isDigit() && c != QChar('0') ? QChar('1' + int(mRandom() % 9)) : c;
-        });
-        out.replace(QRegularExpression("\\bNov\\b"), "Feb");
-    }
-    /// False for what has no counterpart: a repetition in the midst of others.
-    bool hasPlace(int begin) const
-    {
-        for (size_t i = 1; i + 1 < mBlocks.size(); ++i)
-            if (begin >= mBlocks[i].begin && begin < mBlocks[i].begin + mBlocks[i].length)
-                return false;
-        return true;
-    }
-    int placeOf(int begin) const { return mPlace[size_t(begin)]; }
-    QString out;
-
-private:
-    template <class Other>
-    void change(const char *what, Other other)
-    {
-        for (auto all = QRegularExpression(what).globalMatch(QString(out)); all.hasNext();) {
-            const auto match = all.next();
-            for (int i = match.capturedStart(); i < match.capturedEnd(); ++i)
-                out[i] = other(out[i]);
-        }
-    }
-    std::mt19937 mRandom{testSeed()};
-    std::vector<Place> mBlocks;
-    std::vector<int> mPlace;
-};
 
 QFileInfoList outputs()
 {
@@ -251,14 +154,7 @@ void TestRuleProposals::readsOtherRuns()
                 readsPlace(rules[0], other.out, other.placeOf(place.begin), place.length);
             readHere += ok;
             if (!ok && qEnvironmentVariableIsSet("F_SHOW"))
-                qInfo("  %s line %d: %s", qPrintable(text.mid(place.begin, place.length)),
-                      text.left(place.begin).count('\n') + 1,
-                      rules.isEmpty() ? "none"
-                                      : qPrintable(QString("'%1' %2 %3 %4")
-                                                       .arg(rules[0].anchor.c_str())
-                                                       .arg(rules[0].line)
-                                                       .arg(rules[0].column)
-                                                       .arg(rules[0].first)));
+                qInfo("%s", qPrintable(show(rules.value(0), text, place.begin, place.length)));
         }
         qInfo("%s: %d of %d", qPrintable(file.fileName()), readHere, askedHere);
         asked += askedHere;
@@ -288,6 +184,9 @@ void TestRuleProposals::findsCells_data()
     QTest::newRow("between tabs") << "a\t7\tb" << 2 << false << "7";
     QTest::newRow("a word") << "a\t7\tb" << 0 << false << "";
     QTest::newRow("number in a cell") << "a=7 8" << 2 << false << "";
+    QTest::newRow("letters beyond ASCII") << QString::fromUtf8("Größe = 7\nb") << 8 << true << "7";
+    QTest::newRow("many columns") << "x " + QString("1.5 ").repeated(25000) << 99999 << false
+                                  << "1.5";
     QTest::newRow("long line") << QString(100000, ' ') + "5" << 100000 << true << "5";
 }
 
@@ -331,6 +230,11 @@ void TestRuleProposals::choosesAnchors_data()
                                       << "Done" << -1 << false;
     QTest::newRow("row by its name") << "Loads\nleft 1 2\nright 3 <4\n"
                                      << "right" << 0 << false;
+    QTest::newRow("table with its blank line") << "Time  Load\n0.1 1.5\n0.2 <2.5\n\nEnd of run\n"
+                                               << "End of run" << -1 << false;
+    QTest::newRow("name and state")
+        << "Row  State  Load\nleft   OK   1.5\nright   OK   <2.5\nmid   OK 3\n"
+        << "right" << 0 << false;
 }
 
 void TestRuleProposals::choosesAnchors()
