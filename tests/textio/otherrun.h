@@ -4,6 +4,7 @@
 
 #include "testseed.h"
 
+#include <QDir>
 #include <QMap>
 #include <QRegularExpression>
 #include <QString>
@@ -16,6 +17,20 @@ struct Place
 {
     int begin, length;
 };
+
+/// Numbers that a user would point at.
+inline std::vector<Place> numbersIn(const QString &text)
+{
+    static const QRegularExpression sNumber(
+        "(?<=^|[\\s=:(,|])[-+]?(\\d+\\.\\d+|\\.\\d+|\\d+)([eE][-+]?\\d+)?(?=$|[\\s,;)|%])",
+        QRegularExpression::MultilineOption);
+    std::vector<Place> numbers;
+    for (auto all = sNumber.globalMatch(text); all.hasNext();) {
+        const auto match = all.next();
+        numbers.push_back({match.capturedStart(), match.capturedLength()});
+    }
+    return numbers;
+}
 
 /// What comes again and again in an output: from a line like \p begin to the next, or to \p end.
 struct Block
@@ -143,4 +158,17 @@ private:
     Place mBefore = {0, 0}, mRow = {0, 0};
     std::vector<int> mPlace;
 };
+
+/// Outputs of solvers that are kept in the source.
+inline QFileInfoList outputs()
+{
+    QFileInfoList files;
+    for (const char *folder :
+         {F_TEST_DATA "/output", F_SOURCE_DIR "/examples/beam/samples",
+          F_SOURCE_DIR "/examples/filter/samples", F_SOURCE_DIR "/examples/chain/samples"})
+        for (const QFileInfo &file : QDir(folder).entryInfoList(QDir::Files))
+            if (file.suffix() != "md")
+                files << file;
+    return files;
+}
 #endif
