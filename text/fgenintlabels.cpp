@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fgenintlabels.h"
 
+#include <QRegularExpression>
 #include <QStringList>
 #include <algorithm>
 
@@ -115,8 +116,16 @@ private:
         }
     }
 
+    /// True for paths, names of files and what is in quotes.
     static bool isPath(const QString &text)
     {
+        static const QRegularExpression sFile(
+            QStringLiteral(
+                "\\w\\.(dat|inp?|out|txt|log|csv|mod|cir|lp|mps|msh|mesh|frd|sta|res|xyz|"
+                "json|xml|cfg|ini|bin|h5|vtk)\\W*$"),
+            QRegularExpression::CaseInsensitiveOption);
+        if (text.contains(sFile))
+            return true;
         const int slashes = text.count(QLatin1Char('/'));
         const bool isRooted = text.size() > 2 && text[0] == QLatin1Char('/') && text[1].isLetter();
         return isRooted || text.contains(QLatin1String("://")) ||

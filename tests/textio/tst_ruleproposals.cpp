@@ -200,6 +200,8 @@ void TestRuleProposals::choosesAnchors_data()
                           << "sum =" << 0 << false;
     QTest::newRow("no path") << "Load /home/me/case.dat <7"
                              << "Load" << 0 << false;
+    QTest::newRow("no file name") << "Load of case.inp...\n<7 rows"
+                                  << "Load of" << 1 << false;
     QTest::newRow("no quotes") << "Load \"case\" is <7"
                                << "Load" << 0 << false;
     QTest::newRow("end of a history") << "Time  Load\n0.1 1.5\n0.2 2.5\n0.3 <3.5\nDone\n"
