@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fgenintlabels.h"
 
+#include <QRegularExpression>
+#include <QStringList>
 #include <algorithm>
-#include <array>
 
 namespace {
 enum Mark : uchar {
@@ -115,8 +116,16 @@ private:
         }
     }
 
+    /// True for paths, names of files and what is in quotes.
     static bool isPath(const QString &text)
     {
+        static const QRegularExpression sFile(
+            QStringLiteral(
+                "\\w\\.(dat|inp?|out|txt|log|csv|mod|cir|lp|mps|msh|mesh|frd|sta|res|xyz|"
+                "json|xml|cfg|ini|bin|h5|vtk)\\W*$"),
+            QRegularExpression::CaseInsensitiveOption);
+        if (text.contains(sFile))
+            return true;
         const int slashes = text.count(QLatin1Char('/'));
         const bool isRooted = text.size() > 2 && text[0] == QLatin1Char('/') && text[1].isLetter();
         return isRooted || text.contains(QLatin1String("://")) ||
@@ -210,8 +219,9 @@ public:
     {
     }
 
-    void add(int begin, int end, FGenIntLabel::Kind kind)
+    void add(int begin, int end, FGenIntLabel::Kind kind, bool hasGaps = false)
     {
+        const int limit = end;
         trim(&begin, &end);
         if (end - begin > FGenIntLabels::kLongest && !shorten(&begin, &end))
             return;
@@ -224,11 +234,13 @@ public:
             label.digits += isDigit(mLine[i]);
             label.isForeign = label.isForeign || mLine[i].unicode() >= 0x80;
         }
+        label.hasGaps = hasGaps;
         const auto isSame = [&](const FGenIntLabel &other) {
             return other.begin == label.begin && other.length == label.length;
         };
         if (label.letters > 0 && std::none_of(labels.begin(), labels.end(), isSame))
             labels.push_back(label);
+        addWithBar(begin, end, limit);
     }
 
     /// Adds a stretch as a whole, and what gaps part it into.
@@ -240,7 +252,7 @@ public:
             if (isGap && !mLine[i].isSpace() && !QStringLiteral("=:").contains(mLine[i]))
                 gaps.push_back(i);
         }
-        add(begin, end, FGenIntLabel::Whole);
+        add(begin, end, FGenIntLabel::Whole, !gaps.empty());
         int from = begin;
         for (int gap : gaps) {
             add(from, gap, FGenIntLabel::Part);
@@ -253,6 +265,21 @@ public:
     std::vector<FGenIntLabel> labels;
 
 private:
+    /// Adds the name of a row again with the bar behind it, as that stands less often.
+    void addWithBar(int begin, int end, int limit)
+    {
+        int bar = end;
+        while (bar < limit && mLine[bar] == QLatin1Char(' '))
+            ++bar;
+        if (bar >= limit || mLine[bar] != QLatin1Char('|') || labels.empty() ||
+            labels.back().begin != begin || labels.back().begin + labels.back().length != end ||
+            bar + 1 - begin > FGenIntLabels::kLongest)
+            return;
+        FGenIntLabel label = labels.back();
+        label.kind = FGenIntLabel::Part;
+        label.length = bar + 1 - begin;
+        labels.push_back(label);
+    }
     void trim(int *begin, int *end) const
     {
         while (*begin < *end && isLooseAtFront(mLine[*begin]))

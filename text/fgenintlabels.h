@@ -16,6 +16,7 @@ struct FGenIntLabel
     Kind kind = Whole;
     int begin = 0, length = 0; ///< in the line
     int letters = 0, digits = 0;
+    bool hasGaps = false;   ///< goes over several columns
     bool isForeign = false; ///< has characters that are not ASCII
 };
 

@@ -4,6 +4,7 @@
 #include "fgenintanchors.h"
 #include "fgenintcells.h"
 #include "fgenintlabels.h"
+#include "fgenintlines.h"
 #include "fgenintreadercore.h"
 #include "fgeninttext.h"
 
@@ -15,21 +16,8 @@
 #include <utility>
 
 namespace {
-struct Span
-{
-    int begin = 0, end = 0;
-};
-
-/// The line around a position, without its line end.
-Span lineAround(const QString &text, int position)
-{
-    Span line;
-    line.begin = position > 0 ? text.lastIndexOf(QLatin1Char('\n'), position - 1) + 1 : 0;
-    line.end = text.indexOf(QLatin1Char('\n'), position);
-    if (line.end < 0)
-        line.end = text.size();
-    return line;
-}
+using FGenIntLines::lineAround;
+using Span = FGenIntSpan;
 
 /// Finds the cells of lines.
 class FCells
@@ -64,6 +52,9 @@ public:
                 return;
         }
     }
+
+    /// True if it takes time to find them.
+    bool isSlow(const QString &row) const { return mSeparator.isExpression() && row.size() > 1000; }
 
     /// Column of the cell in that part of a line that begins at \p from; -1 if it's none there.
     int columnOf(const QString &line, int from, const Span &wanted) const
@@ -127,40 +118,13 @@ struct Candidate
     double cost = 0.0; ///< how much there is that may change between it and the cell
 };
 
-/// How lines look, to tell the rows of a table from other lines.
-struct Shape
-{
-    int numbers = 0, words = 0;
-    bool operator==(const Shape &other) const
-    {
-        return numbers == other.numbers && words == other.words;
-    }
-};
-
-Shape shapeOf(const QString &line)
-{
-    Shape shape;
-    bool inWord = false;
-    for (int i = 0; i < line.size(); ++i) {
-        if (line[i].isSpace()) {
-            inWord = false;
-        } else if (!inWord) {
-            inWord = true;
-            const auto rest = line.midRef(i, 3);
-            const bool isNumber = std::any_of(rest.begin(), rest.end(), [](QChar c) {
-                return c.unicode() < 0x80 && c.isDigit();
-            });
-            ++(isNumber && !line[i].isLetter() ? shape.numbers : shape.words);
-        }
-    }
-    return shape;
-}
-
 /// Price of what a label itself is like.
 double costOf(const FGenIntLabel &label)
 {
     double cost = label.kind == FGenIntLabel::WithIndex ? 8.0 : 0.0;
-    cost += label.letters < 2 ? 10.0 : label.letters < 3 ? 6.0 : label.letters < 5 ? 2.0 : 0.0;
+    // Signs tell a name from the same letters in a word, a second column does not.
+    const int size = label.hasGaps ? label.letters : std::min(label.length, label.letters + 2);
+    cost += size < 2 ? 10.0 : size < 3 ? 6.0 : size < 5 ? 2.0 : 0.0;
     cost += label.digits > 0 ? 1.0 : 0.0;
     cost += label.isForeign ? 6.0 : 0.0; // reading goes on behind more than the anchor
     return cost;
@@ -170,22 +134,20 @@ double costOf(const FGenIntLabel &label)
 class FProposer
 {
 public:
-    FProposer(const QString &text, const Span &cell, const FGenIntColumns &columns)
+    FProposer(const QString &text, const Span &cell, int column, const FGenIntColumns &columns)
         : mText(text)
         , mCell(cell)
         , mColumns(columns)
         , mCells(columns)
         , mLine(lineAround(text, cell.begin))
         , mRow(text.mid(mLine.begin, mLine.end - mLine.begin))
+        , mColumn(column)
     {
     }
 
     QVector<FGenIntRule> run(int most)
     {
         const Span inRow{mCell.begin - mLine.begin, mCell.end - mLine.begin};
-        mColumn = mCells.columnOf(mRow, 0, inRow);
-        if (mColumn < 0 || most <= 0)
-            return {};
         collectBefore(inRow);
         collectAbove();
         collectBelow();
@@ -202,7 +164,6 @@ private:
     static constexpr int kFarUp = 1 << 18, kFarDown = 1 << 12; ///< units looked at
     static constexpr int kLongLine = 600;                      ///< more isn't looked at for labels
     static constexpr size_t kMostAbove = 64;
-    static constexpr int kLongTable = 2000;
 
     void add(const QString &anchor, int at, int line, int column, double cost)
     {
@@ -235,30 +196,32 @@ private:
         std::stable_sort(labels.begin(), labels.end(), [](const auto &a, const auto &b) {
             return a.begin + a.length > b.begin + b.length;
         });
+        const bool isSlow = mCells.isSlow(mRow);
         double passed = 0.0;
         size_t tried = 0;
         for (const FGenIntLabel &label : labels) {
             const int end = offset + label.begin + label.length;
             if (end > inRow.begin)
                 continue;
-            if (++tried > 10 && tried + 3 < labels.size())
+            if (++tried > (isSlow ? 2 : 10) && (isSlow || tried + 3 < labels.size()))
                 continue; // the nearest ones, and those that name the line
             const int column = mCells.columnOf(mRow, end, inRow);
             if (column >= 0) {
                 const double cost = costOf(label) + passed + 0.5 * std::min(column, 10);
                 add(part.mid(label.begin, label.length), mLine.begin + offset + label.begin, 0,
-                    column, cost + (label.kind == FGenIntLabel::Whole ? 0.0 : 0.3));
+                    column,
+                    cost + (label.kind == FGenIntLabel::Part ? 0.3 : 0.0) +
+                        (label.hasGaps ? 5.0 : 0.0));
             }
             passed += 0.4;
         }
     }
 
-    /// Adds the labels of another line, \p distance lines below or above the cell's.
+    /// Adds the labels of another line, for rules with the line \p distance.
     void collectLine(const Span &line, int distance, double cost)
     {
-        const int size = std::min(line.end - line.begin, kLongLine);
-        const QString row = mText.mid(line.begin, size);
-        const bool isData = shapeOf(row).numbers > 0;
+        const QString row = FGenIntLines::textOf(mText, line, kLongLine);
+        const bool isData = FGenIntLines::numbersIn(row) > 0;
         size_t used = 0;
         for (const FGenIntLabel &label : FGenIntLabels::labelsOf(row, false)) {
             const QString anchor = row.mid(label.begin, label.length);
@@ -290,47 +253,20 @@ private:
 
     void collectBelow()
     {
-        mEndsTable = isLastOfTable();
+        mTable = FGenIntLines::tableEndAt(mText, mLine);
         const int stop = std::min(mText.size(), mLine.end + kFarDown);
+        const size_t before = mCandidates.size();
         Span line = mLine;
         mSeen.clear();
         for (int distance = 1; line.end < stop && distance <= 12; ++distance) {
+            // An empty line right above an anchor does not count.
+            const bool isEmptyAbove = line.begin == line.end;
             line = lineAround(mText, line.end + 1);
             double cost = 11.0 + 1.5 * costOfDistance(distance);
-            if (mEndsTable && distance == 1)
-                cost = mGrows ? 4.0 : 10.0;
-            collectLine(line, -distance, cost);
+            if (mTable.isLast && mCandidates.size() == before) // nothing but blanks between
+                cost = mTable.grows ? 3.0 + distance : 9.0 + distance;
+            collectLine(line, isEmptyAbove ? 1 - distance : -distance, cost);
         }
-    }
-
-    /// True if the line ends a table of three rows or more; a table that is headed like a history
-    /// grows with the length of the run.
-    bool isLastOfTable()
-    {
-        const Shape shape = shapeOf(mRow.left(kLongLine));
-        const auto isRow = [&](const Span &line) {
-            return shapeOf(mText.mid(line.begin, std::min(line.end - line.begin, kLongLine))) ==
-                   shape;
-        };
-        if (shape.numbers < 1 || mRow.size() > kLongLine)
-            return false;
-        if (mLine.end < mText.size() && isRow(lineAround(mText, mLine.end + 1)))
-            return false;
-        Span line = mLine;
-        int rows = 1;
-        const auto goUp = [&] {
-            line = line.begin > 0 ? lineAround(mText, line.begin - 1) : Span{-1, -1};
-            return line.begin >= 0;
-        };
-        while (goUp() && rows < kLongTable && isRow(line))
-            ++rows;
-        mGrows = rows == kLongTable;
-        for (int i = 0; i < 3 && line.begin >= 0; ++i, goUp()) {
-            const QString head = mText.mid(line.begin, std::min(line.end - line.begin, kLongLine));
-            for (const char *word : {"iter", "step", "time", "cycle", "epoch", "increment"})
-                mGrows = mGrows || head.contains(QLatin1String(word), Qt::CaseInsensitive);
-        }
-        return rows >= 3;
     }
 
     /// Finds out which anchors stand once, and which others begin or end with the place meant.
@@ -378,7 +314,7 @@ private:
             --end;
         const int fromEnd = 1 + count(mCell.end, end);
         add(QString(), -1, mLineNumber, mColumn, 16.0 + 1.5 * costOfDistance(mLineNumber));
-        const bool isLastRow = fromEnd <= 2 && mEndsTable && mGrows;
+        const bool isLastRow = fromEnd <= 2 && mTable.isLast && mTable.grows;
         add(QString(), -1, -fromEnd, mColumn,
             (isLastRow ? 4.0 : 18.0) + 1.5 * costOfDistance(fromEnd));
     }
@@ -430,17 +366,16 @@ private:
     const FCells mCells;
     const Span mLine;   ///< of the cell
     const QString mRow; ///< its text
+    const int mColumn;
     std::unique_ptr<FGenIntText> mHeld;
     std::vector<Candidate> mCandidates;
     std::set<QString> mSeen;
-    int mColumn = -1;
     int mLineNumber = 0; ///< from 0
-    bool mEndsTable = false, mGrows = false;
+    FGenIntLines::TableEnd mTable;
 };
-} // namespace
-
-bool FGenIntRuleProposals::cellAt(const QString &text, int position, const FGenIntColumns &columns,
-                                  int *begin, int *length)
+/// Finds the cell at a position, and its column in the line.
+bool findCell(const QString &text, int position, const FGenIntColumns &columns, Span *cell,
+              int *column)
 {
     if (position < 0 || position > text.size())
         return false;
@@ -448,18 +383,33 @@ bool FGenIntRuleProposals::cellAt(const QString &text, int position, const FGenI
     const QString row = text.mid(line.begin, line.end - line.begin);
     const int wanted = position - line.begin;
     bool found = false;
-    FCells(columns).find(row, [&](int, int first, int size) {
-        if (size > 0 && first <= wanted && wanted <= first + size) {
+    FCells(columns).find(row, [&](int at, int begin, int length) {
+        // Of two that touch it is the second one.
+        if (length > 0 && begin <= wanted && wanted <= begin + length) {
             bool ok = false;
-            const double value = row.mid(first, size).toDouble(&ok);
+            const double value = row.mid(begin, length).toDouble(&ok);
             if (ok && !qIsNaN(value)) {
                 found = true;
-                *begin = line.begin + first;
-                *length = size;
+                *cell = {line.begin + begin, line.begin + begin + length};
+                *column = at;
             }
         }
-        return first + size > wanted || first > wanted;
+        return begin + length > wanted;
     });
+    return found;
+}
+} // namespace
+
+bool FGenIntRuleProposals::cellAt(const QString &text, int position, const FGenIntColumns &columns,
+                                  int *begin, int *length)
+{
+    Span cell;
+    int column = -1;
+    const bool found = findCell(text, position, columns, &cell, &column);
+    if (found) {
+        *begin = cell.begin;
+        *length = cell.end - cell.begin;
+    }
     return found;
 }
 
@@ -467,9 +417,8 @@ QVector<FGenIntRule> FGenIntRuleProposals::propose(const QString &text, int posi
                                                    const FGenIntColumns &columns, int most)
 {
     Span cell;
-    int length = 0;
-    if (!cellAt(text, position, columns, &cell.begin, &length))
+    int column = -1;
+    if (most <= 0 || !findCell(text, position, columns, &cell, &column))
         return {};
-    cell.end = cell.begin + length;
-    return FProposer(text, cell, columns).run(most);
+    return FProposer(text, cell, column, columns).run(most);
 }
