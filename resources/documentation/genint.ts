@@ -136,14 +136,6 @@
         <translation>the new template</translation>
     </message>
     <message>
-        <source>!FGenIntCommandFileEditorHandle</source>
-        <translation>Hands a change of an input template on to its editor.</translation>
-    </message>
-    <message>
-        <source>!FGenIntCommandFileEditorHandle:example</source>
-        <translation>Made by the editor.</translation>
-    </message>
-    <message>
         <source>!FGenIntComputation</source>
         <translation>A run of an external program: it writes the input templates of its configuration's definition, runs the program and reads the result templates.</translation>
     </message>
@@ -226,10 +218,6 @@
     <message>
         <source>!FGenIntEditor.creator.genericIntegrationEditor():returnValue</source>
         <translation>The editor.</translation>
-    </message>
-    <message>
-        <source>!FGenIntEditor:example</source>
-        <translation>genericIntegrationEditor beam_editor() { .setDefinition(beam_definition); }</translation>
     </message>
     <message>
         <source>!FGenIntFile</source>
@@ -419,14 +407,6 @@
     <message>
         <source>!FGenIntResultsFile.mutableMember.setTabSeaparator(bool,checked):example</source>
         <translation>.setTabSeaparator(true);</translation>
-    </message>
-    <message>
-        <source>!FGenIntResultsFileEditorHandle</source>
-        <translation>Hands a change of a result template on to its editor.</translation>
-    </message>
-    <message>
-        <source>!FGenIntResultsFileEditorHandle:example</source>
-        <translation>Made by the editor.</translation>
     </message>
     <message>
         <source>!FGenIntResultsFileValue</source>
