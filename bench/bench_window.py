@@ -10,6 +10,7 @@ import pathlib
 import subprocess
 
 import bench_project
+import bench_reader
 
 EXAMPLE = pathlib.Path(__file__).parent.parent / "examples" / "beam" / "beam.tbk"
 DESIGNS = 1000
@@ -63,5 +64,32 @@ def run(bench):
     bench.add("window: messages scrolled, each frame", "ms", frame, 16, "GUI thread")
     memory, = numbers("idle", EXAMPLE)
     bench.add("window: memory when idle", "MiB", memory, 150, "resident")
+    editors(bench)
     for path in [large, sample, study]:
         path.unlink()
+
+
+def editors(bench):
+    """The editors on a template and a sample of 30 MB."""
+    def numbers(work, file):
+        return list(map(float, subprocess.run(
+            [str(bench.bin / "bench_window_editors"), work, str(file)], check=True,
+            stdout=subprocess.PIPE, text=True, stderr=subprocess.DEVNULL).stdout.split()))
+
+    template = bench.data / "window_template.inp"
+    with template.open("w", encoding="utf-8") as file:
+        for i in range(1, 30_000_000 // 58):
+            file.write(f"*PARAMETER, <entry>value{i % 50}</entry>, 1.0\n" if i % 2000 == 0 else
+                       f"{i:8d}, {i % 977 / 977:14.8f}, {i % 1009 / 1009:14.8f}, {i * 1e-3:14.6e}\n")
+    plain, opened, key = numbers("template", template)
+    bench.add("window: template of 30 MB opened, first screen coloured", "plain text set",
+              opened / plain, 3, f"{opened:.0f} ms")
+    bench.add("window: a key pressed in it, 95 of 100", "ms", key, 16, "GUI thread")
+    more, = numbers("history", template)
+    bench.add("window: 1,000 edits of it in the history", "MiB", more, 100, "resident")
+    log = bench_reader.generate(bench, "log", 30, "window_log.dat")
+    plain, opened, change = numbers("sample", log)
+    bench.add("window: sample of 30 MB with 100 rules opened", "plain text set", opened / plain, 3,
+              f"{opened:.0f} ms")
+    bench.add("window: its current value changed and marked", "ms", change, 50, "GUI thread")
+    template.unlink()

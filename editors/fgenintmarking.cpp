@@ -36,12 +36,12 @@ public:
         if (!columns.numbers)
             mSeparator = FBoundedExpression::compiled(FGenIntSeparator::pattern(columns));
     }
-    void markOne(const FGenIntText &text);
+    void markOne(const FGenIntText &text, const FGenIntMarks::Places &known);
     void markAverage();
     FGenIntMarks marks;
 
 private:
-    bool findAnchor(const FGenIntText &text);
+    bool findAnchor(const FGenIntText &text, const FGenIntMarks::Places &known);
     void markLine(const QTextBlock &block, const QString &rest, const QString &anchor);
     const QTextDocument &mDocument;
     const FGenIntRule &mRule;
@@ -50,29 +50,30 @@ private:
     bool mNumbers;
 };
 
-bool Marker::findAnchor(const FGenIntText &text)
+bool Marker::findAnchor(const FGenIntText &text, const FGenIntMarks::Places &known)
 {
-    if (mAnchor.contains('\n'))
-        return false; // the text is searched line by line
-    std::vector<FGenIntAnchor> anchors(1);
-    anchors[0].folded = foldAnchor(mAnchor);
-    (mRule.first ? anchors[0].wantFirst : anchors[0].wantLast) = true;
-    findAnchors(text, 0, text.size(), &anchors);
-    const qint64 at = mRule.first ? anchors[0].first : anchors[0].last;
+    const QPair<QString, bool> key(mAnchor, mRule.first);
+    auto found = known.constFind(key);
+    FGenIntMarks::Places own;
+    if (found == known.constEnd()) {
+        own = FGenIntMarks::findAnchorsOf({mRule}, text);
+        found = own.constFind(key);
+    }
+    const int at = *found;
     if (at < 0)
         return false;
     marks.hasAnchor = true;
-    marks.anchor = {int(at), mAnchor.size()};
+    marks.anchor = {at, mAnchor.size()};
     return true;
 }
 
-void Marker::markOne(const FGenIntText &text)
+void Marker::markOne(const FGenIntText &text, const FGenIntMarks::Places &known)
 {
     int count = mRule.line;
     bool isUp = count < 0;
     QTextBlock block;
     if (!mAnchor.isEmpty()) {
-        if (findAnchor(text))
+        if (findAnchor(text, known))
             block = mDocument.findBlock(marks.anchor.begin);
         else
             block = mRule.first ? mDocument.firstBlock() : mDocument.lastBlock();
@@ -129,13 +130,40 @@ void Marker::markLine(const QTextBlock &block, const QString &rest, const QStrin
 }
 } // namespace
 
+FGenIntMarks::Places FGenIntMarks::findAnchorsOf(const QVector<FGenIntRule> &rules,
+                                                 const FGenIntText &text)
+{
+    Places places;
+    std::vector<FGenIntAnchor> anchors;
+    std::vector<QPair<QString, bool>> keys;
+    for (const FGenIntRule &rule : rules) {
+        const QPair<QString, bool> key(QString::fromStdString(rule.anchor), rule.first);
+        if (rule.anchor.empty() || places.contains(key))
+            continue;
+        places.insert(key, -1);
+        if (key.first.contains('\n'))
+            continue; // the text is searched line by line
+        FGenIntAnchor anchor;
+        anchor.folded = foldAnchor(key.first);
+        (rule.first ? anchor.wantFirst : anchor.wantLast) = true;
+        anchors.push_back(std::move(anchor));
+        keys.push_back(key);
+    }
+    if (!anchors.empty())
+        findAnchors(text, 0, text.size(), &anchors);
+    for (size_t i = 0; i < keys.size(); ++i)
+        places[keys[i]] = int(keys[i].second ? anchors[i].first : anchors[i].last);
+    return places;
+}
+
 FGenIntMarks FGenIntMarks::of(const QTextDocument &document, const FGenIntText &text,
-                              const FGenIntRule &rule, const FGenIntColumns &columns)
+                              const FGenIntRule &rule, const FGenIntColumns &columns,
+                              const Places &known)
 {
     Marker marker(document, rule, columns);
     if (rule.average)
         marker.markAverage();
     else
-        marker.markOne(text);
+        marker.markOne(text, known);
     return marker.marks;
 }

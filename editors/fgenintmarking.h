@@ -3,6 +3,7 @@
 #define FGENINTMARKING_H
 #include "fgenintrules.h"
 
+#include <QHash>
 #include <QVector>
 
 class FGenIntText;
@@ -25,8 +26,14 @@ struct FGenIntMarks
     QVector<Span> lines; ///< of an average the last one first
     QVector<Span> cells; ///< fewer if a line has too few columns
 
+    /// Places of anchors that are known already, -1 for one that isn't there; by the anchor and
+    /// whether it is the first.
+    using Places = QHash<QPair<QString, bool>, int>;
+    static Places findAnchorsOf(const QVector<FGenIntRule> &rules, const FGenIntText &text);
+
     /// \p text is the plain text of \p document.
     static FGenIntMarks of(const QTextDocument &document, const FGenIntText &text,
-                           const FGenIntRule &rule, const FGenIntColumns &columns);
+                           const FGenIntRule &rule, const FGenIntColumns &columns,
+                           const Places &known = {});
 };
 #endif

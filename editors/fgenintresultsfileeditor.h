@@ -129,6 +129,7 @@ private:
     QString previewKey() const;
     QStringList runFiles() const;
     const FGenIntText &text();
+    static std::unique_ptr<FGenIntText> textOfSample(const QString &shown);
     QStringList sortedNames();
     void refreshRuns();
     void showRun(const QString &path);
@@ -164,10 +165,11 @@ private:
     QString mTypeBefore; // while averaging
     std::shared_ptr<FTableData> mData;
     std::unique_ptr<FGenIntText> mText;
-    QString mShown;     // the text that is marked: the sample's, or a run's
-    QString mRunPath;   // of the run's file; empty for the sample
-    QString mPreviewed; // what the table was made from
-    int mTask = 0;      // of the worker that counts
+    FGenIntMarks::Places mAnchors; // of a long text, as far as a worker has found them
+    QString mShown;                // the text that is marked: the sample's, or a run's
+    QString mRunPath;              // of the run's file; empty for the sample
+    QString mPreviewed;            // what the table was made from
+    int mTask = 0;                 // of the worker that counts
     bool mReading = false, mOwnChange = false, mRefreshing = false;
 };
 #endif

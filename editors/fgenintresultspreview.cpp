@@ -29,9 +29,19 @@ constexpr int kColumns = 3;               // value, type, button; the note stand
 
 const FGenIntText &FGenIntResultsFileEditor::text()
 {
-    if (!mText)
-        mText = FGenIntText::fromString(mShown);
+    if (!mText) {
+        mText = textOfSample(mShown);
+        mAnchors.clear();
+    }
     return *mText;
+}
+
+/// Bytes are searched faster; places are the same in a text of ASCII.
+std::unique_ptr<FGenIntText> FGenIntResultsFileEditor::textOfSample(const QString &shown)
+{
+    const bool isAscii =
+        std::all_of(shown.cbegin(), shown.cend(), [](QChar c) { return c.unicode() < 0x80; });
+    return isAscii ? FGenIntText::fromBytes(shown.toStdString()) : FGenIntText::fromString(shown);
 }
 
 /// All that the table depends on.
@@ -86,12 +96,15 @@ void FGenIntResultsFileEditor::readOnWorker()
     const QPointer<FGenIntResultsFileEditor> self(this);
     QThreadPool::globalInstance()->start(
         [self, rules, text = mShown, task = mTask, columns = FGenIntReader::columnsOf(*file)] {
-            const auto shown = FGenIntText::fromString(text);
+            const auto shown = textOfSample(text);
             const QVector<FGenIntReading> readings = FGenIntReaderCore(*shown).read(rules, columns);
-            QMetaObject::invokeMethod(qApp, [self, readings, task] {
+            const FGenIntMarks::Places anchors = FGenIntMarks::findAnchorsOf(rules, *shown);
+            QMetaObject::invokeMethod(qApp, [self, readings, anchors, task] {
                 if (!self || self->mTask != task)
                     return;
                 self->mReading = false;
+                self->text();
+                self->mAnchors = anchors;
                 self->mData = f_make_shared<FTableData>();
                 FGenIntReader().take(self->mResultsFile, self->mData, readings);
                 self->refreshValuesSelector();
@@ -204,7 +217,7 @@ void FGenIntResultsFileEditor::highlightCurrentValue()
     mMarks = FGenIntMarks();
     if (file && value && isLoaded()) {
         mMarks = FGenIntMarks::of(*mEdit->document(), text(), FGenIntReader::ruleOf(*value),
-                                  FGenIntReader::columnsOf(*file));
+                                  FGenIntReader::columnsOf(*file), mAnchors);
         // What was marked comes into sight, the cell first of all.
         for (const auto *spans : {&mMarks.lines, &mMarks.cells})
             if (!spans->isEmpty()) {
