@@ -144,6 +144,7 @@ void FGenIntCommandFileEditor::init()
     });
     mRow->addWidget(list);
     layout->addWidget(row);
+    makeNotice(layout);
     layout->addWidget(second, 1);
     takeTheme();
     connect(FTheme::instance(), &FTheme::changed, this, [this] {
@@ -192,6 +193,8 @@ void FGenIntCommandFileEditor::refresh()
         commit();
         load();
         refreshNames();
+        if (!mNotice->isHidden())
+            checkSource();
     }
     showName();
     mList->refreshSoon();
@@ -203,6 +206,7 @@ void FGenIntCommandFileEditor::showEvent(QShowEvent *event)
         registerHandle();
     FTemplateTab::showEvent(event);
     refreshNames();
+    checkSource();
 }
 
 void FGenIntCommandFileEditor::loadText(const QString &text)

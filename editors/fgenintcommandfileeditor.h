@@ -12,6 +12,8 @@ class FGenIntCommandFileEditorHandle;
 class FGenIntEntryList;
 class FToolButton;
 class QHBoxLayout;
+class QLabel;
+class QLayout;
 class QLineEdit;
 
 /// The editor of an input template. In assisted mode numbers become entries by one click, in plain
@@ -70,6 +72,11 @@ private:
     void init();
     void registerHandle();
     void refreshNames();
+    void makeNotice(QLayout *layout);
+    void checkSource();
+    void showDifference();
+    void takeSource();
+    void ignoreSource();
     void showName();
     std::shared_ptr<FGenIntCommandFileEditorHandle> mHandle;
     FExpr<FGenIntCommandFile> mCommandFile;
@@ -78,6 +85,8 @@ private:
     QLineEdit *mName;
     FToolButton *mMode;
     FGenIntEntryList *mList;
+    QWidget *mNotice = nullptr;
+    QLabel *mNoticeText = nullptr;
     QHBoxLayout *mRow = nullptr;
     QElapsedTimer mAltered;
     QStringList mKnownNames;

@@ -417,7 +417,7 @@ void FGenIntResultsFileEditor::selectValueViaHeader(int row) { selectValueViaCel
 
 void FGenIntResultsFileEditor::createParam()
 {
-    const auto fail = [this](const QString &detail) {
+    const auto fail = [](const QString &detail) {
         FLogMsg::error("Resultsfile Editor", "Cannot create parameter.", S(detail), nullptr);
     };
     const auto owner = computation();

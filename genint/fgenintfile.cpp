@@ -6,7 +6,10 @@
 #include "fhistory.h"
 #include "flogmsg.h"
 #include "fmarloctrl.h"
+#include "fproject.h"
 
+#include <QCryptographicHash>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QtEndian>
@@ -19,6 +22,13 @@ const std::string ENTRYGROUP_EXPORTS = "Exports";
 namespace {
 const char kEncoded[] = "[B64]";
 constexpr char kByteOrderMark[] = "\xef\xbb\xbf";
+
+/// What setSource() takes.
+QString stampOf(const QByteArray &bytes, const QString &path)
+{
+    const QByteArray sum = QCryptographicHash::hash(bytes, QCryptographicHash::Sha1).toHex();
+    return QString::fromLatin1(sum) + QLatin1String("  ") + path;
+}
 
 /// The bits of a letter of base64 at each of the four places of a group.
 struct FBase64Bits
@@ -231,7 +241,8 @@ void FGenIntFile::initFromFile(const QString &path)
     if (!file.open(QIODevice::ReadOnly))
         return;
     QString text, encoding, why;
-    if (!FGenIntEncoding::decode(file.readAll(), &text, &encoding, &why)) {
+    const QByteArray bytes = file.readAll();
+    if (!FGenIntEncoding::decode(bytes, &text, &encoding, &why)) {
         FLogMsg::error(getClass(), S(path) + " can't be kept byte for byte", S(why), nullptr);
         return;
     }
@@ -242,9 +253,51 @@ void FGenIntFile::initFromFile(const QString &path)
         takeUtf8(std::make_shared<const std::string>(S(text)));
     if (encoding != mEncoding)
         setEncoding(encoding);
+    setSource(stampOf(bytes, QFileInfo(path).absoluteFilePath()));
     const QString name = QFileInfo(path).fileName();
     setFileName(name);
     setName(S(name));
+}
+
+void FGenIntFile::setSource(const QString &source)
+{
+    const int path = source.indexOf(QLatin1String("  ")) + 2;
+    const QString folder = QFileInfo(FProject::instance()->path()).absolutePath();
+    mSource = path < 2 || QDir::isAbsolutePath(source.mid(path))
+                  ? source
+                  : source.left(path) + QDir::cleanPath(folder + '/' + source.mid(path));
+    FHistoryTransaction transaction(nullptr, F_TEXT("set source"), true);
+    transaction.addStep(shared_from_this());
+}
+
+QString FGenIntFile::sourcePath() const
+{
+    const int path = mSource.indexOf(QLatin1String("  ")) + 2;
+    return path < 2 ? QString() : mSource.mid(path);
+}
+
+QString FGenIntFile::getSource() const
+{
+    const QString path = sourcePath();
+    const QString project = FProject::instance()->savedPath();
+    const QString folder = QFileInfo(project).absolutePath() + '/';
+    return !project.isEmpty() && path.startsWith(folder) && folder.size() > 1
+               ? mSource.left(mSource.size() - path.size()) + path.mid(folder.size())
+               : mSource;
+}
+
+bool FGenIntFile::readChangedSource(QString *text, QString *source) const
+{
+    QFile file(sourcePath());
+    const QFileInfo info(file);
+    if (mSource.isEmpty() || !info.isFile() || !file.open(QIODevice::ReadOnly))
+        return false;
+    const QByteArray bytes = file.readAll();
+    *source = stampOf(bytes, sourcePath());
+    if (*source == mSource)
+        return false;
+    QString encoding, why;
+    return FGenIntEncoding::decode(bytes, text, &encoding, &why);
 }
 
 void FGenIntFile::init(const std::shared_ptr<FGenIntFile> &source) { FManaged::init(source); }
@@ -252,7 +305,7 @@ void FGenIntFile::init(const std::shared_ptr<FGenIntFile> &source) { FManaged::i
 void FGenIntFile::visitState(FStateVisitor &state)
 {
     FManaged::visitState(state);
-    state(mFileName)(mContent)(mUtf8)(mForceWindowsLineEndings)(mEncoding);
+    state(mFileName)(mContent)(mUtf8)(mForceWindowsLineEndings)(mEncoding)(mSource);
 }
 
 void FGenIntFile::initCmds()
@@ -278,6 +331,13 @@ void FGenIntFile::initCmds()
         .systemFlag(2)
         .savedIf([](const FObject *object) {
             return !static_cast<const FGenIntFile *>(object)->getEncoding().isEmpty();
+        });
+    c.attribute("setSource", &FGenIntFile::setSource, &FGenIntFile::getSource, FArg{"source"})
+        .title(F_TEXT("Source"))
+        .hidden()
+        .systemFlag(2)
+        .savedIf([](const FObject *object) {
+            return !static_cast<const FGenIntFile *>(object)->getSource().isEmpty();
         });
     c.attribute("setForceWindowsLineEndings", &FGenIntFile::setForceWindowsLineEndings,
                 &FGenIntFile::getForceWindowsLineEndings, FArg{"forceWindowsLineEndings"})

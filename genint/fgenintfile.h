@@ -47,6 +47,16 @@ public:
     /// How the text is written, in the words of FGenIntEncoding; empty for UTF-8.
     FStatus setEncoding(const QString &encoding);
     const QString &getEncoding() const { return mEncoding; }
+    /// The file on disk that the text was taken from, and what it was like then: the SHA-1 of its
+    /// bytes, two blanks, its path, relative to the project's folder if it lies there. Empty for a
+    /// text that was made otherwise.
+    void setSource(const QString &source);
+    QString getSource() const;
+    /// The path, absolute; empty if there is none.
+    QString sourcePath() const;
+    /// Reads the file anew if it is another one than it was: true, and its text and what
+    /// setSource() takes.
+    bool readChangedSource(QString *text, QString *source) const;
     /// Takes text, encoding and name of a file on disk; does nothing if it can't be opened, or kept
     /// byte for byte, which the log tells.
     void initFromFile(const QString &path);
@@ -67,5 +77,6 @@ private:
     bool mForceWindowsLineEndings = false;
     int mUnescaped = 0;
     QString mEncoding = QLatin1String("");
+    QString mSource = QLatin1String(""); // with an absolute path
 };
 #endif

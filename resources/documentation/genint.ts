@@ -281,6 +281,18 @@
         <translation>.setForceWindowsLineEndings(true);</translation>
     </message>
     <message>
+        <source>!FGenIntFile.attribute.setSource(QString,source)</source>
+        <translation>Notes the file on disk that the text was taken from, so that a change of it can be told.</translation>
+    </message>
+    <message>
+        <source>!FGenIntFile.attribute.setSource(QString,source):argument0</source>
+        <translation>SHA-1 of the bytes of the file, two blanks, its path, relative to the project's folder or absolute.</translation>
+    </message>
+    <message>
+        <source>!FGenIntFile.attribute.setSource(QString,source):example</source>
+        <translation>beam_inp.setSource("da39a3ee5e6b4b0d3255bfef95601890afd80709  beam.inp");</translation>
+    </message>
+    <message>
         <source>!FGenIntResultsFile</source>
         <translation>A result template: the name of a file that the external program leaves, how its lines split into columns, and the rules that find values in it. Its content is a sample of the file.</translation>
     </message>

@@ -25,6 +25,7 @@ private Q_SLOTS:
     void coloursFollowTheEntries();
     void plainModeKeepsWhatItHad();
     void completionAndList();
+    void changedOnDisk();
     void randomUse();
 
 private:
@@ -429,6 +430,53 @@ void TestTemplateEditor::completionAndList()
     QVERIFY(edit()->textCursor().selectionStart() != first);
     Q_EMIT list->itemClicked(list->topLevelItem(1), 0);
     QCOMPARE(edit()->textCursor().selectionStart(), first);
+}
+
+void TestTemplateEditor::changedOnDisk()
+{
+    const QString path = mFolder.path() + "/in.dat";
+    mFile->initFromFile(path);
+    Workbench::turn();
+    hover("length = 1.50");
+    QTest::mouseClick(edit()->addButton(), Qt::LeftButton);
+    auto *notice = mEditor->findChild<QWidget *>("sourceNotice");
+    QVERIFY(!notice->isVisible());
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QByteArray bytes = file.readAll();
+    file.close();
+    bytes.replace("length = 1.50", "length = 9.75").append("one more line\n");
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(bytes);
+    file.close();
+    Q_EMIT qApp->applicationStateChanged(Qt::ApplicationActive);
+    QVERIFY(notice->isVisible());
+    QTimer::singleShot(50, this, [] {
+        auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
+        QVERIFY(dialog);
+        QCOMPARE(dialog->findChild<FEditor *>("difference")->toPlainText().count('+'), 1);
+        dialog->close();
+    });
+    QTest::mouseClick(notice->findChild<QPushButton *>("sourceDifference"), Qt::LeftButton);
+    const size_t steps = FHistory::instance()->stepCount();
+    QTest::mouseClick(notice->findChild<QPushButton *>("sourceTake"), Qt::LeftButton);
+    QCOMPARE(FHistory::instance()->stepCount(), steps + 1);
+    QVERIFY(!notice->isVisible());
+    QVERIFY(text().contains("length = <entry>length</entry>\n") &&
+            text().endsWith("one more line\n"));
+    QCOMPARE(edit()->toPlainText(), text());
+    Workbench::act("editUndo");
+    QVERIFY(!text().contains("one more"));
+    mEditor->hide();
+    mEditor->show();
+    QVERIFY(notice->isVisible());
+    QTest::mouseClick(notice->findChild<QPushButton *>("sourceIgnore"), Qt::LeftButton);
+    QVERIFY(!notice->isVisible() && !text().contains("one more"));
+    // What is known of the file is saved, by a path beside the project.
+    QString why;
+    QVERIFY(FProject::instance()->save(mFolder.path() + "/source.tbk", &why));
+    QFile saved(mFolder.path() + "/source.tbk");
+    QVERIFY(saved.open(QIODevice::ReadOnly) && saved.readAll().contains("  in.dat\")"));
 }
 
 /// Whatever is done, window and model are the same at the end, and undo leads back.

@@ -253,8 +253,7 @@ void TestLineSpans::randomLines()
                                           "name=\"",
                                           ":",
                                           "<ENTRY>",
-                                          "\u2212"
-                                          "5",
+                                          "\xe2\x88\x92" /* a minus sign */,
                                           "<br/>"};
     const QStringList known{"load", "Exports|a.inp"};
     QSet<QString> folded;

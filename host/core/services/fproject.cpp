@@ -187,7 +187,9 @@ QString FProject::text() const
 
 bool FProject::save(const QString &path, QString *why)
 {
+    mTarget = QFileInfo(path).absoluteFilePath();
     const QByteArray bytes = utf8();
+    mTarget.clear();
     if (bytes.size() > FUserFile::kMostBytes) { // it could not be loaded again
         *why = QStringLiteral("The project can't be saved: ") + FUserFile::tooLarge(bytes.size());
         return false;

@@ -47,6 +47,8 @@ public:
 
     /// Absolute path of the file, empty for a project that has none yet.
     const QString &path() const { return mPath; }
+    /// Where the text that is being made will lie: paths in it count from there.
+    const QString &savedPath() const { return mTarget.isEmpty() ? mPath : mTarget; }
     /// A place for a project that was not loaded.
     void setPath(const QString &path);
     static std::vector<std::shared_ptr<FManaged>> savingOrder();
@@ -55,6 +57,7 @@ private:
     bool execute(std::string text, const std::string &name);
 
     QString mPath;
+    QString mTarget; // while it is saved
     std::vector<FScriptError> mErrors, mRenamings;
     bool mIsLoading = false;
     std::vector<std::function<void()>> mStarters;
