@@ -339,6 +339,7 @@ void tst_Definition::importsAreData()
     QStringList mayBeSaid = {"FManaged.addDocu",
                              "FGenIntFile.setContent",
                              "FGenIntFile.setEncoding",
+                             "FGenIntFile.setSource",
                              "FGenIntFile.setFileName",
                              "FGenIntFile.setForceWindowsLineEndings",
                              "FGenIntCommandFile.genericIntegrationCommandFile",

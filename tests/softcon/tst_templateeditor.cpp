@@ -519,7 +519,9 @@ void TestTemplateEditor::randomUse()
             edit()->addEntryViaContextMenu();
             break;
         case 5:
-            Workbench::act("editUndo");
+            mEditor->commit();
+            if (FHistory::instance()->stepCount() > steps) // not the template itself
+                Workbench::act("editUndo");
             break;
         case 6:
             Workbench::act("editRedo");
