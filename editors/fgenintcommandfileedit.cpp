@@ -400,20 +400,18 @@ void FGenIntCommandFileEdit::toggleLineNumbers() { setLineNumbers(!hasLineNumber
 /// Lines are selected by the numbers beside them.
 bool FGenIntCommandFileEdit::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched != lineNumberDisplay())
-        return FEditor::eventFilter(watched, event);
-    const auto *mouse = static_cast<QMouseEvent *>(event);
-    switch (event->type()) {
+    const auto mouse = [event] { return static_cast<QMouseEvent *>(event); };
+    switch (watched == lineNumberDisplay() ? event->type() : QEvent::None) {
     case QEvent::MouseButtonPress:
-        if (mouse->button() != Qt::LeftButton)
+        if (mouse()->button() != Qt::LeftButton)
             break;
         mSelectsLines = true;
-        selectLine(mouse->localPos(), true);
+        selectLine(mouse()->localPos(), true);
         return true;
     case QEvent::MouseMove:
         if (!mSelectsLines)
             break;
-        selectLine(mouse->localPos(), false);
+        selectLine(mouse()->localPos(), false);
         return true;
     case QEvent::MouseButtonRelease:
         mSelectsLines = false;

@@ -54,7 +54,9 @@ FGenIntEntryList::FGenIntEntryList(FGenIntCommandFileEditor *editor)
     header()->setStretchLastSection(false);
     header()->setSectionResizeMode(Name, QHeaderView::Stretch);
     header()->setSectionResizeMode(Value, QHeaderView::ResizeToContents);
-    header()->setSectionResizeMode(Uses, QHeaderView::ResizeToContents);
+    header()->setSectionResizeMode(Uses, QHeaderView::Fixed);
+    header()->resizeSection(Uses, header()->fontMetrics().horizontalAdvance(tr("Uses")) +
+                                      FTheme::space(8));
     headerItem()->setTextAlignment(Value, Qt::AlignRight | Qt::AlignVCenter);
     headerItem()->setTextAlignment(Uses, Qt::AlignRight | Qt::AlignVCenter);
     setMinimumWidth(180);

@@ -186,7 +186,7 @@ QWidget *FGenIntResultsFileEditor::makeControls()
     area->setFocusPolicy(Qt::NoFocus);
     area->setWidget(controls);
     area->setMinimumWidth(controls->sizeHint().width() + FTheme::space(4));
-    all->addWidget(area, 3);
+    all->addWidget(area, 1);
     makePreview(all);
     return pane;
 }
@@ -307,7 +307,7 @@ void FGenIntResultsFileEditor::makeValues(QVBoxLayout *all)
 
 void FGenIntResultsFileEditor::makePreview(QVBoxLayout *all)
 {
-    QVBoxLayout *group = addGroup(all, tr("Results Preview"), this, 2);
+    QVBoxLayout *group = addGroup(all, tr("Results Preview"), this);
     mTable = new QTableWidget(this);
     mTable->setObjectName(QStringLiteral("resultsPreview"));
     mTable->setAccessibleName(tr("Results Preview"));
@@ -324,7 +324,7 @@ void FGenIntResultsFileEditor::makePreview(QVBoxLayout *all)
     area->setFrameShape(QFrame::NoFrame);
     area->setWidgetResizable(true);
     area->setWidget(mTable);
-    area->setMinimumHeight(110);
+    area->setFixedHeight(130);
     area->setFocusPolicy(Qt::NoFocus);
     group->addWidget(area, 1);
     mTells = new QLabel(this);

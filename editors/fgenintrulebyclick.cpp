@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The editor of a result template: a rule out of a click on a number of the sample.
+#include "fcounted.h"
 #include "fgenintreader.h"
 #include "fgenintreadercore.h"
 #include "fgenintresultsfileedit.h"
@@ -19,11 +20,14 @@
 #include <QToolTip>
 
 namespace {
+constexpr int kShownAnchor = 40;
 constexpr qint64 kReadOfRuns = 512 << 20; // bytes of the files of runs that are tried
 
 QString described(const FGenIntRule &rule)
 {
-    const QString anchor = QString::fromStdString(rule.anchor).simplified();
+    QString anchor = QString::fromStdString(rule.anchor).simplified();
+    if (anchor.size() > kShownAnchor)
+        anchor = anchor.left(kShownAnchor - 1) + QChar(0x2026);
     QString place;
     if (anchor.isEmpty())
         place =
@@ -34,9 +38,12 @@ QString described(const FGenIntRule &rule)
     else if (rule.line == 0)
         place = QCoreApplication::translate("RuleByClick", "behind \u201c%1\u201d").arg(anchor);
     else
-        place = QCoreApplication::translate("RuleByClick", "%1 below \u201c%2\u201d")
-                    .arg(rule.line)
-                    .arg(anchor);
+        place =
+            (rule.line < 0 ? QCoreApplication::translate("RuleByClick", "%1 above \u201c%2\u201d")
+                           : QCoreApplication::translate("RuleByClick", "%1 below \u201c%2\u201d"))
+                .arg(counted(qAbs(rule.line), QCoreApplication::translate("RuleByClick", "%1 line"),
+                             QCoreApplication::translate("RuleByClick", "%1 lines")),
+                     anchor);
     if (rule.column > 0)
         place += QCoreApplication::translate("RuleByClick", ", column %1").arg(rule.column);
     if (!anchor.isEmpty())
@@ -85,8 +92,10 @@ QStringList triedOn(const QStringList &files, const QVector<FGenIntRule> &rules,
     for (int i = 0; i < rules.size(); ++i)
         words << (tried == 0 ? QString()
                              : QCoreApplication::translate("RuleByClick",
-                                                           "%1 runs: %2 same, %3 other, %4 missing")
-                                   .arg(tried)
+                                                           "%1: %2 same, %3 other, %4 missing")
+                                   .arg(counted(
+                                       tried, QCoreApplication::translate("RuleByClick", "%1 run"),
+                                       QCoreApplication::translate("RuleByClick", "%1 runs")))
                                    .arg(same[i])
                                    .arg(other[i])
                                    .arg(missing[i]));

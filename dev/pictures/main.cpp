@@ -3,7 +3,10 @@
 // examples and a real solver.
 #include "fdesignspage.h"
 #include "ffinder.h"
+#include "fgenintcommandfileedit.h"
+#include "fgenintcommandfileeditor.h"
 #include "fruncontrol.h"
+#include "fsearchdialog.h"
 #include "fsettingsdialog.h"
 #include "workbench.h"
 
@@ -45,6 +48,50 @@ void take(QWidget *widget, const char *page)
                             .arg(gFolder, QLatin1String(page), QLatin1String(theme), gSuffix));
 }
 
+/// The editor of a template, with the button over the number under the mouse.
+void takeTemplate(Workbench &bench)
+{
+    bench.connector()->tabWidget()->setCurrentIndex(1);
+    Workbench::turn();
+    auto *tab =
+        qobject_cast<FGenIntCommandFileEditor *>(bench.connector()->tabWidget()->currentWidget());
+    FGenIntCommandFileEdit *edit = tab->edit();
+    edit->goTo(edit->document()->find("ELASTIC").blockNumber() + 3);
+    Workbench::turn();
+    const QTextCursor number = edit->document()->find("0.3", edit->document()->find("ELASTIC"));
+    QCursor::setPos(edit->viewport()->mapToGlobal(edit->cursorRect(number).center()));
+    take(bench.window(), "template");
+    edit->startSearch(true);
+    edit->searchDialog()->findChild<QLineEdit *>("searchText")->setText("entry");
+    take(bench.window(), "search");
+    edit->searchDialog()->hide();
+}
+
+/// The editor of a result template, and what a double click on a number offers.
+void takeResults(Workbench &bench)
+{
+    bench.connector()->tabWidget()->setCurrentIndex(2);
+    take(bench.window(), "results");
+    auto *tab = qobject_cast<FTemplateTab *>(bench.connector()->tabWidget()->currentWidget());
+    FEditor *edit = tab->editor();
+    const QPoint place = edit->cursorRect(edit->document()->find("E-11")).center();
+    QTimer::singleShot(800, tab, [&] {
+        const char *theme = FTheme::instance()->isDark() ? "dark" : "light";
+        QPixmap picture = bench.window()->grab();
+        if (QWidget *menu = QApplication::activePopupWidget()) {
+            QPainter painter(&picture);
+            // The window of a user is wider.
+            QPoint at = bench.window()->mapFromGlobal(menu->pos());
+            at.setX(qMin(at.x(), bench.window()->width() - menu->width() - 8));
+            painter.drawPixmap(at, menu->grab());
+            menu->close();
+        }
+        picture.save(
+            QStringLiteral("%1/rule-%2%3.png").arg(gFolder, QLatin1String(theme), gSuffix));
+    });
+    QTest::mouseDClick(edit->viewport(), Qt::LeftButton, {}, place);
+}
+
 void beamPages()
 {
     Workbench bench(copyOf("beam"));
@@ -62,11 +109,10 @@ void beamPages()
     }
     QTabWidget *documents = bench.window()->documents();
     documents->setCurrentWidget(bench.connector()->widget());
-    for (const auto &[page, tab] : {std::pair{"template", 1}, {"results", 2}})
-        if (isWanted(page)) {
-            bench.connector()->tabWidget()->setCurrentIndex(tab);
-            take(bench.window(), page);
-        }
+    if (isWanted("template") || isWanted("search"))
+        takeTemplate(bench);
+    if (isWanted("results") || isWanted("rule"))
+        takeResults(bench);
     bench.connector()->gotoOverview();
     if (isWanted("preview")) {
         Workbench::act("runPreview");

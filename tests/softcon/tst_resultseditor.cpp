@@ -446,6 +446,17 @@ void TestResultsEditor::triedOnARun()
     Q_EMIT source->activated(0);
     QCOMPARE(table()->item(0, 0)->text(), QStringLiteral("12.5"));
     QVERIFY(mFile->text().startsWith("a 1 2")); // nothing of the run is in the model
+    // A rule that is proposed tells what it reads in the runs.
+    QString offered;
+    QTimer::singleShot(50, mEditor, [&] {
+        auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+        QVERIFY(menu);
+        QTRY_VERIFY(menu->actions().value(2)->text().contains("run"));
+        offered = menu->actions().value(2)->text();
+        menu->close();
+    });
+    mEditor->readValueAt(mFile->text().indexOf("12.5"), QPoint(50, 50));
+    QVERIFY2(offered.endsWith("1 run: 0 same, 1 other, 0 missing"), qPrintable(offered));
 }
 
 /// A worker reads what is long; what it gives is what the reader gives.

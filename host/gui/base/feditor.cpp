@@ -97,7 +97,8 @@ void FEditor::updateLineNumberAreaWidth(int)
     mDisplay->setGeometry(room.left(), room.top(), left, inner.height());
     mMap->setGeometry(inner.right() + 1, room.top(), right, inner.height());
     if (bottom > 0)
-        mBottomBar->setGeometry(room.left(), room.bottom() + 1 - bottom, room.width(), bottom);
+        mBottomBar->setGeometry(room.left(), inner.bottom() + 1, left + inner.width() + right,
+                                bottom);
 }
 
 void FEditor::setLineNumbers(bool shown)

@@ -38,7 +38,6 @@ FSearchDialog::FSearchDialog(QPlainTextEdit *edit)
     mWith->setAccessibleName(tr("Replacement"));
     mWith->setPlaceholderText(tr("Replace with"));
     mSays->setObjectName(QStringLiteral("muted"));
-    mSays->setMinimumWidth(fontMetrics().horizontalAdvance(tr("10000 of 10000 ")));
     mCase = makeOption("searchCase", QStringLiteral("Aa"), tr("Match case"));
     mWord = makeOption("searchWord", QStringLiteral("\u201cw\u201d"), tr("Whole words"));
     mRegular = makeOption("searchRegular", QStringLiteral(".*"), tr("Regular expression"));
@@ -91,9 +90,8 @@ void FSearchDialog::makeRows()
                          static_cast<QWidget *>(mAll), static_cast<QWidget *>(before),
                          static_cast<QWidget *>(next), static_cast<QWidget *>(mSays)})
         row->addWidget(one, one == mFind ? 1 : 0);
-    row->addStretch(1);
     row->addWidget(close);
-    mFind->setMinimumWidth(160);
+    mFind->setMinimumWidth(120);
 
     auto *one = new QPushButton(tr("Replace"), this),
          *all = new QPushButton(tr("Replace all"), this);
@@ -107,7 +105,7 @@ void FSearchDialog::makeRows()
     second->addWidget(mWith, 1);
     second->addWidget(one);
     second->addWidget(all);
-    second->addStretch(1);
+    second->addSpacing(close->sizeHint().width() + FTheme::space(1));
     mReplaceRow->hide();
 
     auto *rows = new QVBoxLayout(this);
