@@ -3,6 +3,7 @@
 
 #include "fgenintwritercore.h"
 
+#include <QStringList>
 #include <algorithm>
 
 namespace {

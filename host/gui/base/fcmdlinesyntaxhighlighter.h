@@ -3,8 +3,8 @@
 #define FCMDLINESYNTAXHIGHLIGHTER_H
 #include <QColor>
 #include <QSyntaxHighlighter>
-#include <QTextDocument>
 #include <QTextBlock>
+#include <QTextDocument>
 #include <QTextLayout>
 #include <QTimer>
 
