@@ -4,6 +4,10 @@
 #include "fdesignsmodel.h"
 #include "fdesignspage.h"
 #include "feditor.h"
+#include "fgenintcommandfilebuttons.h"
+#include "fgenintcommandfileedit.h"
+#include "fgenintcommandfileeditor.h"
+#include "fgenintresultsfileeditor.h"
 #include "foutputpanel.h"
 #include "fpreviewdialog.h"
 #include "fproblemspanel.h"
@@ -19,6 +23,7 @@ private Q_SLOTS:
     void initTestCase();
     void beamByMouse();
     void thirtyDesignsFromASpreadsheet();
+    void ownProjectByClicks();
     void mistakesAreSeenBeforeTheRun();
     void stepsOfTheUserAsScript();
 
@@ -178,6 +183,116 @@ void TestJourneys::thirtyDesignsFromASpreadsheet()
     // A change that doesn't touch its inputs runs nothing anew.
     Workbench::act("runFailed");
     QVERIFY(waitForRuns());
+}
+
+/// From an empty project to a column of results: a number becomes an entry by a click, a number of
+/// the result a rule by a double click, and all of it goes back and comes again.
+void TestJourneys::ownProjectByClicks()
+{
+    // The solver's input file as somebody has it, without tags.
+    QString deck;
+    {
+        Workbench example(copyOf("beam"));
+        deck = example.definition()->getFile("beam.inp")->text();
+    }
+    deck.replace("<entry>width</entry>", "0.01").replace("<entry>height</entry>", "0.02");
+    deck.replace("<entry>load</entry>", "100");
+    const QString input = mFolder.path() + "/own.inp";
+    QFile file(input);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(deck.toUtf8());
+    file.close();
+
+    Workbench bench;
+    QString why;
+    QVERIFY2(FProject::instance()->save(mFolder.path() + "/own.tbk", &why), qPrintable(why));
+    FHistory::instance()->markClean();
+    QVERIFY(FProjectControl::instance()->open(mFolder.path() + "/own.tbk"));
+    Workbench::turn();
+    QVERIFY(bench.dropFiles({input}, SoftConInput));
+    QTest::mouseDClick(bench.view()->viewport(), Qt::LeftButton, {},
+                       bench.onScreen(bench.items<FSoftConFileNameItem>()[0]));
+    Workbench::turn();
+    bench.connector()->gotoTab(FExpr<FGenIntFile>(bench.definition()->getFile("own.inp")));
+    Workbench::turn();
+    auto *tab =
+        qobject_cast<FGenIntCommandFileEditor *>(bench.connector()->tabWidget()->currentWidget());
+    QVERIFY(tab);
+    FGenIntCommandFileEdit *edit = tab->edit();
+    const QTextCursor number = edit->document()->find("100", edit->document()->find("*CLOAD"));
+    edit->goTo(number.blockNumber() + 1);
+    Workbench::turn();
+    QCursor::setPos(edit->viewport()->mapToGlobal(edit->cursorRect(number).center()));
+    edit->viewport()->repaint();
+    QVERIFY(edit->addButton()->isVisible());
+    QTest::mouseClick(edit->addButton(), Qt::LeftButton);
+    Workbench::turn();
+    // It has no word before it; the name is given at the tag.
+    QCursor::setPos(edit->viewport()->mapToGlobal(
+        edit->cursorRect(edit->document()->find("newEntry")).center()));
+    edit->viewport()->repaint();
+    QTimer::singleShot(50, edit, [] {
+        auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+        QVERIFY(menu);
+        QTest::mouseClick(menu, Qt::LeftButton, {},
+                          menu->actionGeometry(menu->actions()[0]).center());
+    });
+    QTest::mouseClick(edit->editButton(), Qt::LeftButton);
+    QTest::keyClicks(edit->nameField(), "load");
+    QTest::keyClick(edit->nameField(), Qt::Key_Return);
+    Workbench::turn();
+    QVERIFY(bench.definition()->rootEntry("load"));
+
+    FDispatcher::script("parameter pull(100);");
+    const std::string name = bench.computation()->getName();
+    FDispatcher::script(name + ".setApplication(\"ccx\");");
+    FDispatcher::script(name + ".setArguments(\"-i own\");");
+    FDispatcher::script(bench.computation()->getConfiguration().getPtr()->getName() +
+                        ".setEntry(\"load\",pull);");
+    FDispatcher::script("design strong(); strong.setValue(\"pull\",250);");
+    Workbench::act("runAll");
+    QVERIFY(waitForRuns());
+    const QString result = mFolder.path() + "/own_designs/baseline/" + Q(name) + "/own.dat";
+    QVERIFY2(QFile::exists(result), qPrintable(result));
+    bench.connector()->gotoOverview();
+    QVERIFY(bench.dropFiles({result}, SoftConOutput));
+    bench.connector()->gotoTab(FExpr<FGenIntFile>(bench.definition()->getFile("own.dat")));
+    Workbench::turn();
+    auto *rules =
+        qobject_cast<FGenIntResultsFileEditor *>(bench.connector()->tabWidget()->currentWidget());
+    QVERIFY(rules);
+    const QTextCursor force = rules->editor()->document()->find("-1.000000E+02");
+    QVERIFY(!force.isNull());
+    QTimer::singleShot(200, rules, [] {
+        auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+        QVERIFY(menu);
+        QTest::keyClick(menu, Qt::Key_Return);
+    });
+    QTest::mouseDClick(rules->editor()->viewport(), Qt::LeftButton, {},
+                       rules->editor()->cursorRect(force).center() - QPoint(20, 0));
+    Workbench::turn();
+    auto *table = rules->findChild<QTableWidget *>("resultsPreview");
+    QCOMPARE(table->item(0, 0)->text(), QStringLiteral("-100"));
+    QTest::mouseClick(qobject_cast<QToolButton *>(table->cellWidget(0, 2)), Qt::LeftButton);
+    Workbench::turn();
+    Workbench::act("viewDesigns");
+    const QAbstractItemModel *designs = bench.window()->designs()->table()->model();
+    const QString title = "eval_" + table->verticalHeaderItem(0)->text();
+    QVERIFY2(column(designs, title) > 0, qPrintable(title));
+    // The runs are older than the rule: the one that is shown is read again, the other runs anew.
+    Workbench::act("runRead");
+    QTRY_COMPARE(cell(designs, 0, title).toDouble(), -100.0);
+    Workbench::act("runAll");
+    QVERIFY(waitForRuns());
+    QTRY_COMPARE(cell(designs, 1, title).toDouble(), -250.0);
+
+    const QString text = FProject::instance()->text();
+    while (FHistory::instance()->canUndo())
+        Workbench::act("editUndo");
+    QVERIFY(bench.items<FSoftConInputTemplateItem>().empty());
+    while (FHistory::instance()->canRedo())
+        Workbench::act("editRedo");
+    QCOMPARE(FProject::instance()->text(), text);
 }
 
 /// A typo in a tag, an anchor that isn't there, a program that isn't found.

@@ -12,6 +12,7 @@ private Q_SLOTS:
     void initTestCase() { Workbench::once(mFolder.path()); }
     void filesBecomeItems();
     void inputBecomesTemplate();
+    void editorOfADefinition();
     void limits();
     void namesOfEntries();
     void deletingTakesAlong();
@@ -104,6 +105,43 @@ void TestWorkbench::filesBecomeItems()
     QCOMPARE(bench.items<FSoftConObjectItem>().size(), all.size());
     QCOMPARE(saved(), text);
     QVERIFY(!FProjectControl::instance()->isModified());
+}
+
+/// A connector for each computation of the definition; a tab that has gone hears of nothing.
+void TestWorkbench::editorOfADefinition()
+{
+    Workbench bench;
+    FDispatcher::script("genericIntegrationDefinition shared();"
+                        "genericIntegrationConfiguration k1() { .setDefinition(shared); }"
+                        "genericIntegrationConfiguration k2() { .setDefinition(shared); }"
+                        "genericIntegrationComputation one() { .setConfiguration(k1); }"
+                        "genericIntegrationComputation two() { .setConfiguration(k2); }"
+                        "genericIntegrationDefinition lonely();");
+    Workbench::turn();
+    for (const auto &own : getManageds<FSoftwareConnector>())
+        if (own->getName() != bench.connector()->getName())
+            FDispatcher::script(own->getName() + ".destroy();");
+    Workbench::turn();
+    const size_t before = getManageds<FSoftwareConnector>().size();
+    FDispatcher::script("genericIntegrationEditor e(); e.setDefinition(lonely);");
+    Workbench::turn();
+    QCOMPARE(getManageds<FSoftwareConnector>().size(), before);
+    FDispatcher::script("e.setDefinition(shared);");
+    Workbench::turn();
+    QCOMPARE(getManageds<FSoftwareConnector>().size(), before + 2);
+    QVERIFY(FObjectManager::instance()->find("one_Connector"));
+    QVERIFY(FObjectManager::instance()->find("two_Connector"));
+
+    bench.connector()->addInputTemplateFromString("x = 1\n", "gone.inp");
+    const auto file = bench.definition()->getFile("gone.inp");
+    bench.connector()->gotoTab(FExpr<FGenIntFile>(file));
+    Workbench::turn();
+    QCOMPARE(bench.connector()->tabWidget()->count(), 2);
+    bench.connector()->closeTab(1);
+    Workbench::turn();
+    file->setContent("x = 2\n");
+    Workbench::turn();
+    QCOMPARE(bench.connector()->tabWidget()->count(), 1);
 }
 
 void TestWorkbench::inputBecomesTemplate()
