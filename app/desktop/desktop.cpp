@@ -21,6 +21,7 @@ int FDesktop::run(const FDesktopOptions &options)
         FTheme::instance()->setChoice(choice);
     else
         FSettingsDialog::applyTheme();
+    FSettingsDialog::applyHistoryLimit();
     FSoftConLooks::add();
     FMainWindow window;
     FSoftConLooks::addTo(&window);

@@ -14,6 +14,7 @@
 #include "fproject.h"
 #include "fprojectcontrol.h"
 #include "fselectionset.h"
+#include "fsettingsdialog.h"
 #include "ftheme.h"
 #include "toy.h"
 
@@ -38,6 +39,7 @@ private Q_SLOTS:
     void menuEntryOfTheRegistry();
     void projectIsAskedFor();
     void copyAndPaste();
+    void settingsCount();
     void actionsAreSound();
     void looksAreSound();
 
@@ -348,6 +350,18 @@ void TestWindow::copyAndPaste()
     QVERIFY(copy);
     QCOMPARE(copy->getSize(), 4.0);
     QCOMPARE(FHistory::instance()->stepCount(), steps + 1);
+}
+
+void TestWindow::settingsCount()
+{
+    const size_t before = FHistory::instance()->limit();
+    FSettingsDialog dialog;
+    dialog.findChild<QSpinBox *>("historyLimit")->setValue(64);
+    QCOMPARE(FHistory::instance()->limit(), size_t(64) << 20);
+    FHistory::instance()->setLimit(before);
+    FSettingsDialog::applyHistoryLimit(); // as the next start does
+    QCOMPARE(FHistory::instance()->limit(), size_t(64) << 20);
+    FHistory::instance()->setLimit(before);
 }
 
 /// Each action has a text and a tip, and no shortcut or mnemonic means two things.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fsettingsdialog.h"
 
+#include "fhistory.h"
 #include "fini.h"
 #include "fruncontrol.h"
 #include "fsoftconbase.h"
@@ -14,6 +15,7 @@
 namespace {
 const char *const kTheme = "Desktop/theme";
 const char *const kPathLength = "Software Connector/Input File Path Length";
+const char *const kHistoryLimit = "Desktop/historyLimit"; // MiB
 constexpr int kUsualPathLength = 30;
 } // namespace
 
@@ -22,6 +24,14 @@ void FSettingsDialog::applyTheme()
     FTheme::Choice choice = FTheme::Choice::System;
     FTheme::fromText(FIni().value(QLatin1String(kTheme)).toString(), &choice);
     FTheme::instance()->setChoice(choice);
+}
+
+void FSettingsDialog::applyHistoryLimit()
+{
+    bool isNumber = false;
+    const int limit = FIni().value(QLatin1String(kHistoryLimit)).toInt(&isNumber);
+    if (isNumber && limit > 0)
+        FHistory::instance()->setLimit(size_t(limit) << 20);
 }
 
 FSettingsDialog::FSettingsDialog()
@@ -71,5 +81,17 @@ FSettingsDialog::FSettingsDialog()
                 one->updateInputFileItems();
     });
     form->addRow(tr("&Paths in labels"), length);
+
+    auto *history = new QSpinBox(content);
+    history->setObjectName(QStringLiteral("historyLimit"));
+    history->setRange(16, 1 << 16);
+    history->setSuffix(tr(" MB"));
+    history->setValue(int(FHistory::instance()->limit() >> 20));
+    history->setToolTip(tr("Memory that steps which can be undone may take; the oldest go first"));
+    connect(history, qOverload<int>(&QSpinBox::valueChanged), this, [](int value) {
+        FIni().setValue(QLatin1String(kHistoryLimit), value);
+        applyHistoryLimit();
+    });
+    form->addRow(tr("&Undo keeps"), history);
     setContent(content);
 }

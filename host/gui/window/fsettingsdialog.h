@@ -11,5 +11,7 @@ public:
     FSettingsDialog();
     /// The theme that the settings ask for.
     static void applyTheme();
+    /// Takes the limit of the history from the settings.
+    static void applyHistoryLimit();
 };
 #endif
