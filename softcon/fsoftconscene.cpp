@@ -147,8 +147,10 @@ void FSoftConScene::init()
                        "text files will be added automatically.)"),
         tr("Scan for results"));
     scan->setCheckable(true);
-    scan->setEnabled(false);
-    scan->setToolTip(scan->toolTip() + later);
+    connect(scan, &QToolButton::clicked, this, [this](bool checked) {
+        if (const auto connector = getConnector())
+            connector->scanForResults(checked);
+    });
     mScanButton = addFurniture(scan);
     FToolButton *link =
         button("softConButton", ":/softConIcon",

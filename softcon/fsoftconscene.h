@@ -54,6 +54,15 @@ public:
                                        const std::string &filePath,
                                        const std::string &rootPath) const;
     void createItems(const std::vector<std::shared_ptr<FSoftConItemStructure>> &structures) const;
+    /// Makes items of the files that the computation has left later than \p since and that are no
+    /// pure text, as long as the button says so.
+    void scanForResults(const QDateTime &since) const;
+    void scanDirForResults(const QString &dir, const QString &root,
+                           std::vector<std::shared_ptr<FSoftConItemStructure>> &out,
+                           const QDateTime &since) const;
+    /// True if an item of a result file holds the name of the file, wherever that lies.
+    bool containsImport(const QString &path) const;
+    bool isScanning() const;
     void createItems(const QStringList &files, const FExpr<FObject> &object,
                      const QString &rootPath, bool relative) const;
     void collectItems(const QString &path, const FExpr<FObject> &object, const QString &rootPath,

@@ -192,9 +192,14 @@ void FSoftwareConnector::setComputation(const FExpr<FExternComputation> &computa
             disconnect(old->getSignalRapper(), nullptr, this, nullptr);
     mComputation = computation;
     if (const auto now = genIntComputation())
-        if (const auto *relay = now->getSignalRapper())
+        if (const auto *relay = now->getSignalRapper()) {
             connect(relay, &FGenIntCompSignalRapper::genIntCompDestroyed, this,
                     &FSoftwareConnector::computationDestroyed);
+            connect(relay, &FGenIntCompSignalRapper::genIntRunStarted, this,
+                    &FSoftwareConnector::prepareToScanForResults);
+            connect(relay, &FGenIntCompSignalRapper::genIntRunEnded, this,
+                    &FSoftwareConnector::scanForResults);
+        }
     mComputationDestroyed = false;
     if (scene())
         scene()->setComputation(mComputation);
@@ -428,4 +433,15 @@ void FSoftwareConnector::disableGui(bool flag, int dbId)
     const auto *command = creator ? creator->isFCmd() : nullptr;
     if (const auto computation = command ? command->result().ptr<FGenIntComputation>() : nullptr)
         computation->enableSoftCons(flag);
+}
+
+void FSoftwareConnector::prepareToScanForResults()
+{
+    mScanStartTime = QDateTime::currentDateTime();
+}
+
+void FSoftwareConnector::scanForResults(bool run)
+{
+    if (run && scene())
+        scene()->scanForResults(mScanStartTime);
 }

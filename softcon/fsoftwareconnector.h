@@ -88,6 +88,9 @@ public:
 
 public Q_SLOTS:
     void computationDestroyed();
+    void prepareToScanForResults();
+    /// Scans for files of the last run, or since the connector was made.
+    void scanForResults(bool run);
     int addNewTab(const FExpr<FGenIntFile> &file);
     void removeOldTab(const FExpr<FGenIntFile> &file);
     void closeTab(int index);

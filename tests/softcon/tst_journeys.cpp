@@ -24,6 +24,7 @@ private Q_SLOTS:
     void beamByMouse();
     void thirtyDesignsFromASpreadsheet();
     void ownProjectByClicks();
+    void scanForResults();
     void mistakesAreSeenBeforeTheRun();
     void stepsOfTheUserAsScript();
 
@@ -293,6 +294,55 @@ void TestJourneys::ownProjectByClicks()
     while (FHistory::instance()->canRedo())
         Workbench::act("editRedo");
     QCOMPARE(FProject::instance()->text(), text);
+}
+
+/// What a run leaves becomes items: no text, nothing twice, nothing of a run without the button.
+void TestJourneys::scanForResults()
+{
+    Workbench bench;
+    QString why;
+    QVERIFY2(FProject::instance()->save(mFolder.path() + "/scan.tbk", &why), qPrintable(why));
+    FHistory::instance()->markClean();
+    QVERIFY(FProjectControl::instance()->open(mFolder.path() + "/scan.tbk"));
+    const std::string name = bench.computation()->getName();
+    FDispatcher::script("parameter x(1);" + name + ".setApplication(\"sh\");" + name +
+                        ".setArguments(\"-c 'mkdir -p sub; printf \\\\000 > a.bin; "
+                        "printf \\\\000 > sub/b.res; echo text > c.txt; echo 1,2 > d.csv'\");");
+    Workbench::turn();
+    Workbench::act("runAll");
+    QVERIFY(waitForRuns());
+    QTest::qWait(50);
+    QVERIFY(bench.items<FSoftConImportItem>().empty());
+    QAbstractButton *scan = nullptr;
+    for (QGraphicsItem *one : bench.scene()->items())
+        if (auto *proxy = dynamic_cast<QGraphicsProxyWidget *>(one))
+            if (proxy->widget() && proxy->widget()->accessibleName() == "Scan for results")
+                scan = qobject_cast<QAbstractButton *>(proxy->widget());
+    QVERIFY(scan && scan->isEnabled() && !scan->isChecked());
+    scan->click(); // at once, for the run that has been
+    Workbench::turn();
+    QStringList found;
+    for (const auto *item : bench.items<FSoftConImportItem>())
+        found << Q(item->getItemObject()
+                       .ptr<FEntry>()
+                       ->getValue()
+                       .getPtr()
+                       ->castTo<FBasicType>()
+                       ->toPlainString());
+    found.sort();
+    QCOMPARE(found, (QStringList{"a.bin", "d.csv", "sub/b.res"}));
+    QCOMPARE(FHistory::instance()->undoText(), std::string("scan for results"));
+    Workbench::act("editUndo");
+    QVERIFY(bench.items<FSoftConImportItem>().empty());
+    FDispatcher::script("x.setValue(2);" + name +
+                        ".setArguments(\"-c 'printf \\\\000 > e.bin'\");");
+    Workbench::act("runAll");
+    QVERIFY(waitForRuns());
+    QTRY_COMPARE(bench.items<FSoftConImportItem>().size(), size_t(1)); // of this run alone
+    scan->click();
+    scan->click();
+    Workbench::turn();
+    QCOMPARE(bench.items<FSoftConImportItem>().size(), size_t(1));
 }
 
 /// A typo in a tag, an anchor that isn't there, a program that isn't found.
