@@ -47,15 +47,9 @@ FGenIntCommandFileEditor::FGenIntCommandFileEditor(QWidget *parent,
     : FTemplateTab(parent, computation)
     , mHandle(f_make_shared<FGenIntCommandFileEditorHandle>(this))
     , mCommandFile(file)
-    , mEdit(nullptr)
-    , mName(new QLineEdit(this))
-    , mMode(new FToolButton(this))
-    , mList(nullptr)
 {
     mHandle->setImediateUpdate(true);
-    init();
     setFile(file.getPtr());
-    showName();
     registerHandle();
 }
 
@@ -88,6 +82,8 @@ void FGenIntCommandFileEditor::registerHandle()
 
 void FGenIntCommandFileEditor::init()
 {
+    mName = new QLineEdit(this);
+    mMode = new FToolButton(this);
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
@@ -152,6 +148,7 @@ void FGenIntCommandFileEditor::init()
         mEdit->highlighter()->rehighlight();
         mEdit->viewport()->update();
     });
+    showName();
 }
 
 void FGenIntCommandFileEditor::addBackButton(QWidget *button)
@@ -160,12 +157,13 @@ void FGenIntCommandFileEditor::addBackButton(QWidget *button)
     mRow->insertSpacing(1, 8 - mRow->spacing());
 }
 
-bool FGenIntCommandFileEditor::isAssisted() const { return mMode->isChecked(); }
+bool FGenIntCommandFileEditor::isAssisted() const { return !mMode || mMode->isChecked(); }
 
 void FGenIntCommandFileEditor::showName()
 {
     const auto file = commandFile();
-    if (!file || mName->text() == file->getFileName() || (mName->hasFocus() && mName->isModified()))
+    if (!file || !mName || mName->text() == file->getFileName() ||
+        (mName->hasFocus() && mName->isModified()))
         return;
     mName->setText(file->getFileName());
 }
@@ -184,6 +182,8 @@ void FGenIntCommandFileEditor::refreshNames()
 
 void FGenIntCommandFileEditor::refresh()
 {
+    if (!isBuilt())
+        return;
     mMode->setToolTip(isAssisted() ? tr("Enter plain mode") : tr("Enter assisted mode"));
     if (isAssisted())
         mEdit->highlighter()->goOn();

@@ -39,7 +39,11 @@ public:
     ~FGenIntCommandFileEditor() override;
     void setCommandFile(const FExpr<FGenIntCommandFile> &file);
     std::shared_ptr<FGenIntCommandFile> commandFile() const;
-    FGenIntCommandFileEdit *edit() const { return mEdit; }
+    FGenIntCommandFileEdit *edit() const
+    {
+        ensureBuilt();
+        return mEdit;
+    }
     /// False in plain mode.
     bool isAssisted() const;
     /// Puts the text into the model now.
@@ -64,6 +68,7 @@ public Q_SLOTS:
     void startTextAltering();
 
 protected:
+    void build() override { init(); }
     void loadText(const QString &text) override;
     void addBackButton(QWidget *button) override;
     void showEvent(QShowEvent *event) override;
@@ -81,10 +86,10 @@ private:
     std::shared_ptr<FGenIntCommandFileEditorHandle> mHandle;
     FExpr<FGenIntCommandFile> mCommandFile;
     FExprBase mDefinition;
-    FGenIntCommandFileEdit *mEdit;
-    QLineEdit *mName;
-    FToolButton *mMode;
-    FGenIntEntryList *mList;
+    FGenIntCommandFileEdit *mEdit = nullptr;
+    QLineEdit *mName = nullptr;
+    FToolButton *mMode = nullptr;
+    FGenIntEntryList *mList = nullptr;
     QWidget *mNotice = nullptr;
     QLabel *mNoticeText = nullptr;
     QHBoxLayout *mRow = nullptr;

@@ -58,7 +58,6 @@ FGenIntResultsFileEditor::FGenIntResultsFileEditor(QWidget *parent,
     , mRowsCommand(mAverageRows)
 {
     mHandle->setImediateUpdate(true);
-    init();
     setFile(file.getPtr());
     registerHandle();
 }

@@ -86,6 +86,7 @@ public Q_SLOTS:
     void refreshResultsPreview();
 
 protected:
+    void build() override { init(); }
     void loadText(const QString &text) override;
     void addBackButton(QWidget *button) override;
     void showEvent(QShowEvent *event) override;

@@ -280,7 +280,7 @@ void FGenIntResultsFileEditor::paintMarks()
     tellDifference();
 }
 
-/// The marks follow agreed steps; where the reader reads another place, words say so.
+/// The marks follow fixed steps; where the reader reads another place, words say so.
 void FGenIntResultsFileEditor::tellDifference()
 {
     QString says;

@@ -87,6 +87,18 @@ FTemplateTab::FTemplateTab(QWidget *parent, const FExpr<FExternComputation> &com
 
 FTemplateTab::~FTemplateTab() = default;
 
+void FTemplateTab::ensureBuilt() const
+{
+    if (!mEditor)
+        const_cast<FTemplateTab *>(this)->build();
+}
+
+FEditor *FTemplateTab::editor() const
+{
+    ensureBuilt();
+    return mEditor;
+}
+
 void FTemplateTab::setEditor(FEditor *editor)
 {
     mEditor = editor;
@@ -106,17 +118,14 @@ void FTemplateTab::setFile(const std::shared_ptr<FGenIntFile> &file)
         load();
 }
 
-void FTemplateTab::setFocusToEditor()
-{
-    if (mEditor)
-        mEditor->setFocus(Qt::OtherFocusReason);
-}
+void FTemplateTab::setFocusToEditor() { editor()->setFocus(Qt::OtherFocusReason); }
 
 void FTemplateTab::load()
 {
     const auto file = mFile.lock();
     if (!file || (mIsLoaded && mLoaded == file->text()))
         return;
+    ensureBuilt();
     mIsLoaded = true;
     mLoaded = file->text();
     loadText(shownForm(mLoaded));
@@ -145,6 +154,7 @@ void FTemplateTab::showText(const QString &text)
 
 void FTemplateTab::showEvent(QShowEvent *event)
 {
+    ensureBuilt();
     makeBackButton();
     QFrame::showEvent(event);
     load();
@@ -187,7 +197,7 @@ void FTemplateTab::goBack()
     if (!tabs)
         return;
     tabs->setCurrentIndex(0);
-    // The count falls as the index rises: every second tab stays, by agreement.
+    // The count falls as the index rises: every second tab stays.
     if (tabs->tabBar()->isHidden())
         for (int index = 1; tabs->count() > index; ++index)
             tabs->removeTab(index);

@@ -25,7 +25,7 @@ public:
     {
         mComputation = computation;
     }
-    FEditor *editor() const { return mEditor; }
+    FEditor *editor() const;
     /// The model's text as it was loaded or put there last.
     const QString &loadedText() const { return mLoaded; }
     void setFocusToEditor();
@@ -52,6 +52,10 @@ Q_SIGNALS:
     void gotFocus();
 
 protected:
+    /// Makes the widgets, when the tab is first seen or asked for one.
+    virtual void build() = 0;
+    void ensureBuilt() const;
+    bool isBuilt() const { return mEditor != nullptr; }
     void setEditor(FEditor *editor);
     void setFile(const std::shared_ptr<FGenIntFile> &file);
     /// Puts \p text into the editor; what is the same stays, with place and selection.

@@ -204,7 +204,7 @@ void LineReader::findMarkup()
 {
     for (auto &[key, at] : mKeys)
         at = mLine.indexOf(QLatin1String(key), 1);
-    const int contentBegin = mLine.indexOf('>') + 1; // of the line's first element, by agreement
+    const int contentBegin = mLine.indexOf('>') + 1; // of the line's first element
     int position = 0;
     QString tag, shown;
     QSet<QString> unclosed; // looking for one of these once more finds nothing

@@ -270,7 +270,7 @@ void TestResultsEditor::averages()
 }
 
 /// Random texts and rules: the marked cell is the one that is read, but where steps and reader are
-/// agreed to part ways.
+/// known to part ways.
 void TestResultsEditor::marksAgreeWithTheReader()
 {
     static const char *const kWords[] = {"alpha", "Beta",  "1",   "2.5", "-3e2", "\t", "  ",
