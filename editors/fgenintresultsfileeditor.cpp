@@ -30,6 +30,7 @@
 #include <QScrollArea>
 #include <QSplitter>
 #include <QTableWidget>
+#include <QTimer>
 
 QColor FGenIntResultsFileEditor::sAnchorBackground = QColor(168, 247, 247);
 QColor FGenIntResultsFileEditor::sAnchorForeground = Qt::black;
@@ -251,6 +252,7 @@ void FGenIntResultsFileEditor::makeValues(QVBoxLayout *all)
     mSelector->setInsertPolicy(QComboBox::InsertAtCurrent);
     mSelector->setDuplicatesEnabled(true);
     mSelector->setCompleter(nullptr);
+    mSelector->lineEdit()->setAccessibleName(tr("Name"));
     mSelector->lineEdit()->setValidator(
         new QRegExpValidator(QRegExp(QStringLiteral("[\\d|\\s|\\w]*")), this));
     row(group, tr("Name"), {mDelete, mSelector, mAdd}, "valueName");
@@ -391,14 +393,18 @@ void FGenIntResultsFileEditor::changeEvent(QEvent *event)
 
 void FGenIntResultsFileEditor::focusOutEvent(QFocusEvent *event)
 {
-    FIni().setValue(kSplitterKey, mSplitter->saveState());
+    if (isBuilt())
+        FIni().setValue(kSplitterKey, mSplitter->saveState());
     FTemplateTab::focusOutEvent(event);
 }
 
 void FGenIntResultsFileEditor::showEvent(QShowEvent *event)
 {
+    const bool isFirst = !isLoaded();
     FTemplateTab::showEvent(event);
     refreshRuns();
+    if (isFirst) // once more when the text has its place
+        QTimer::singleShot(0, this, [this] { highlightCurrentValue(); });
 }
 
 void FGenIntResultsFileEditor::refresh()

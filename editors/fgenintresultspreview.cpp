@@ -18,6 +18,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QPointer>
+#include <QScrollBar>
 #include <QTableWidget>
 #include <QTextBlock>
 #include <QThreadPool>
@@ -218,7 +219,8 @@ void FGenIntResultsFileEditor::highlightCurrentValue()
     if (file && value && isLoaded()) {
         mMarks = FGenIntMarks::of(*mEdit->document(), text(), FGenIntReader::ruleOf(*value),
                                   FGenIntReader::columnsOf(*file), mAnchors);
-        // What was marked comes into sight, the cell first of all.
+        // What was marked comes into sight, the cell first of all, and its line from the start.
+        mEdit->horizontalScrollBar()->setValue(0);
         for (const auto *spans : {&mMarks.lines, &mMarks.cells})
             if (!spans->isEmpty()) {
                 QTextCursor cursor(mEdit->document());

@@ -82,6 +82,7 @@ FTemplateTab::FTemplateTab(QWidget *parent, const FExpr<FExternComputation> &com
 {
     setFrameStyle(QFrame::NoFrame);
     setFocusPolicy(Qt::WheelFocus);
+    setAccessibleName(tr("Template"));
     connect(FActions::instance(), &FActions::aboutToRun, this, [this] { commit(); });
 }
 

@@ -105,6 +105,7 @@ void FSoftwareConnector::init()
 {
     if (FTabWidget *tabs = tabWidget()) {
         tabs->setObjectName(QStringLiteral("softCon"));
+        tabs->setAccessibleName(tr("Workbench"));
         auto *bar = new FSoftConTabBar(tabs);
         bar->setObjectName(QStringLiteral("softConTabBar"));
         tabs->setTabBar(bar);

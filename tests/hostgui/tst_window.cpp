@@ -16,6 +16,7 @@
 #include "fselectionset.h"
 #include "fsettingsdialog.h"
 #include "ftheme.h"
+#include "looks.h"
 #include "toy.h"
 
 #include <QtTest>
@@ -400,12 +401,28 @@ void TestWindow::looksAreSound()
         return 0.2126 * part(color.redF()) + 0.7152 * part(color.greenF()) +
                0.0722 * part(color.blueF());
     };
-    const std::pair<const char *, const char *> pairs[] = {
-        {"text", "base"},    {"text", "window"},     {"text", "selection"},
-        {"muted", "base"},   {"muted", "window"},    {"muted", "header"},
-        {"accent", "base"},  {"accent", "window"},   {"good", "base"},
-        {"bad", "base"},     {"bad", "window"},      {"warning", "warning-ground"},
-        {"warning", "base"}, {"on-accent", "accent"}};
+    const std::pair<const char *, const char *> pairs[] = {{"text", "base"},
+                                                           {"text", "window"},
+                                                           {"text", "selection"},
+                                                           {"muted", "base"},
+                                                           {"muted", "window"},
+                                                           {"muted", "header"},
+                                                           {"accent", "base"},
+                                                           {"accent", "window"},
+                                                           {"good", "base"},
+                                                           {"bad", "base"},
+                                                           {"bad", "window"},
+                                                           {"warning", "warning-ground"},
+                                                           {"warning", "base"},
+                                                           {"on-accent", "accent"},
+                                                           {"tag", "base"},
+                                                           {"tag-name", "base"},
+                                                           {"tag-error", "base"},
+                                                           {"possible", "possible-ground"},
+                                                           {"found", "found-ground"},
+                                                           {"anchor", "anchor-ground"},
+                                                           {"result-line", "result-line-ground"},
+                                                           {"cell", "cell-ground"}};
     for (const bool dark : {false, true})
         for (const auto &[front, back] : pairs) {
             const double a = luminance(FTheme::instance()->colorOf(front, dark)) + 0.05;
@@ -416,16 +433,8 @@ void TestWindow::looksAreSound()
                                                      .arg(contrast)
                                                      .arg(dark ? "dark" : "light")));
         }
-    for (const QWidget *widget : mWindow->findChildren<QWidget *>()) {
-        if (!(widget->focusPolicy() & Qt::TabFocus) || !widget->isVisible())
-            continue;
-        const auto *button = qobject_cast<const QAbstractButton *>(widget);
-        const bool isNamed =
-            !widget->accessibleName().isEmpty() || (button && !button->text().isEmpty()) ||
-            qobject_cast<const QTabBar *>(widget) || widget->objectName().startsWith("qt_");
-        QVERIFY2(isNamed, qPrintable(QString("%1 %2").arg(widget->metaObject()->className(),
-                                                          widget->objectName())));
-    }
+    const QStringList faults = faultsOfLooks(mWindow);
+    QVERIFY2(faults.isEmpty(), qPrintable(faults.join('\n')));
 }
 
 QTEST_MAIN(TestWindow)

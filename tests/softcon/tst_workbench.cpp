@@ -2,6 +2,7 @@
 // The workbench by the hands of a user: files dropped, items clicked, deleted, taken back.
 #include "ffeatures.h"
 #include "fmarloctrl.h"
+#include "looks.h"
 #include "workbench.h"
 
 class TestWorkbench : public QObject
@@ -13,6 +14,7 @@ private Q_SLOTS:
     void filesBecomeItems();
     void inputBecomesTemplate();
     void editorOfADefinition();
+    void looksOfTheTabs();
     void limits();
     void namesOfEntries();
     void deletingTakesAlong();
@@ -142,6 +144,27 @@ void TestWorkbench::editorOfADefinition()
     file->setContent("x = 2\n");
     Workbench::turn();
     QCOMPARE(bench.connector()->tabWidget()->count(), 1);
+}
+
+/// Every tab of the examples, in a large window and in a small one.
+void TestWorkbench::looksOfTheTabs()
+{
+    for (const char *example : {"beam", "filter", "chain"}) {
+        Workbench bench(QStringLiteral(F_SOURCE_DIR "/examples/%1/%1.tbk").arg(example));
+        for (const QSize &size : {QSize(1440, 900), QSize(1024, 720)}) {
+            bench.window()->resize(size);
+            QTabWidget *tabs = bench.connector()->tabWidget();
+            for (int i = 0; i < tabs->count(); ++i) {
+                tabs->setCurrentIndex(i);
+                Workbench::turn();
+                const QStringList faults = faultsOfLooks(bench.window());
+                QVERIFY2(faults.isEmpty(), qPrintable(QStringLiteral("%1, %2, %3 wide\n%4")
+                                                          .arg(example, tabs->tabText(i))
+                                                          .arg(size.width())
+                                                          .arg(faults.join('\n'))));
+            }
+        }
+    }
 }
 
 void TestWorkbench::inputBecomesTemplate()
