@@ -127,6 +127,8 @@ private:
     void paintMarks();
     void tellDifference();
     void readOnWorker();
+    bool hasExpression() const;
+    bool isCellSafe(const FGenIntResultsFileValue &value) const;
     QString previewKey() const;
     QStringList runFiles() const;
     const FGenIntText &text();

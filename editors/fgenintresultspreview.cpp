@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The editor of a result template: what its rules read, as a table and as marks in the text.
 #include "fdesign.h"
+#include "fgenintcells.h"
 #include "fgenintencoding.h"
 #include "fgenintreader.h"
 #include "fgenintreadercore.h"
@@ -74,7 +75,8 @@ void FGenIntResultsFileEditor::refreshResultsPreview()
         setResultsPreviewBlank();
         return;
     }
-    if (mShown.size() > kLongSample) {
+    // A worker reads what may take long, for its length or for the separator's expression.
+    if (mShown.size() > kLongSample || hasExpression()) {
         readOnWorker();
         return;
     }
@@ -110,6 +112,8 @@ void FGenIntResultsFileEditor::readOnWorker()
                 FGenIntReader().take(self->mResultsFile, self->mData, readings);
                 self->refreshValuesSelector();
                 self->fillPreview();
+                if (self->hasExpression())
+                    self->highlightCurrentValue();
             });
         });
 }
@@ -211,14 +215,37 @@ void FGenIntResultsFileEditor::fillPreview()
     paintMarks();
 }
 
+bool FGenIntResultsFileEditor::hasExpression() const
+{
+    const auto file = resultsFile();
+    return file && FGenIntSeparator(FGenIntReader::columnsOf(*file)).isExpression();
+}
+
+/// An expression may run on for ever and can't be interrupted here: a cell is looked for when the
+/// reader, which can be ended, has found it.
+bool FGenIntResultsFileEditor::isCellSafe(const FGenIntResultsFileValue &value) const
+{
+    if (!hasExpression())
+        return true;
+    if (mReading || !mData || mPreviewed != previewKey())
+        return false;
+    for (const FTableRow &row : mData->values())
+        if (row.name == value.mName)
+            return !std::isnan(row.value) || !row.cell.isEmpty();
+    return false;
+}
+
 void FGenIntResultsFileEditor::highlightCurrentValue()
 {
     const auto file = resultsFile();
     const auto value = currentValue();
     mMarks = FGenIntMarks();
     if (file && value && isLoaded()) {
-        mMarks = FGenIntMarks::of(*mEdit->document(), text(), FGenIntReader::ruleOf(*value),
-                                  FGenIntReader::columnsOf(*file), mAnchors);
+        mMarks = FGenIntMarks::of(
+            *mEdit->document(), text(), FGenIntReader::ruleOf(*value),
+            isCellSafe(*value) ? FGenIntReader::columnsOf(*file) : FGenIntColumns(), mAnchors);
+        if (!isCellSafe(*value))
+            mMarks.cells.clear();
         // What was marked comes into sight, the cell first of all, and its line from the start.
         mEdit->horizontalScrollBar()->setValue(0);
         for (const auto *spans : {&mMarks.lines, &mMarks.cells})

@@ -33,6 +33,7 @@ private Q_SLOTS:
     void doubtIsSeen();
     void triedOnARun();
     void longSample();
+    void endlessExpression();
 
 private:
     template <class T>
@@ -477,6 +478,36 @@ void TestResultsEditor::longSample()
     mEditor->selectValueViaHeader(1);
     QCOMPARE(marked(mEditor->marks().cells.value(0)), QStringLiteral("-42.5"));
     QVERIFY(mEditor->editor()->textCursor().blockNumber() > 1000);
+}
+
+/// An expression that would run for hours neither holds the window up nor marks anything; a sound
+/// one marks what it read.
+void TestResultsEditor::endlessExpression()
+{
+    mFile->setContent(QString(200, 'a') + " 5\n7;8\n");
+    Workbench::turn();
+    rule("v", 0, 1, "", "First");
+    QTest::mouseClick(child<QRadioButton>("customSeparator"), Qt::LeftButton);
+    auto *expression = child<QLineEdit>("regExpSeparator");
+    const auto type = [&](const QString &text) {
+        expression->setFocus();
+        expression->selectAll();
+        QTest::keyClicks(expression, text);
+        QElapsedTimer time;
+        time.start();
+        QTest::keyClick(expression, Qt::Key_Return);
+        return time.elapsed();
+    };
+    QVERIFY(type("(a*)*(a*)*(a*)*\\1\\2\\3b") < 1000);
+    QCOMPARE(mEditor->marks().lines.size(), 1);
+    QVERIFY(mEditor->marks().cells.isEmpty());
+    QVERIFY(type("[;|]x?") < 1000);
+    mFile->getCurrentValue().getPtr()->mLine = 1;
+    child<FSpinBox>("valueLine")->setValue(0);
+    child<FSpinBox>("valueLine")->setValue(1);
+    QTRY_COMPARE_WITH_TIMEOUT(table()->item(0, 0)->text(), QStringLiteral("8"), 15000);
+    QTRY_VERIFY(!mEditor->marks().cells.isEmpty());
+    QCOMPARE(marked(mEditor->marks().cells[0]), QStringLiteral("8"));
 }
 
 QTEST_MAIN(TestResultsEditor)
