@@ -3,6 +3,8 @@
 
 #include "fcmdbinder.h"
 #include "fconfigurationgenint.h"
+#include "fexterncomputation.h"
+#include "ffeatures.h"
 #include "ffilevalues.h"
 #include "fgenintcommandfile.h"
 #include "fgenintresultsfile.h"
@@ -311,9 +313,23 @@ void FDefinitionGenInt::save(const std::unordered_set<FExpr<FManaged, false>> &o
             if (const auto feature = geometry->getFeatureDefinition().ptr<FManaged>())
                 all.insert(FExpr<FManaged, false>(feature));
     }
+    // The same text each time, and each object behind those that it refers to.
+    std::vector<std::shared_ptr<FManaged>> sorted;
     for (const auto &object : all)
         if (object)
-            object->saveScopeManner(stream, 0, false, false);
+            sorted.push_back(object.getPtr());
+    const auto rank = [](const FManaged &object) {
+        return dynamic_cast<const FConfiguration *>(&object)           ? 1
+               : dynamic_cast<const FExternComputation *>(&object)     ? 2
+               : dynamic_cast<const FFeatureDefinitionBase *>(&object) ? 0
+                                                                       : 3;
+    };
+    std::sort(sorted.begin(), sorted.end(), [&](const auto &a, const auto &b) {
+        const int left = rank(*a), right = rank(*b);
+        return left != right ? left < right : a->getName() < b->getName();
+    });
+    for (const auto &object : sorted)
+        object->saveScopeManner(stream, 0, false, false);
     stream << "curFile : " << (mCurFile ? mCurFile->getName() : "NULL") << "\n";
     stream << "lastFile : " << (mLastFile ? mLastFile->getName() : "NULL") << "\n";
     stream.flush();

@@ -6,6 +6,8 @@
 #include "fgenintcommandfile.h"
 #include "fgenintcomputation.h"
 #include "fgenintresultsfile.h"
+#include "fkeptconnector.h"
+#include "fobjectmanager.h"
 
 #include <set>
 
@@ -69,4 +71,14 @@ void FGenIntWorkbench::setInstance(FGenIntWorkbench *workbench)
     theWorkbench() = workbench ? workbench : &none;
     if (workbench)
         feed = QObject::connect(FChanges::instance(), &FChanges::changed, &tell);
+}
+
+std::shared_ptr<FManaged> FGenIntWorkbench::connectorOf(const FGenIntComputation *computation)
+{
+    for (const auto &one : getManageds<FKeptConnector>()) {
+        const auto kept = one.getPtr();
+        if (kept && kept->getComputation().getExpr().get() == computation)
+            return kept;
+    }
+    return nullptr;
 }

@@ -6,6 +6,7 @@
 class FDefinitionGenInt;
 class FGenIntComputation;
 class FGenIntFile;
+class FManaged;
 class FGenIntResultsFile;
 
 /// What the model asks of an open workbench. Without one every call is a no-op. Notices of changes
@@ -26,6 +27,8 @@ public:
     virtual void open(const FGenIntComputation *) {}
     /// The same; a connector that has to be made gets that name.
     virtual void openAs(const FGenIntComputation *, const std::string &) {}
+    /// The connector of a computation; null if it has none.
+    virtual std::shared_ptr<FManaged> connectorOf(const FGenIntComputation *computation);
     /// Shows the editor of a template file.
     virtual void openFile(const FObject *, const FGenIntFile *) {}
     /// The tabs of a template file take its present name.

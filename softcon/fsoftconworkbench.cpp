@@ -115,6 +115,11 @@ void FSoftConWorkbench::openAs(const FGenIntComputation *computation, const std:
     }
 }
 
+std::shared_ptr<FManaged> FSoftConWorkbench::connectorOf(const FGenIntComputation *computation)
+{
+    return FSoftwareConnector::of(computation);
+}
+
 void FSoftConWorkbench::openFile(const FObject *object, const FGenIntFile *file)
 {
     const auto *computation = dynamic_cast<const FGenIntComputation *>(object);

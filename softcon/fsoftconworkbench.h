@@ -18,6 +18,7 @@ public:
     void disableGui(const FGenIntComputation *computation, bool disable) override;
     void open(const FGenIntComputation *computation) override;
     void openAs(const FGenIntComputation *computation, const std::string &name) override;
+    std::shared_ptr<FManaged> connectorOf(const FGenIntComputation *computation) override;
     void openFile(const FObject *computation, const FGenIntFile *file) override;
     void renameTab(const FGenIntFile *file) override;
 

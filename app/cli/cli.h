@@ -28,6 +28,7 @@ struct FCliOptions
     std::vector<std::string> computations, sets, expressions, templates;
     int jobs = 0;
     double timeout = -1;
+    bool chain = false, only = false;
     bool allDesigns = false, keepGoing = false, json = false, markdown = false;
 };
 
@@ -40,6 +41,8 @@ int check(const FCliOptions &options);
 int save(const FCliOptions &options);
 int importDefinition(const FCliOptions &options);
 int add(const FCliOptions &options);
+int exportSetup(const FCliOptions &options);
+int importSetup(const FCliOptions &options);
 int commands(const FCliOptions &options);
 int help(const FCliOptions &options);
 

@@ -115,6 +115,23 @@ int runProgram(int argc, char **argv)
     import->add_option("FILE", options.file, "definition or set-up file (.ovdl)")->required();
     import->add_option("--output", options.output, "project file to write")->required();
 
+    CLI::App *exportSetup = project(
+        command("export", "Write a coupling, or a chain of them, to a file for another project.",
+                &FCli::exportSetup));
+    exportSetup->add_option("--computation", options.computations, "the computation")
+        ->allow_extra_args(false)
+        ->required();
+    CLI::Option *chain =
+        exportSetup->add_flag("--chain", options.chain, "with all that it is linked to");
+    exportSetup->add_flag("--only", options.only, "alone")->excludes(chain);
+    exportSetup->add_option("--output", options.output, "set-up file to write (.ovdl)")->required();
+
+    CLI::App *importSetup =
+        command("import", "Take a coupling or a chain into a project.", &FCli::importSetup);
+    importSetup->add_option("FILE", options.file, "set-up file (.ovdl)")->required();
+    importSetup->add_option("--into", options.project, "project that gets it (default: a new one)");
+    importSetup->add_option("--output", options.output, "project file to write")->required();
+
     CLI::App *add = project(command(
         "add", "Put a file into a project byte for byte, or make a project with it.", &FCli::add));
     CLI::Option *input =

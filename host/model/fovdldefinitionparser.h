@@ -49,6 +49,8 @@ public:
     virtual void importObjectsFromString(const QString &) {}
 
 protected:
+    /// The name that the text gives the definition; it may have another one by now.
+    const std::string &givenName() const { return mName; }
     /// Reads the object half, which begins on \p line, without touching the definition: false if it
     /// can't be taken in. Called before anything is made.
     virtual bool prepareObjects(const QString &, size_t /*line*/) { return true; }

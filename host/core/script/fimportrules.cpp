@@ -18,6 +18,8 @@ bool FImportRules::allows(const FCommandInfo &command) const
         return command.saved && std::any_of(mClasses.begin(), mClasses.end(), understood);
     case FCommandKind::Member:
     case FCommandKind::MutableMember:
+        if (mKnowsProject && command.isConst())
+            return true;
         return (command.isConst() || command.fills) &&
                std::any_of(mClasses.begin(), mClasses.end(), understood);
     case FCommandKind::Global:

@@ -11,13 +11,18 @@
 class FImportRules
 {
 public:
-    explicit FImportRules(std::vector<const FClassInfo *> classes)
+    /// With \p knowsProject values may refer to objects of the project, and read from them; still
+    /// only what the script itself makes is changed.
+    explicit FImportRules(std::vector<const FClassInfo *> classes, bool knowsProject = false)
         : mClasses(std::move(classes))
+        , mKnowsProject(knowsProject)
     {
     }
     bool allows(const FCommandInfo &command) const;
+    bool knowsProject() const { return mKnowsProject; }
 
 private:
     std::vector<const FClassInfo *> mClasses;
+    bool mKnowsProject;
 };
 #endif

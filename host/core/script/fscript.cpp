@@ -51,7 +51,9 @@ void FScriptReader::report(size_t offset, const FReason &reason)
 
 void FScriptReader::failAt(size_t offset, const FReason &reason)
 {
-    report(offset, reason);
+    // Whatever else is wrong with an entry comes from what the project lacks.
+    if (!mIsEntry || !noteMissing(offset))
+        report(offset, reason);
     throw Failure();
 }
 
@@ -182,7 +184,7 @@ std::shared_ptr<FObject> FScriptReader::creator()
     const std::shared_ptr<FObject> object = command->result().getExpr();
     const auto managed = std::dynamic_pointer_cast<FManaged>(object);
     if (mRules)
-        mMade[given.text] = object;
+        (*mMade)[given.text] = object;
     if (managed && managed->isRegistered() && managed->getName() != given.text) {
         const bool taken = bool(FObjectManager::instance()->find(given.text));
         const FReason why = "the name " + given.text + (taken ? " is taken" : " is no identifier");
@@ -235,10 +237,14 @@ void FScriptReader::block(const std::shared_ptr<FObject> &object)
 void FScriptReader::member(const std::shared_ptr<FObject> &object)
 {
     const size_t offset = mLexer.peek().start;
+    mIsEntry = mRules && mRules->knowsProject() && mLexer.second().text == "setEntry";
+    mUnknown.clear();
     FExprBase value(object);
     value = postfix(value);
     expectSymbol(";", "\";\" behind the attribute");
-    execute(value, offset);
+    if (!noteMissing(offset))
+        execute(value, offset);
+    mIsEntry = false;
 }
 
 std::vector<FExprBase> FScriptReader::arguments()
@@ -355,6 +361,10 @@ FExprBase FScriptReader::call(const FExprBase &receiver, const FScriptToken &wor
     const auto info = FCommands::pick(candidates, args, &why);
     if (!info)
         failAt(word.start, why.about(word.text));
+    if (mRules && !info->isPure() && !isOwn(receiver))
+        failAt(word.start,
+               FReason::unexpected("data only, as this comes from elsewhere",
+                                   "the command \"" + word.text + "\" on what is there already"));
     const auto node = FCmd::make(info);
     node->setReceiver(receiver);
     node->setArguments(args);
@@ -459,7 +469,28 @@ FExprBase FScriptReader::name()
         return FExprBase(f_make_shared<FDouble>(quietNan()));
     if (word.text == "inf")
         return FExprBase(f_make_shared<FDouble>(std::numeric_limits<double>::infinity()));
+    if (mIsEntry)
+        mUnknown.push_back(word.text);
     return FExprBase(f_make_shared<FWord>(word.text));
+}
+
+/// True if the present entry refers to what isn't there, which is noted.
+bool FScriptReader::noteMissing(size_t offset)
+{
+    if (mUnknown.empty())
+        return false;
+    std::string names;
+    for (const std::string &name : std::exchange(mUnknown, {}))
+        names += (names.empty() ? "" : ", ") + name;
+    mMissing.push_back(errorAt(offset, FReason("the project has no object called " + names)));
+    return true;
+}
+
+bool FScriptReader::isOwn(const FExprBase &receiver) const
+{
+    return std::any_of(
+        mMade->begin(), mMade->end(),
+        [&](const auto &made) { return made.second == receiver.getExpr(); });
 }
 
 void FScriptReader::keepAllowed(Candidates *candidates, size_t offset, const std::string &word)
@@ -478,8 +509,10 @@ std::shared_ptr<FObject> FScriptReader::findObject(const std::string &name) cons
 {
     if (!mRules)
         return FObjectManager::instance()->find(name);
-    const auto at = mMade.find(name);
-    return at == mMade.end() ? nullptr : at->second;
+    const auto at = mMade->find(name);
+    if (at != mMade->end())
+        return at->second;
+    return mRules->knowsProject() ? FObjectManager::instance()->find(name) : nullptr;
 }
 
 FExprBase FScript::parseExpression(const std::string &text, std::vector<FScriptError> *errors,

@@ -33,6 +33,12 @@ public:
     /// Takes the script as data from elsewhere: it may say what the rules allow, and knows the
     /// objects only that it has made itself. They must outlive the reader.
     void setRules(const FImportRules *rules) { mRules = rules; }
+    /// Objects by the names that scripts of one origin give them; several readers may share one.
+    using Known = std::map<std::string, std::shared_ptr<FObject>>;
+    void setKnown(Known *known) { mMade = known; }
+    /// Entries that weren't set, under rules that know the project, because it lacks an object that
+    /// they refer to.
+    const std::vector<FScriptError> &missing() const { return mMissing; }
 
 private:
     struct Failure
@@ -62,6 +68,8 @@ private:
     FExprBase name();
     FExprBase call(const FExprBase &receiver, const FScriptToken &word);
     void execute(const FExprBase &expr, size_t offset);
+    bool noteMissing(size_t offset);
+    bool isOwn(const FExprBase &receiver) const;
 
     struct Nesting
     {
@@ -74,7 +82,11 @@ private:
     std::string mFile;
     std::vector<FScriptError> mErrors, mRenamings;
     const FImportRules *mRules = nullptr;
-    std::map<std::string, std::shared_ptr<FObject>> mMade; // under rules only
+    Known mOwn;
+    Known *mMade = &mOwn; // under rules only
+    std::vector<FScriptError> mMissing;
+    std::vector<std::string> mUnknown; // names in the entry that is being set
+    bool mIsEntry = false;
     FExprBase mLast;
     int mDepth = 0;
     bool mLogging = true;
