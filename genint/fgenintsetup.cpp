@@ -14,9 +14,11 @@
 #include "flogmsg.h"
 #include "fmarloctrl.h"
 #include "fobjectmanager.h"
+#include "fsafefile.h"
 #include "fscript.h"
 #include "fscriptlexer.h"
 
+#include <QTemporaryFile>
 #include <algorithm>
 
 namespace {
@@ -243,6 +245,26 @@ void FGenIntSetup::write(const std::shared_ptr<FGenIntComputation> &computation,
             objects.insert(FExpr<FManaged, false>(connector));
         definition->save(objects, file);
     }
+}
+
+bool FGenIntSetup::save(const std::shared_ptr<FGenIntComputation> &computation, bool chain,
+                        const QString &path, QString *why)
+{
+    QTemporaryFile parts;
+    if (!parts.open()) {
+        *why = parts.errorString();
+        return false;
+    }
+    write(computation, chain, parts);
+    parts.seek(0);
+    const QByteArray bytes = parts.readAll();
+    if (bytes.isEmpty() || parts.error() != QFileDevice::NoError) {
+        *why = bytes.isEmpty() ? Q(computation->getName()) +
+                                     " has no configuration with a definition: nothing to export"
+                               : parts.errorString();
+        return false;
+    }
+    return FSafeFile::write(path, bytes, why);
 }
 
 FGenIntSetup::Outcome FGenIntSetup::read(const std::string &text, const std::string &file)

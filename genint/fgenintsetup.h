@@ -23,6 +23,10 @@ What ask(const std::shared_ptr<FGenIntComputation> &computation);
 /// is passed over.
 void write(const std::shared_ptr<FGenIntComputation> &computation, bool chain, QFile &file);
 
+/// The same into a file of its own, in one step; false with the reason if nothing was written.
+bool save(const std::shared_ptr<FGenIntComputation> &computation, bool chain, const QString &path,
+          QString *why);
+
 struct Outcome
 {
     Computations computations;

@@ -204,9 +204,8 @@ void FSoftConComputationItem::contextMenuEvent(QGraphicsSceneContextMenuEvent *e
     connect(read, &QAction::triggered, scene, &FSoftConScene::readResults);
     connect(add(":/configPreview", tr("Show preview of input files")), &QAction::triggered, scene,
             &FSoftConScene::showOutputFilesPreview);
-    QAction *write = add(":/filesaveas", tr("Export software connector to file"));
-    write->setEnabled(false);
-    write->setToolTip(tr("Not available yet in this version."));
+    connect(add(":/filesaveas", tr("Export software connector to file")), &QAction::triggered,
+            scene, &FSoftConScene::exportIntegration);
     menu.exec(event->screenPos());
     event->accept();
 }

@@ -11,6 +11,7 @@
 #include "fgenintcomputation.h"
 #include "fgenintresultsfile.h"
 #include "fhistory.h"
+#include "fimportsoftwareconnector.h"
 #include "flooks.h"
 #include "fmainwindow.h"
 #include "fobjectmanager.h"
@@ -106,6 +107,16 @@ void openProblem(const FProblem &problem)
     }
     if (object)
         FSelectionSet::instance()->set({FExprBase(std::shared_ptr<FObject>(object))}, true);
+}
+
+/// Takes in a set-up file, or the one that the user chooses.
+void importSetup(const QString &path)
+{
+    const auto before = getManageds<FGenIntComputation>().size();
+    FImportSoftwareConnector::mpNull->read(S(path));
+    const auto all = getManageds<FGenIntComputation>();
+    for (size_t i = before; i < all.size(); ++i)
+        all[i]->openSoftwareConnector();
 }
 
 QString notOpen()
@@ -210,6 +221,18 @@ void FSoftConLooks::addTo(FMainWindow *window)
     };
     info.whyNot = notOpen;
     table->add(info);
+
+    info = FActionInfo();
+    info.id = QStringLiteral("insertSetup");
+    info.menu = QStringLiteral("Insert");
+    info.place = 2.1;
+    info.text = tr("Set-up from &file\u2026");
+    info.icon = QStringLiteral(":/import");
+    info.toolTip = tr("Take a coupling or a chain from a file that was exported");
+    info.run = [] { importSetup(QString()); };
+    info.whyNot = notOpen;
+    table->add(info);
+    window->setFileHandler(QStringLiteral("ovdl"), &importSetup);
 
     info = FActionInfo();
     info.id = QStringLiteral("runRead");

@@ -63,6 +63,8 @@ public:
     /// True if an item of a result file holds the name of the file, wherever that lies.
     bool containsImport(const QString &path) const;
     bool isScanning() const;
+    /// Asks what and where to, and writes a set-up file.
+    void exportIntegration() const;
     void createItems(const QStringList &files, const FExpr<FObject> &object,
                      const QString &rootPath, bool relative) const;
     void collectItems(const QString &path, const FExpr<FObject> &object, const QString &rootPath,

@@ -5,10 +5,8 @@
 #include "flogmsg.h"
 #include "fobjectmanager.h"
 #include "fproject.h"
-#include "fsafefile.h"
 #include "fuserfile.h"
 
-#include <QTemporaryFile>
 #include <iostream>
 #include <unistd.h>
 
@@ -54,20 +52,9 @@ int FCli::exportSetup(const FCliOptions &options)
     const auto what = whatToExport(options, computation);
     if (what == FGenIntSetup::What::Nothing)
         return kUsage;
-    QTemporaryFile parts;
-    if (!parts.open()) {
-        err("cannot write " + options.output + ": " + S(parts.errorString()));
-        return kUnwritable;
-    }
-    FGenIntSetup::write(computation, what == FGenIntSetup::What::Chain, parts);
-    parts.seek(0);
-    const QByteArray bytes = parts.readAll();
-    if (bytes.isEmpty()) {
-        err("computation " + name + " has no configuration with a definition: nothing to export");
-        return kFailed;
-    }
     QString why;
-    if (!FSafeFile::write(Q(options.output), bytes, &why)) {
+    if (!FGenIntSetup::save(computation, what == FGenIntSetup::What::Chain, Q(options.output),
+                            &why)) {
         err("cannot write " + options.output + ": " + S(why));
         return kUnwritable;
     }

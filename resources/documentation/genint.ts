@@ -425,6 +425,38 @@
         <translation>One rule: it names a value and tells where in a result file it stands, by anchor, occurrence, line and column, or as an average over the last rows.</translation>
     </message>
     <message>
+        <source>!FImportSoftwareConnector</source>
+        <translation>Brings a saved coupling, or a chain of them, into the project.</translation>
+    </message>
+    <message>
+        <source>!FImportSoftwareConnector.creator.softwareConnectorImport()</source>
+        <translation>Makes an import.</translation>
+    </message>
+    <message>
+        <source>!FImportSoftwareConnector.creator.softwareConnectorImport():example</source>
+        <translation>softwareConnectorImport import()</translation>
+    </message>
+    <message>
+        <source>!FImportSoftwareConnector.creator.softwareConnectorImport():returnValue</source>
+        <translation>The import, which reads files.</translation>
+    </message>
+    <message>
+        <source>!FImportSoftwareConnector.mutableMember.read(string,fileName)</source>
+        <translation>Reads a set-up file into the project, as one step; when a part of it fails, nothing is changed.</translation>
+    </message>
+    <message>
+        <source>!FImportSoftwareConnector.mutableMember.read(string,fileName):argument0</source>
+        <translation>The file; empty asks for it.</translation>
+    </message>
+    <message>
+        <source>!FImportSoftwareConnector.mutableMember.read(string,fileName):example</source>
+        <translation>import.read("chain.ovdl")</translation>
+    </message>
+    <message>
+        <source>!FImportSoftwareConnector.mutableMember.read(string,fileName):returnValue</source>
+        <translation>An empty list.</translation>
+    </message>
+    <message>
         <source>!FKeptConnector</source>
         <translation>The workbench of a computation, as the project keeps it where there is no window.</translation>
     </message>

@@ -8,6 +8,7 @@
 #include "fgenintcommandfileedit.h"
 #include "fgenintcommandfileeditor.h"
 #include "fgenintresultsfileeditor.h"
+#include "fgenintsetup.h"
 #include "foutputpanel.h"
 #include "fpreviewdialog.h"
 #include "fproblemspanel.h"
@@ -25,6 +26,7 @@ private Q_SLOTS:
     void thirtyDesignsFromASpreadsheet();
     void ownProjectByClicks();
     void scanForResults();
+    void chainByFile();
     void mistakesAreSeenBeforeTheRun();
     void stepsOfTheUserAsScript();
 
@@ -343,6 +345,40 @@ void TestJourneys::scanForResults()
     scan->click();
     Workbench::turn();
     QCOMPARE(bench.items<FSoftConImportItem>().size(), size_t(1));
+}
+
+/// A chain goes to a file and comes by a drop on the window of another project, in one step.
+void TestJourneys::chainByFile()
+{
+    const QString path = mFolder.path() + "/chain.ovdl";
+    QString why;
+    {
+        Workbench bench(copyOf("chain"));
+        QVERIFY2(FGenIntSetup::save(bench.computation(), true, path, &why), qPrintable(why));
+    }
+    Workbench bench;
+    const size_t before = getManageds<FGenIntComputation>().size();
+    const size_t steps = FHistory::instance()->stepCount();
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(path)});
+    QDragEnterEvent enter(QPoint(300, 10), Qt::CopyAction, &data, Qt::LeftButton, {});
+    QCoreApplication::sendEvent(bench.window(), &enter);
+    QVERIFY(enter.isAccepted());
+    QDropEvent drop(QPoint(300, 10), Qt::CopyAction, &data, Qt::LeftButton, {});
+    QCoreApplication::sendEvent(bench.window(), &drop);
+    Workbench::turn();
+    QCOMPARE(getManageds<FGenIntComputation>().size(), before + 2);
+    QCOMPARE(FHistory::instance()->stepCount(), steps + 1);
+    for (const char *name : {"discharge", "block"}) {
+        const auto connector = FSoftwareConnector::of(FObjectManager::instance()->find(name).get());
+        QVERIFY(connector && connector->tabWidget());
+        QVERIFY(connector->tabWidget()->count() >= 3);
+    }
+    QCOMPARE(getManageds<FSoftwareConnector>().size(), before + 2);
+    Workbench::act("editUndo");
+    QCOMPARE(getManageds<FGenIntComputation>().size(), before);
+    Workbench::act("editRedo");
+    QCOMPARE(getManageds<FGenIntComputation>().size(), before + 2);
 }
 
 /// A typo in a tag, an anchor that isn't there, a program that isn't found.

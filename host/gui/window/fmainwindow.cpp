@@ -157,13 +157,21 @@ void FMainWindow::closeEvent(QCloseEvent *event)
 void FMainWindow::dragEnterEvent(QDragEnterEvent *event)
 {
     const QList<QUrl> urls = event->mimeData()->urls();
-    if (urls.size() == 1 && urls.front().toLocalFile().endsWith(QLatin1String(".tbk")))
+    const QString path = urls.size() == 1 ? urls.front().toLocalFile() : QString();
+    const QString suffix = QFileInfo(path).suffix();
+    if (suffix == QLatin1String("tbk") ||
+        (mFileHandlers.count(suffix) && FProjectControl::instance()->isOpen()))
         event->acceptProposedAction();
 }
 
 void FMainWindow::dropEvent(QDropEvent *event)
 {
-    FProjectControl::instance()->open(event->mimeData()->urls().front().toLocalFile());
+    const QString path = event->mimeData()->urls().front().toLocalFile();
+    const auto handler = mFileHandlers.find(QFileInfo(path).suffix());
+    if (handler != mFileHandlers.end())
+        handler->second(path);
+    else
+        FProjectControl::instance()->open(path);
 }
 
 QDockWidget *FMainWindow::addPanel(const QString &id, const QString &title, QWidget *content,

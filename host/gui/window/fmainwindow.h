@@ -6,6 +6,8 @@
 #include <QMainWindow>
 #include <QMap>
 #include <QPointer>
+#include <functional>
+#include <map>
 
 class FDesignsPage;
 class FFinder;
@@ -55,6 +57,11 @@ public:
     void showDocument(FWidget *document, bool visible) override;
     void documentChanged(FWidget *document) override;
     QWidget *window() override { return this; }
+    /// What is done with a file of that suffix that is dropped on the window.
+    void setFileHandler(const QString &suffix, std::function<void(const QString &)> take)
+    {
+        mFileHandlers[suffix] = std::move(take);
+    }
 
 protected:
     void closeEvent(QCloseEvent *event) override;
@@ -62,6 +69,7 @@ protected:
     void dropEvent(QDropEvent *event) override;
 
 private:
+    std::map<QString, std::function<void(const QString &)>> mFileHandlers;
     void makePanels();
     void makeActions();
     void makeMenus();
