@@ -212,7 +212,8 @@ void FConfigurationGenInt::initCmds()
     {
         FCmdBinder<T> c;
         c.creator("genericIntegrationConfiguration", &T::createForScript,
-                  FArg{"initializeConfiguration", false});
+                  FArg{"initializeConfiguration", false})
+            .fills();
         c.attribute("setDefinition", &T::setGenIntDefinition, &T::genIntDefinition,
                     FArg{"definition"})
             .title(F_TEXT("Definition"))

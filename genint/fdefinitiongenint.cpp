@@ -376,7 +376,7 @@ void FDefinitionGenInt::initCmds()
 {
     using T = FDefinitionGenInt;
     FCmdBinder<T> c;
-    c.creator("genericIntegrationDefinition", &T::createByName);
+    c.creator("genericIntegrationDefinition", &T::createByName).fills();
     c.attribute("setFiles", &T::setFiles, &T::filesForScript, FArg{"files"})
         .title(F_TEXT("Template Files"))
         .readOnly()

@@ -40,5 +40,5 @@ const FGenIntExpander &FGenIntCommandFile::expander() const
 void FGenIntCommandFile::initCmds()
 {
     FCmdBinder<FGenIntCommandFile> c;
-    c.creator("genericIntegrationCommandFile", &FGenIntCommandFile::create);
+    c.creator("genericIntegrationCommandFile", &FGenIntCommandFile::create).fills();
 }

@@ -6,15 +6,18 @@
 #include "fcmdmanager.h"
 #include "fcustomcomputation.h"
 #include "fdefinitiongenint.h"
+#include "fgenintsetup.h"
 #include "fgenintworkbench.h"
 #include "fgenintwriter.h"
 #include "fhistory.h"
+#include "fimportsoftwareconnector.h"
 #include "fmarloctrl.h"
 #include "fobjectmanager.h"
 #include "fpathmanager.h"
 #include "fsafefile.h"
 #include "fviewctrl.h"
 
+#include <algorithm>
 #include <cmath>
 
 F_CLASS_IMPL(FGenIntComputation)
@@ -158,6 +161,51 @@ void FGenIntComputation::enableSoftCons(bool enable) const
 {
     if (FViewCtrl::instance()->hasGui())
         FGenIntWorkbench::instance()->disableGui(this, !enable);
+}
+
+namespace {
+/// Never null, as it is no script block.
+QByteArray textOf(const FGenIntSetup::Computations &members)
+{
+    const QByteArray bytes = FGenIntSetup::text(members);
+    return bytes.isEmpty() ? QByteArrayLiteral("") : bytes;
+}
+} // namespace
+
+QByteArray FGenIntComputation::copy() const
+{
+    const auto self =
+        std::const_pointer_cast<FGenIntComputation>(shared_from_base<FGenIntComputation>());
+    const auto what = FGenIntSetup::ask(self);
+    return what == FGenIntSetup::What::Nothing
+               ? QByteArrayLiteral("")
+               : textOf(FGenIntSetup::membersOf(self, what == FGenIntSetup::What::Chain));
+}
+
+QByteArray FGenIntComputation::copyAmong(std::vector<std::shared_ptr<FManaged>> *others) const
+{
+    FGenIntSetup::Computations members{
+        std::const_pointer_cast<FGenIntComputation>(shared_from_base<FGenIntComputation>())};
+    for (const auto &other : *others)
+        if (auto computation = std::dynamic_pointer_cast<FGenIntComputation>(other))
+            members.push_back(std::move(computation));
+    for (const auto &member : members) {
+        auto along = FGenIntSetup::companionsOf(*member);
+        along.push_back(member);
+        others->erase(std::remove_if(others->begin(), others->end(),
+                                     [&](const auto &other) {
+                                         return std::find(along.begin(), along.end(), other) !=
+                                                along.end();
+                                     }),
+                      others->end());
+    }
+    return members.size() == 1 ? copy() : textOf(members);
+}
+
+bool FGenIntComputation::paste(const QByteArray &bytes) const
+{
+    QTextStream stream(bytes);
+    return FImportSoftwareConnector::paste(stream);
 }
 
 void FGenIntComputation::openSoftwareConnector() const { FGenIntWorkbench::instance()->open(this); }

@@ -72,6 +72,12 @@ public:
     std::vector<std::string> requiredResultFiles() const override;
 
     void enableSoftCons(bool enable) const;
+    /// The whole coupling as a set-up, with its chain if the user wants that. Among other chosen
+    /// objects the chosen computations travel together and nobody is asked.
+    QByteArray copy() const override;
+    QByteArray copyAmong(std::vector<std::shared_ptr<FManaged>> *others) const override;
+    bool paste(const QByteArray &bytes) const override;
+
     void openSoftwareConnector() const override;
     bool doubleClickedInTree() override;
     std::shared_ptr<FManaged> setName(const std::string &name) override;

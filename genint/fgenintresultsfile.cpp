@@ -296,7 +296,7 @@ void FGenIntResultsFile::initCmds()
 {
     using T = FGenIntResultsFile;
     FCmdBinder<T> c;
-    c.creator("genericIntegrationResultsFile", &T::create);
+    c.creator("genericIntegrationResultsFile", &T::create).fills();
     c.attribute("setValues", &T::setValues, &T::getValues, FArg{"values"})
         .title(F_TEXT("Values"))
         .component("")

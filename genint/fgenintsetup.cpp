@@ -37,18 +37,6 @@ const FClassInfo &connectorClass()
     return page ? page->classInfo() : FObject::getPrototype("FKeptConnector")->classInfo();
 }
 
-/// What a set-up may say: templates, configuration, computation, connector. Entries may refer to
-/// the project.
-const FImportRules &setupRules()
-{
-    static const FImportRules sRules({&FGenIntCommandFile::staticClass(),
-                                      &FGenIntResultsFile::staticClass(),
-                                      &FConfigurationGenInt::staticClass(),
-                                      &FGenIntComputation::staticClass(), &connectorClass()},
-                                     true);
-    return sRules;
-}
-
 /// A statement at the top of the object half.
 struct Block
 {
@@ -107,11 +95,13 @@ std::vector<Block> blocksOf(const std::string &text, size_t firstLine)
 class PartParser : public FGenIntDefinitionParser
 {
 public:
-    PartParser(FScriptReader::Known *known, size_t line, FGenIntSetup::Outcome *outcome)
+    PartParser(FScriptReader::Known *known, size_t line, FGenIntSetup::Outcome *outcome,
+               std::vector<FScriptReader::Missing> *missing)
         : FGenIntDefinitionParser(FExpr<FDefinitionCustom>(FDefinitionGenInt::mpNull))
         , mKnown(known)
         , mPartLine(line)
         , mOutcome(outcome)
+        , mMissing(missing)
     {
     }
 
@@ -128,6 +118,7 @@ private:
     FScriptReader::Known *mKnown;
     size_t mPartLine, mObjectsLine = 1;
     FGenIntSetup::Outcome *mOutcome;
+    std::vector<FScriptReader::Missing> *mMissing;
 };
 
 std::shared_ptr<FObject> PartParser::run(const Block &block)
@@ -138,16 +129,21 @@ std::shared_ptr<FObject> PartParser::run(const Block &block)
     if (block.rank == 3)
         loading = std::make_unique<FLoadingScope>();
     FScriptReader reader(block.text, mFile, block.line);
-    reader.setRules(&setupRules());
+    reader.setRules(&FGenIntSetup::rules());
     reader.setKnown(mKnown);
     reader.run();
-    const auto add = [](std::vector<FScriptError> *all, const std::vector<FScriptError> &more) {
+    loading.reset();
+    const auto add = [](auto *all, const auto &more) {
         all->insert(all->end(), more.begin(), more.end());
     };
     add(&mOutcome->errors, reader.errors());
-    add(&mOutcome->missing, reader.missing());
-    const auto made = mKnown->find(block.name);
-    return made == mKnown->end() ? nullptr : made->second;
+    add(mMissing, reader.missing());
+    const auto at = mKnown->find(block.name);
+    const auto made = at == mKnown->end() ? nullptr : at->second;
+    if (block.rank == 3)
+        if (const auto connector = std::dynamic_pointer_cast<FManaged>(made))
+            FHistory::instance()->recordCreation(connector); // loading told it nothing
+    return made;
 }
 
 void PartParser::importObjectsFromString(const QString &text)
@@ -180,6 +176,16 @@ void PartParser::importObjectsFromString(const QString &text)
     }
 }
 } // namespace
+
+const FImportRules &FGenIntSetup::rules()
+{
+    static const FImportRules sRules({&FGenIntCommandFile::staticClass(),
+                                      &FGenIntResultsFile::staticClass(),
+                                      &FConfigurationGenInt::staticClass(),
+                                      &FGenIntComputation::staticClass(), &connectorClass()},
+                                     true);
+    return sRules;
+}
 
 FGenIntSetup::Computations
 FGenIntSetup::chainOf(const std::shared_ptr<FGenIntComputation> &computation)
@@ -217,13 +223,40 @@ FGenIntSetup::What FGenIntSetup::ask(const std::shared_ptr<FGenIntComputation> &
     return answer == 0 ? What::Chain : answer == 1 ? What::Only : What::Nothing;
 }
 
-void FGenIntSetup::write(const std::shared_ptr<FGenIntComputation> &computation, bool chain,
-                         QFile &file)
+FGenIntSetup::Computations
+FGenIntSetup::membersOf(const std::shared_ptr<FGenIntComputation> &computation, bool chain)
 {
     Computations members{computation};
     if (chain) {
         const Computations others = chainOf(computation);
         members.insert(members.end(), others.begin(), others.end());
+    }
+    return members;
+}
+
+std::vector<std::shared_ptr<FManaged>>
+FGenIntSetup::companionsOf(const FGenIntComputation &computation)
+{
+    std::vector<std::shared_ptr<FManaged>> found;
+    if (const auto connector = FGenIntWorkbench::instance()->connectorOf(&computation))
+        found.push_back(connector);
+    if (const auto configuration = computation.getConfiguration().getPtr())
+        found.push_back(configuration);
+    if (const auto definition = definitionOf(computation)) {
+        found.push_back(definition);
+        for (const auto &file : definition->getFiles())
+            found.push_back(file.getPtr());
+    }
+    return found;
+}
+
+QByteArray FGenIntSetup::text(const Computations &members, QString *why)
+{
+    QString reason;
+    QTemporaryFile file;
+    if (!file.open()) {
+        *(why ? why : &reason) = file.errorString();
+        return {};
     }
     // Suppliers first; being fed is no order between all pairs, so each goes ahead of the first one
     // that it feeds.
@@ -245,26 +278,22 @@ void FGenIntSetup::write(const std::shared_ptr<FGenIntComputation> &computation,
             objects.insert(FExpr<FManaged, false>(connector));
         definition->save(objects, file);
     }
+    file.seek(0);
+    const QByteArray bytes = file.readAll();
+    if (file.error() != QFileDevice::NoError)
+        reason = file.errorString();
+    else if (bytes.isEmpty())
+        reason = Q(members.front()->getName()) + " has no configuration with a definition";
+    if (why)
+        *why = reason;
+    return reason.isEmpty() ? bytes : QByteArray();
 }
 
 bool FGenIntSetup::save(const std::shared_ptr<FGenIntComputation> &computation, bool chain,
                         const QString &path, QString *why)
 {
-    QTemporaryFile parts;
-    if (!parts.open()) {
-        *why = parts.errorString();
-        return false;
-    }
-    write(computation, chain, parts);
-    parts.seek(0);
-    const QByteArray bytes = parts.readAll();
-    if (bytes.isEmpty() || parts.error() != QFileDevice::NoError) {
-        *why = bytes.isEmpty() ? Q(computation->getName()) +
-                                     " has no configuration with a definition: nothing to export"
-                               : parts.errorString();
-        return false;
-    }
-    return FSafeFile::write(path, bytes, why);
+    const QByteArray bytes = text(membersOf(computation, chain), why);
+    return !bytes.isEmpty() && FSafeFile::write(path, bytes, why);
 }
 
 FGenIntSetup::Outcome FGenIntSetup::read(const std::string &text, const std::string &file)
@@ -272,6 +301,7 @@ FGenIntSetup::Outcome FGenIntSetup::read(const std::string &text, const std::str
     Outcome outcome;
     FHistorySavepoint step(F_TEXT("Software Connector Import"));
     FScriptReader::Known known;
+    std::vector<FScriptReader::Missing> missing;
     size_t begin = text.compare(0, 3, "\xef\xbb\xbf") == 0 ? 3 : 0, line = 1;
     while (begin < text.size()) {
         // A part reaches up to the line that begins the next one.
@@ -279,7 +309,7 @@ FGenIntSetup::Outcome FGenIntSetup::read(const std::string &text, const std::str
         end = end == std::string::npos ? text.size() : text.rfind('\n', end) + 1;
         if (end <= begin)
             end = text.size();
-        PartParser parser(&known, line, &outcome);
+        PartParser parser(&known, line, &outcome, &missing);
         parser.setFile(file);
         parser.read(text.substr(begin, end - begin));
         outcome.errors.insert(outcome.errors.end(), parser.errors().begin(), parser.errors().end());
@@ -291,11 +321,9 @@ FGenIntSetup::Outcome FGenIntSetup::read(const std::string &text, const std::str
     if (!outcome.errors.empty()) {
         step.rollback();
         outcome.computations.clear();
-        outcome.missing.clear();
         return outcome;
     }
-    for (const FScriptError &one : outcome.missing)
-        FLogMsg::warning(kSource, one.toString(), "the entry keeps its default", nullptr);
+    outcome.missing = FConfiguration::leaveUnset(missing);
     for (const auto &computation : outcome.computations)
         FLogMsg::info(kSource, computation->getName() + " would run",
                       computation->getApplication() + " " + computation->getArguments(), nullptr);

@@ -20,11 +20,12 @@ F_CLASS_IMPL(FImportSoftwareConnector)
 namespace {
 const auto kFolder = QStringLiteral("OVDL/import/path");
 
-void tell(const FGenIntSetup::Outcome &outcome)
+bool tell(const FGenIntSetup::Outcome &outcome)
 {
     for (const FScriptError &error : outcome.errors)
         FLogMsg::error("Set-up", "Nothing was imported: " + error.toString(), std::string(),
                        nullptr);
+    return outcome.errors.empty();
 }
 } // namespace
 
@@ -68,10 +69,10 @@ void FImportSoftwareConnector::doImport(QFile &file)
     FChangeSet::processEvents();
 }
 
-void FImportSoftwareConnector::paste(QTextStream &stream)
+bool FImportSoftwareConnector::paste(QTextStream &stream)
 {
     stream.setCodec("UTF-8");
-    tell(FGenIntSetup::read(S(stream.readAll()), "clipboard"));
+    return tell(FGenIntSetup::read(S(stream.readAll()), "clipboard"));
 }
 
 void FImportSoftwareConnector::initCmds()

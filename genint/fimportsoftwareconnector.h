@@ -20,7 +20,8 @@ public:
     /// Asks for a file if no name is given. The list is empty; what was wrong stands in the log.
     FExpr<FObjectList> read(const std::string &fileName);
     void doImport(QFile &file);
-    static void paste(QTextStream &stream);
+    /// False if nothing was taken in; why stands in the log.
+    static bool paste(QTextStream &stream);
     static void initCmds();
 };
 #endif

@@ -84,8 +84,9 @@ int FCli::importSetup(const FCliOptions &options)
     for (const auto &computation : outcome.computations)
         out("imported " + computation->getName() +
             ", which runs: " + computation->getApplication() + " " + computation->getArguments());
-    for (const FScriptError &missing : outcome.missing)
-        err(missing.toString() + "; the entry keeps its default");
+    if (!outcome.missing.empty())
+        err("entries without a value, as the project lacks what they refer to:\n" +
+            outcome.missing);
     if (!FProject::instance()->save(Q(options.output), &why)) {
         err(S(why));
         return kUnwritable;

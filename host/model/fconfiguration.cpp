@@ -245,6 +245,28 @@ FExprBase FConfiguration::getEntryCommand(const std::string &path) const
     return entry ? FExprBase(entry) : FExprBase();
 }
 
+std::string FConfiguration::leaveUnset(const std::vector<FScriptReader::Missing> &entries)
+{
+    std::string lines;
+    for (const FScriptReader::Missing &missing : entries) {
+        lines += (lines.empty() ? "" : "\n") + missing.error.toString();
+        const auto configuration = std::dynamic_pointer_cast<FConfiguration>(missing.configuration);
+        const auto entry = configuration ? configuration->entryCalled(missing.entry) : nullptr;
+        if (!entry)
+            continue;
+        lines += ", for entry " + entry->getFullName() + " of " + configuration->getName();
+        if (std::dynamic_pointer_cast<FBasicType>(entry->getValue().getExpr()))
+            entry->setValue(nullptr);
+    }
+    if (!lines.empty())
+        FLogMsg::warning("Import",
+                         fromNumber((unsigned long)entries.size(), 10) +
+                             (entries.size() == 1 ? " entry has" : " entries have") +
+                             " no value: they refer to objects that the project lacks",
+                         lines, nullptr);
+    return lines;
+}
+
 void FConfiguration::saveMembers(QTextStream &stream, unsigned level) const
 {
     const auto definition = getDefinition().getPtr();

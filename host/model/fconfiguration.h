@@ -3,6 +3,7 @@
 #define FCONFIGURATION_H
 #include "fdefinition.h"
 #include "ffilevalues.h"
+#include "fscript.h"
 
 /// Values for the entries of a definition.
 class FConfiguration : public FEntity
@@ -38,6 +39,10 @@ public:
 
     FStatus setEntryCommand(const std::string &path, const FExprBase &value);
     FExprBase getEntryCommand(const std::string &path) const;
+    /// Entries that a copy brought and that refer to objects which the project lacks: a number or
+    /// text gets no value, so that nothing is run with another one; a file keeps its empty name.
+    /// The answer is one text of all, a line for each; it stands in the log too.
+    static std::string leaveUnset(const std::vector<FScriptReader::Missing> &entries);
 
     virtual std::map<std::string, std::string> getPreview() const { return {}; }
     std::map<std::string, std::string> preview() const { return getPreview(); }

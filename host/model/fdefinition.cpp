@@ -253,7 +253,7 @@ void FDefinition::initCmds()
         .savedIf([](const FObject *o) {
             return !static_cast<const FDefinition *>(o)->getRootEntries().empty();
         });
-    c.member("addEntry", &FDefinition::addEntryCommand, FArg{"name"}, FArg{"value"});
+    c.member("addEntry", &FDefinition::addEntryCommand, FArg{"name"}, FArg{"value"}).fills();
     c.member("removeEntry", &FDefinition::removeEntryCommand, FArg{"name"});
     c.member("renameEntry", &FDefinition::renameEntryCommand, FArg{"name"}, FArg{"newName"});
 }

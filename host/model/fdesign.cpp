@@ -301,8 +301,8 @@ void FDesign::initCmds()
 {
     FProject::instance()->addStarter([] { baseline(); });
     FCmdBinder<FDesign> c;
-    c.creator("design", &FDesign::create);
-    c.member("setValue", &FDesign::setValue, FArg{"parameter"}, FArg{"value"});
+    c.creator("design", &FDesign::create).fills();
+    c.member("setValue", &FDesign::setValue, FArg{"parameter"}, FArg{"value"}).fills();
     c.member("unsetValue", &FDesign::unsetValue, FArg{"parameter"});
     c.member("duplicate", &FDesign::duplicate, FArg{"name", ""});
 }

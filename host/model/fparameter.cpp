@@ -90,7 +90,7 @@ void FParameter::visitState(FStateVisitor &state)
 void FParameter::initCmds()
 {
     FCmdBinder<FParameter> c;
-    c.creator("parameter", &FParameter::create, FArg{"value", nullptr});
+    c.creator("parameter", &FParameter::create, FArg{"value", nullptr}).fills();
     c.attribute("setValue", &FParameter::setValue, &FParameter::getValue, FArg{"value"})
         .title(F_TEXT("Value"))
         .disableSaving();

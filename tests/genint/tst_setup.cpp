@@ -1,14 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 // Couplings that travel: written, read as data, as one step, whole or not at all.
+#include "fcmdmanager.h"
+#include "fgenintcheck.h"
 #include "fgenintsetup.h"
 #include "fhistory.h"
+#include "fimportrules.h"
 #include "fimportsoftwareconnector.h"
+#include "fio.h"
 #include "fkeptconnector.h"
 #include "fparameter.h"
 #include "modeltest.h"
 #include "testseed.h"
 
-#include <QTemporaryFile>
 #include <QtTest>
 #include <random>
 
@@ -25,6 +28,8 @@ private Q_SLOTS:
     void dataOnly();
     void halfImportLeavesNothing();
     void mutatedFiles();
+    void shortLists();
+    void copyOfOneAndOfMany();
 
 private:
     static QString coupling(const QString &name, const QString &value)
@@ -58,12 +63,9 @@ private:
     }
     static std::string written(const char *computation, bool chain)
     {
-        QTemporaryFile file;
-        if (!file.open())
-            return std::string();
-        FGenIntSetup::write(ModelTest::object<FGenIntComputation>(computation), chain, file);
-        file.seek(0);
-        return file.readAll().toStdString();
+        return FGenIntSetup::text(FGenIntSetup::membersOf(
+                                      ModelTest::object<FGenIntComputation>(computation), chain))
+            .toStdString();
     }
     ModelTest mModel;
 };
@@ -99,13 +101,23 @@ void tst_Setup::chainGoesAndComes()
     QCOMPARE(FProject::instance()->text(), empty);
     FHistory::instance()->redo();
     QCOMPARE(lines(FProject::instance()->text()), lines(before));
-    // Without the parameter that it refers to an entry keeps its default, and that is told.
+    // Without the parameter that it refers to an entry has no value: nothing is run with another.
     mModel.start();
+    ModelTest::log();
     const auto told = FGenIntSetup::read(text, "x.ovdl");
-    QCOMPARE(told.missing.size(), size_t(1));
-    QVERIFY(told.missing[0].toString().find("p") != std::string::npos);
-    QVERIFY(told.missing[0].line > 1);
+    const QString missing = Q(told.missing);
+    QVERIFY2(missing.contains("called p, for entry x of a_conf") && missing.count('\n') == 0,
+             qPrintable(missing));
+    QVERIFY(missing.startsWith("x.ovdl:") && !missing.startsWith("x.ovdl:1:"));
+    QCOMPARE(ModelTest::log().filter("objects that the project lacks").size(), 1);
     QVERIFY(FProject::instance()->text().contains(".setEntry(\"x\",b.getResults()"));
+    QVERIFY(FProject::instance()->text().contains(".setEntry(\"x\",nullptr)"));
+    const auto findings = FGenIntCheck::run();
+    QStringList said;
+    for (const FGenIntFinding &finding : findings)
+        said << Q(finding.toString());
+    QVERIFY2(said.join('\n').contains("error: a_conf: entry \"x\" has no value"),
+             qPrintable(said.join('\n')));
 }
 
 void tst_Setup::namesThatAreTaken()
@@ -269,6 +281,91 @@ void tst_Setup::mutatedFiles()
         QCOMPARE(FProject::instance()->text(), before);
     }
     QVERIFY(refused > 100);
+}
+
+/// What set-ups and copies may say of all that there is.
+void tst_Setup::shortLists()
+{
+    const auto said = [](const FImportRules &rules) {
+        QStringList found;
+        for (const auto &info : FCmdManager::instance()->all())
+            if (rules.allows(*info) && !info->isPure())
+                found << Q(info->receiverName() + "." + info->name);
+        found.sort();
+        return found.join('\n');
+    };
+    const QStringList both{"FConfigurationGenInt.genericIntegrationConfiguration",
+                           "FGenIntCommandFile.genericIntegrationCommandFile",
+                           "FGenIntResultsFile.genericIntegrationResultsFile",
+                           "FConfiguration.setEntry",
+                           "FConfigurationGenInt.setDefinition",
+                           "FGenIntFile.setContent",
+                           "FGenIntFile.setEncoding",
+                           "FGenIntFile.setFileName",
+                           "FGenIntFile.setForceWindowsLineEndings",
+                           "FGenIntFile.setSource",
+                           "FGenIntResultsFile.setNumberSeparator",
+                           "FGenIntResultsFile.setRegExpSeparator",
+                           "FGenIntResultsFile.setRegExprSeparator",
+                           "FGenIntResultsFile.setSpaceSeparator",
+                           "FGenIntResultsFile.setSpacesAndTabsSeparator",
+                           "FGenIntResultsFile.setTabSeaparator",
+                           "FGenIntResultsFile.setValues",
+                           "FManaged.addDocu"};
+    const auto with = [&](QStringList own) {
+        own += both;
+        own.sort();
+        return own.join('\n');
+    };
+    QCOMPARE(said(FGenIntSetup::rules()),
+             with({"FGenIntComputation.genericIntegrationComputation",
+                   "FKeptConnector.softwareConnector", "FExternComputation.setApplication",
+                   "FExternComputation.setArguments", "FExternComputation.setDbId",
+                   "FExternComputation.setEnvironment", "FExternComputation.setStandardInput",
+                   "FExternComputation.setTimeout", "FExternComputation.setWaitForAll",
+                   "FGenIntComputation.setConfiguration", "FKeptConnector.setComputation",
+                   "FKeptConnector.setItemSize", "FKeptConnector.setResultsPath"}));
+    QCOMPARE(said(FImportRules::copies()),
+             with({"FDefinitionGenInt.genericIntegrationDefinition", "FDesign.design",
+                   "FParameter.parameter", "FDefinition.addEntry", "FDefinition.setEntryDefsFromDB",
+                   "FDefinitionGenInt.setCurFile", "FDefinitionGenInt.setFiles",
+                   "FDefinitionGenInt.setLastFile", "FDesign.setValue"}));
+}
+
+/// A computation takes its coupling along, asks only alone, and brings nothing twice.
+void tst_Setup::copyOfOneAndOfMany()
+{
+    makeChain();
+    const auto a = ModelTest::object<FGenIntComputation>("a");
+    const auto c = ModelTest::object<FGenIntComputation>("c");
+    const auto asked = [](const std::vector<const char *> &names) {
+        std::vector<std::shared_ptr<FManaged>> objects;
+        for (const char *name : names)
+            objects.push_back(ModelTest::object<FManaged>(name));
+        return objects;
+    };
+    auto others = asked({"c_in", "c", "b_conf", "a_con", "a_conf"});
+    const QByteArray both = a->copyAmong(&others);
+    QVERIFY(others == asked({"b_conf"}));
+    QCOMPARE(both.count("<?xml"), 2);
+    QVERIFY(both.indexOf("Computation a(") < both.indexOf("Computation c("));
+    for (const auto &[answer, parts] : {std::pair{0, 3}, {1, 1}, {2, 0}}) {
+        FIO::instance()->answerNext(answer);
+        QCOMPARE(c->copy().count("<?xml"), parts);
+    }
+    // Beside the originals under free names, as one step; what the paste makes refers to itself.
+    const QString before = FProject::instance()->text();
+    QVERIFY(FGenIntComputation::mpNull->paste(both));
+    QVERIFY(FProject::instance()->text().contains("genericIntegrationComputation a1()"));
+    QVERIFY(FProject::instance()->text().contains("softwareConnector a_con1()"));
+    QCOMPARE(FProject::instance()->text().count(".setEntry(\"x\",b.getResults()"), 2);
+    FHistory::instance()->undo();
+    QCOMPARE(FProject::instance()->text(), before);
+    // Without a definition there is nothing to copy.
+    QCOMPARE(ModelTest::run("genericIntegrationComputation bare();"), QStringList());
+    const QByteArray none = ModelTest::object<FGenIntComputation>("bare")->copy();
+    QVERIFY(none.isEmpty() && !none.isNull());
+    QVERIFY(!FGenIntComputation::mpNull->paste(both.left(both.size() / 2)));
 }
 
 QTEST_GUILESS_MAIN(tst_Setup)

@@ -51,7 +51,7 @@ public:
     static void initCmds()
     {
         FCmdBinder<FToy> c;
-        c.creator("toy", &FToy::create);
+        c.creator("toy", &FToy::create).fills();
         c.attribute("setText", &FToy::setText, &FToy::getText, FArg{"text"})
             .title("Text")
             .category("Looks", 2.0);

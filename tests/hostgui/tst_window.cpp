@@ -351,6 +351,32 @@ void TestWindow::copyAndPaste()
     QVERIFY(copy);
     QCOMPARE(copy->getSize(), 4.0);
     QCOMPARE(FHistory::instance()->stepCount(), steps + 1);
+    // A copy is data: whatever else stands on the clipboard changes and runs nothing, and of a copy
+    // that can't be taken whole nothing is taken.
+    const QString before = FProject::instance()->text();
+    const auto paste = [](const QByteArray &bytes) {
+        auto *data = new QMimeData;
+        data->setData("application/x-turnbuckle-copy", bytes);
+        QGuiApplication::clipboard()->setMimeData(data);
+        FActions::instance()->action("editPaste")->trigger();
+    };
+    for (const char *text :
+         {"toy two() {} one.setSize(9);", "one.destroy();", "undo();", "toy two() {} two.setSize(;",
+          "toy two() {} select([one]);", "design d() { .setValue(\"none\",1); }"}) {
+        QByteArray bytes;
+        QDataStream stream(&bytes, QIODevice::WriteOnly);
+        stream << QString() << QByteArray(text);
+        paste(bytes);
+        QCOMPARE(FProject::instance()->text(), before);
+        paste(bytes.left(bytes.size() - 3));
+        QCOMPARE(FProject::instance()->text(), before);
+    }
+    QByteArray unknown;
+    QDataStream stream(&unknown, QIODevice::WriteOnly);
+    stream << QString("FToy") << QByteArray("x") << QString("FNone") << QByteArray("x");
+    paste(unknown);
+    QCOMPARE(FProject::instance()->text(), before);
+    QCOMPARE(FHistory::instance()->stepCount(), steps + 1);
 }
 
 void TestWindow::settingsCount()

@@ -52,8 +52,17 @@ public:
     bool isSelected() const;
 
     // Virtuals that the tree and the clipboard call
+    /// Null if a copy is the script block of the object; else bytes for paste() of the class, none
+    /// if the user doesn't want it after all.
     virtual QByteArray copy() const { return {}; }
-    virtual void paste(const QByteArray &) const {}
+    /// The same for an object among \p others that are copied with it: those that its bytes bring
+    /// along are taken out of the list.
+    virtual QByteArray copyAmong(std::vector<std::shared_ptr<FManaged>> * /*others*/) const
+    {
+        return copy();
+    }
+    /// Called on the prototype; false, with the reason in the log, if nothing was taken in.
+    virtual bool paste(const QByteArray &) const { return false; }
     virtual bool doubleClickedInTree() { return false; }
 
     /// Writes the object as a script block; \p level is its depth. With \p plainCreator the

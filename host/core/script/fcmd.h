@@ -66,7 +66,8 @@ struct FCommandInfo
     std::string documentationKey() const;
     /// A command that only calculates: it is called anew when its receiver or an argument changes.
     bool pure = false;
-    /// A member that only fills its receiver, as saved projects do; imports may use it.
+    /// A member that only fills its receiver, as saved projects do, or the creator of an object
+    /// that a copy may bring; imports may use it.
     bool fills = false;
     bool isConst() const { return kind == FCommandKind::Member; }
     bool isPure() const { return pure || isConst() || kind == FCommandKind::Operator; }

@@ -5,6 +5,18 @@
 
 #include <algorithm>
 
+const FImportRules &FImportRules::copies()
+{
+    static const FImportRules sRules = [] {
+        std::vector<const FClassInfo *> classes;
+        for (const auto &command : FCmdManager::instance()->all())
+            if (command->kind == FCommandKind::Creator && command->fills)
+                classes.push_back(command->receiver);
+        return FImportRules(std::move(classes), true);
+    }();
+    return sRules;
+}
+
 bool FImportRules::allows(const FCommandInfo &command) const
 {
     const auto understood = [&](const FClassInfo *made) {

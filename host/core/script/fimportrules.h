@@ -18,6 +18,8 @@ public:
         , mKnowsProject(knowsProject)
     {
     }
+    /// What a copy of objects may say: the classes whose creators are marked so.
+    static const FImportRules &copies();
     bool allows(const FCommandInfo &command) const;
     bool knowsProject() const { return mKnowsProject; }
 

@@ -52,7 +52,7 @@ void FScriptReader::report(size_t offset, const FReason &reason)
 void FScriptReader::failAt(size_t offset, const FReason &reason)
 {
     // Whatever else is wrong with an entry comes from what the project lacks.
-    if (!mIsEntry || !noteMissing(offset))
+    if (!mConfiguration || !noteMissing(offset))
         report(offset, reason);
     throw Failure();
 }
@@ -237,14 +237,16 @@ void FScriptReader::block(const std::shared_ptr<FObject> &object)
 void FScriptReader::member(const std::shared_ptr<FObject> &object)
 {
     const size_t offset = mLexer.peek().start;
-    mIsEntry = mRules && mRules->knowsProject() && mLexer.second().text == "setEntry";
+    const bool isEntry = mRules && mRules->knowsProject() && mLexer.second().text == "setEntry";
+    mConfiguration = isEntry ? object : nullptr;
+    mEntry = nullptr;
     mUnknown.clear();
     FExprBase value(object);
     value = postfix(value);
     expectSymbol(";", "\";\" behind the attribute");
     if (!noteMissing(offset))
         execute(value, offset);
-    mIsEntry = false;
+    mConfiguration = nullptr;
 }
 
 std::vector<FExprBase> FScriptReader::arguments()
@@ -257,6 +259,8 @@ std::vector<FExprBase> FScriptReader::arguments()
         if (!args.empty())
             expectSymbol(",", "\",\" or \")\" in the arguments");
         args.push_back(parse(0));
+        if (mConfiguration && !mEntry)
+            mEntry = args.back();
         if (!mLexer.isSymbol(",") && !mLexer.isSymbol(")"))
             expected("\",\" or \")\" behind the argument");
     }
@@ -469,7 +473,7 @@ FExprBase FScriptReader::name()
         return FExprBase(f_make_shared<FDouble>(quietNan()));
     if (word.text == "inf")
         return FExprBase(f_make_shared<FDouble>(std::numeric_limits<double>::infinity()));
-    if (mIsEntry)
+    if (mConfiguration)
         mUnknown.push_back(word.text);
     return FExprBase(f_make_shared<FWord>(word.text));
 }
@@ -482,7 +486,8 @@ bool FScriptReader::noteMissing(size_t offset)
     std::string names;
     for (const std::string &name : std::exchange(mUnknown, {}))
         names += (names.empty() ? "" : ", ") + name;
-    mMissing.push_back(errorAt(offset, FReason("the project has no object called " + names)));
+    mMissing.push_back({errorAt(offset, FReason("the project has no object called " + names)),
+                        mConfiguration, mEntry.toPlainString()});
     return true;
 }
 

@@ -36,9 +36,15 @@ public:
     /// Objects by the names that scripts of one origin give them; several readers may share one.
     using Known = std::map<std::string, std::shared_ptr<FObject>>;
     void setKnown(Known *known) { mMade = known; }
-    /// Entries that weren't set, under rules that know the project, because it lacks an object that
-    /// they refer to.
-    const std::vector<FScriptError> &missing() const { return mMissing; }
+    /// An entry that wasn't set, under rules that know the project, because it lacks an object that
+    /// the value refers to.
+    struct Missing
+    {
+        FScriptError error;
+        std::shared_ptr<FObject> configuration;
+        std::string entry;
+    };
+    const std::vector<Missing> &missing() const { return mMissing; }
 
 private:
     struct Failure
@@ -84,9 +90,10 @@ private:
     const FImportRules *mRules = nullptr;
     Known mOwn;
     Known *mMade = &mOwn; // under rules only
-    std::vector<FScriptError> mMissing;
-    std::vector<std::string> mUnknown; // names in the entry that is being set
-    bool mIsEntry = false;
+    std::vector<Missing> mMissing;
+    std::vector<std::string> mUnknown;       // names in the entry that is being set
+    std::shared_ptr<FObject> mConfiguration; // while an entry is being set
+    FExprBase mEntry;
     FExprBase mLast;
     int mDepth = 0;
     bool mLogging = true;

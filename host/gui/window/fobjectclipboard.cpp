@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fobjectclipboard.h"
 
+#include "fconfiguration.h"
 #include "fdesign.h"
 #include "fdispatcher.h"
 #include "fhistory.h"
+#include "fimportrules.h"
 #include "fio.h"
 #include "flogmsg.h"
 #include "flooks.h"
@@ -36,6 +38,17 @@ QString listed(QStringList names)
     }
     return names.join(QStringLiteral(", "));
 }
+
+/// Object blocks are data: a clipboard may come from anywhere.
+bool pasteBlocks(const std::string &text)
+{
+    FScriptReader reader(text, "clipboard");
+    reader.setRules(&FImportRules::copies());
+    reader.run();
+    if (reader.errors().empty())
+        FConfiguration::leaveUnset(reader.missing());
+    return reader.errors().empty();
+}
 } // namespace
 
 FObjectClipboard::Objects FObjectClipboard::selected()
@@ -53,22 +66,35 @@ void FObjectClipboard::copy(const Objects &objects)
 {
     if (objects.empty())
         return;
-    QByteArray own;
+    QByteArray own, plain;
     QDataStream stream(&own, QIODevice::WriteOnly);
+    // Those that bring others along come first, so that nothing is copied twice.
+    Objects rest = objects;
+    for (size_t i = 0; i < rest.size();) {
+        const auto object = rest[i];
+        Objects others = rest;
+        others.erase(others.begin() + long(i));
+        const QByteArray bytes = object->copyAmong(&others);
+        if (bytes.isNull()) {
+            ++i;
+            continue;
+        }
+        if (bytes.isEmpty())
+            return;
+        stream << Q(object->getClass()) << bytes;
+        plain += bytes;
+        rest = std::move(others);
+        i = 0;
+    }
     QString script;
     QTextStream text(&script);
-    for (const auto &object : objects) {
-        const QByteArray bytes = object->copy();
-        if (!bytes.isEmpty())
-            stream << Q(object->getClass()) << bytes;
-        else
-            object->saveScopeManner(text, 0, true, false);
-    }
+    for (const auto &object : rest)
+        object->saveScopeManner(text, 0, true, false);
     text.flush();
     stream << QString() << script.toUtf8();
     auto *data = new QMimeData;
     data->setData(QLatin1String(kType), own);
-    data->setText(script.trimmed());
+    data->setText((QString::fromUtf8(plain) + script).trimmed());
     QGuiApplication::clipboard()->setMimeData(data);
 }
 
@@ -85,22 +111,25 @@ void FObjectClipboard::paste()
         return;
     QByteArray bytes = data->data(QLatin1String(kType));
     QDataStream stream(&bytes, QIODevice::ReadOnly);
-    FHistoryTransaction step(nullptr, S(tr("Paste")), true);
-    while (!stream.atEnd()) {
+    FHistorySavepoint step(S(tr("Paste")));
+    bool ok = true;
+    while (ok && !stream.atEnd()) {
         QString name;
         QByteArray content;
         stream >> name >> content;
-        if (stream.status() != QDataStream::Ok)
-            return;
-        if (!name.isEmpty()) {
+        if (stream.status() != QDataStream::Ok) {
+            FLogMsg::error("Paste", S(tr("The copy is damaged")), std::string(), nullptr);
+            ok = false;
+        } else if (name.isEmpty()) {
+            ok = pasteBlocks(content.toStdString());
+        } else {
             const auto prototype =
                 std::dynamic_pointer_cast<FManaged>(FObject::getPrototype(S(name)));
-            if (prototype)
-                prototype->paste(content);
-        } else if (!content.trimmed().isEmpty()) {
-            FDispatcher::script(content.toStdString());
+            ok = prototype && prototype->paste(content);
         }
     }
+    if (!ok)
+        step.rollback();
 }
 
 bool FObjectClipboard::remove(const Objects &objects)
