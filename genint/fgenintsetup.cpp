@@ -127,7 +127,7 @@ std::shared_ptr<FObject> PartParser::run(const Block &block)
     // one that it is given.
     std::unique_ptr<FLoadingScope> loading;
     if (block.rank == 3)
-        loading = std::make_unique<FLoadingScope>();
+        loading = std::make_unique<FLoadingScope>(true);
     FScriptReader reader(block.text, mFile, block.line);
     reader.setRules(&FGenIntSetup::rules());
     reader.setKnown(mKnown);
@@ -139,11 +139,7 @@ std::shared_ptr<FObject> PartParser::run(const Block &block)
     add(&mOutcome->errors, reader.errors());
     add(mMissing, reader.missing());
     const auto at = mKnown->find(block.name);
-    const auto made = at == mKnown->end() ? nullptr : at->second;
-    if (block.rank == 3)
-        if (const auto connector = std::dynamic_pointer_cast<FManaged>(made))
-            FHistory::instance()->recordCreation(connector); // loading told it nothing
-    return made;
+    return at == mKnown->end() ? nullptr : at->second;
 }
 
 void PartParser::importObjectsFromString(const QString &text)

@@ -74,10 +74,11 @@ void tst_Files::content()
     QFETCH(QString, given);
     QFETCH(QString, text);
     const auto file = FGenIntCommandFile::create("f");
-    FMarloCtrl::instance()->setLoadingProject(loading);
-    QCOMPARE(std::static_pointer_cast<FObject>(file->setContent(given)),
-             std::static_pointer_cast<FObject>(file));
-    FMarloCtrl::instance()->setLoadingProject(false);
+    {
+        const auto scope = loading ? std::make_unique<FLoadingScope>() : nullptr;
+        QCOMPARE(std::static_pointer_cast<FObject>(file->setContent(given)),
+                 std::static_pointer_cast<FObject>(file));
+    }
     QCOMPARE(file->text(), text);
     const bool marked = text.startsWith(QChar(0xfeff)); // reading drops one
     QCOMPARE(file->getContent(), encoded((marked ? "\xef\xbb\xbf" : "") + text.toUtf8()));

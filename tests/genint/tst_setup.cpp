@@ -223,6 +223,7 @@ void tst_Setup::halfImportLeavesNothing()
     const size_t at = text.rfind(".setApplication");
     text.insert(at, ".setNothing(1);\n");
     mModel.start();
+    const QString empty = FProject::instance()->text();
     const auto outcome = FGenIntSetup::read(text, "x.ovdl");
     QCOMPARE(outcome.errors.size(), size_t(1));
     QVERIFY2(outcome.errors[0].toString().find("setNothing") != std::string::npos,
@@ -232,6 +233,12 @@ void tst_Setup::halfImportLeavesNothing()
     QVERIFY(getManageds<FGenIntComputation>().empty());
     QVERIFY(!FHistory::instance()->canUndo());
     QVERIFY(!FGenIntSetup::read("no set-up at all", "x.ovdl").errors.empty());
+    // A connector whose block doesn't end swallows the part behind it: that goes too.
+    std::string open = text;
+    const size_t end = open.find("}", open.find("softwareConnector "));
+    open.erase(end, open.find("<?xml", end) + 5 - end);
+    QVERIFY(!FGenIntSetup::read(open, "x.ovdl").errors.empty());
+    QCOMPARE(FProject::instance()->text(), empty);
     // The door for scripts; a file that isn't there is passed over.
     ModelTest::write(mModel.path("half.ovdl"), QByteArray::fromStdString(text));
     ModelTest::log();

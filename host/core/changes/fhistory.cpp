@@ -35,7 +35,7 @@ FHistory *FHistory::instance()
 
 bool FHistory::isRecording() const
 {
-    return FBlockers::history == 0 && !mBusy && !FMarloCtrl::instance()->isLoadingProject();
+    return FBlockers::history == 0 && !mBusy && !FMarloCtrl::instance()->isUnrecorded();
 }
 
 void FHistory::startTransaction(const std::string &text)
@@ -59,6 +59,7 @@ void FHistory::commit(bool keep)
         for (const std::shared_ptr<FObject> &object : touched)
             states.push_back({object, object->recordedState(), true});
         putBack(states, dropped.removed, dropped.created);
+        forget(dropped.created);
         FUpdates::released();
         return;
     }
@@ -93,8 +94,10 @@ void FHistory::pushStep()
     // Told once, not kept: it may have a whole text in it.
     const std::string given = std::exchange(mCurrent.line, std::string());
     const QString line = given.empty() ? "// " + title(mCurrent) : Q(given);
-    for (size_t i = mPosition; i < mSteps.size(); ++i)
+    for (size_t i = mPosition; i < mSteps.size(); ++i) {
         mBytes -= mSteps[i].bytes;
+        forget(mSteps[i].created);
+    }
     mSteps.resize(mPosition);
     if (mClean > mPosition)
         mClean = std::string::npos;
@@ -156,8 +159,10 @@ void FHistory::count(Step *step, bool isUndone)
 void FHistory::dropOldest()
 {
     size_t dropped = 0;
-    while (mBytes > mLimit && mPosition - dropped > 1)
-        mBytes -= mSteps[dropped++].bytes;
+    while (mBytes > mLimit && mPosition - dropped > 1) {
+        mBytes -= mSteps[dropped].bytes;
+        forget(mSteps[dropped++].removed);
+    }
     if (dropped == 0)
         return;
     mSteps.erase(mSteps.begin(), mSteps.begin() + std::ptrdiff_t(dropped));
@@ -293,6 +298,15 @@ void FHistory::putBack(const std::vector<Restore> &states, const Objects &appear
     mBusy = false;
 }
 
+// What they hold may hold them.
+void FHistory::forget(const Objects &gone)
+{
+    for (const std::shared_ptr<FManaged> &object : gone) {
+        object->clearChildren();
+        object->setRecordedState(nullptr);
+    }
+}
+
 void FHistory::apply(Step *step, bool forward)
 {
     const bool wasClean = isClean();
@@ -336,6 +350,8 @@ bool FHistory::redo()
 void FHistory::clear()
 {
     const bool wasClean = isClean();
+    for (size_t i = 0; i < mSteps.size(); ++i)
+        forget(i < mPosition ? mSteps[i].removed : mSteps[i].created);
     mSteps.clear();
     for (const std::shared_ptr<FObject> &object : mTouched)
         object->markTouched(false);
@@ -376,6 +392,7 @@ void FHistorySavepoint::rollback()
     const FHistory::Objects created = since(&history->mCurrent.created, mCreated);
     const FHistory::Objects removed = since(&history->mCurrent.removed, mRemoved);
     history->putBack(states, removed, created);
+    FHistory::forget(created);
 }
 
 std::shared_ptr<FObject> FHistory::getCreatorByDbId(int id) const

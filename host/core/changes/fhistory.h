@@ -102,6 +102,8 @@ private:
     bool isRecording() const;
     void putBack(const std::vector<Restore> &states, const Objects &appear, const Objects &vanish,
                  bool namesOnly = false);
+    /// Breaks up objects that won't come back.
+    static void forget(const Objects &gone);
     void touch(const std::shared_ptr<FObject> &object, bool nameOnly);
     void apply(Step *step, bool forward);
     static void reduce(Change *change);

@@ -12,9 +12,18 @@ FMarloCtrl *FMarloCtrl::instance()
 
 bool FMarloCtrl::isBusy() const { return mLoading || FHistory::instance()->isBusy(); }
 
+FLoadingScope::FLoadingScope(bool recorded)
+    : mBefore(FMarloCtrl::instance()->mLoading)
+    , mUnrecordedBefore(FMarloCtrl::instance()->mUnrecorded)
+{
+    FMarloCtrl::instance()->mLoading = true;
+    FMarloCtrl::instance()->mUnrecorded = mUnrecordedBefore || !recorded;
+}
+
 FLoadingScope::~FLoadingScope()
 {
-    FMarloCtrl::instance()->setLoadingProject(mBefore);
+    FMarloCtrl::instance()->mLoading = mBefore;
+    FMarloCtrl::instance()->mUnrecorded = mUnrecordedBefore;
     if (!mBefore)
         FUpdates::released();
 }

@@ -13,7 +13,8 @@ public:
     /// True while a project, a definition or a set-up is being executed: setters skip what the
     /// saved commands do themselves.
     bool isLoadingProject() const { return mLoading; }
-    void setLoadingProject(bool loading) { mLoading = loading; }
+    /// True while what is loaded isn't a step that can be undone.
+    bool isUnrecorded() const { return mUnrecorded; }
     /// True when no text change may be recorded: during undo, redo and loading.
     bool isBusy() const;
     QString getFObjectMimeType() const { return QStringLiteral("application/x-turnbuckle-object"); }
@@ -21,23 +22,21 @@ public:
     std::string applicationName() const { return "Turnbuckle"; }
 
 private:
-    bool mLoading = false;
+    friend class FLoadingScope;
+    bool mLoading = false, mUnrecorded = false;
 };
 
-/// Raises the loading flag for its lifetime and restores what was before.
+/// Raises the loading flag for its lifetime and restores what was before; history records what is
+/// loaded only if it is \p recorded.
 class FLoadingScope
 {
 public:
-    FLoadingScope()
-        : mBefore(FMarloCtrl::instance()->isLoadingProject())
-    {
-        FMarloCtrl::instance()->setLoadingProject(true);
-    }
+    explicit FLoadingScope(bool recorded = false);
     ~FLoadingScope();
     FLoadingScope(const FLoadingScope &) = delete;
     FLoadingScope &operator=(const FLoadingScope &) = delete;
 
 private:
-    bool mBefore;
+    bool mBefore, mUnrecordedBefore;
 };
 #endif
