@@ -139,7 +139,6 @@ void FSoftConScene::init()
         connect(widget, &QToolButton::clicked, this, add.slot);
         *add.proxy = addFurniture(widget);
     }
-    const QString later = "\n" + tr("Not available yet in this version.");
     FToolButton *scan = button(
         "softConButton", ":/scanForResults",
         QStringLiteral("Automatic scan for results in computation directory. (If you have set up "
@@ -157,8 +156,10 @@ void FSoftConScene::init()
                QStringLiteral(
                    "Connects this Software Connector to the result of another Software Connector."),
                tr("Connect"));
-    link->setEnabled(false);
-    link->setToolTip(link->toolTip() + later);
+    connect(link, &QToolButton::clicked, this, [this] {
+        if (const auto connector = getConnector())
+            connector->connectOtherConnector();
+    });
     mConnectButton = addFurniture(link);
     auto *tips =
         new QSignalMapper(getConnector() ? static_cast<QObject *>(getConnector().get()) : this);

@@ -77,6 +77,8 @@ public:
     std::vector<QPointer<FGenIntResultsFileEditor>> getResultsFileEditors() const;
     /// Brings the editors of all templates, and the items of entries, up to date.
     void refreshCommandFileEditors();
+    /// An expression for the name of a file of any connector, as the user chooses; null if none.
+    static FExpr<FString> chooseResultsFile();
     static void refreshAll();
     FExpr<FResultsFileName> addOutputFile(const std::string &path);
     void addInputTemplateFromString(const std::string &content, const std::string &name);
@@ -91,6 +93,8 @@ public Q_SLOTS:
     void prepareToScanForResults();
     /// Scans for files of the last run, or since the connector was made.
     void scanForResults(bool run);
+    /// Takes files of other connectors as input files, as the user chooses.
+    void connectOtherConnector();
     int addNewTab(const FExpr<FGenIntFile> &file);
     void removeOldTab(const FExpr<FGenIntFile> &file);
     void closeTab(int index);

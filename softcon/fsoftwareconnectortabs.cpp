@@ -271,6 +271,7 @@ void FSoftwareConnector::initCmds()
         .hidden()
         .systemFlag(2);
     c.global("refreshAllSoftCons", &T::refreshAll).systemFlag(2).guiThread();
+    c.global("chooseResultsFile", &T::chooseResultsFile).systemFlag(2).guiThread();
     c.flushNow();
     mpNull->addDocu(helpText(), 5);
 }

@@ -24,7 +24,7 @@ enum FExitCode {
 struct FCliOptions
 {
     std::string project, file, output, configuration, design, topic;
-    std::string templateFile, sample, as, definition, program;
+    std::string templateFile, sample, as, definition, program, from, to;
     std::vector<std::string> computations, sets, expressions, templates;
     int jobs = 0;
     double timeout = -1;
@@ -43,6 +43,7 @@ int importDefinition(const FCliOptions &options);
 int add(const FCliOptions &options);
 int exportSetup(const FCliOptions &options);
 int importSetup(const FCliOptions &options);
+int link(const FCliOptions &options);
 int commands(const FCliOptions &options);
 int help(const FCliOptions &options);
 

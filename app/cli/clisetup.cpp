@@ -1,10 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 // Couplings that travel from one project to another.
 #include "cli.h"
+#include "fconfigurationgenint.h"
+#include "fdefinitiongenint.h"
+#include "ffilevalues.h"
+#include "fgenintfile.h"
 #include "fgenintsetup.h"
 #include "flogmsg.h"
 #include "fobjectmanager.h"
 #include "fproject.h"
+#include "ftext.h"
 #include "fuserfile.h"
 
 #include <iostream>
@@ -36,6 +41,113 @@ FGenIntSetup::What whatToExport(const FCliOptions &options,
                                                                   : FGenIntSetup::What::Only;
 }
 } // namespace
+
+namespace {
+/// An end of a link, "COMPUTATION" or "COMPUTATION:WHAT".
+struct End
+{
+    std::shared_ptr<FGenIntComputation> computation;
+    std::shared_ptr<FConfigurationGenInt> configuration;
+    std::string what;
+};
+
+/// Without a configuration if there is no such computation or it can't be linked; that was told.
+End endOf(const std::string &given)
+{
+    const size_t colon = given.find(':');
+    const std::string name = given.substr(0, colon);
+    End end;
+    end.what = colon == std::string::npos ? std::string() : given.substr(colon + 1);
+    end.computation =
+        std::dynamic_pointer_cast<FGenIntComputation>(FObjectManager::instance()->find(name));
+    if (!end.computation)
+        FCli::err("the project has no computation " + name);
+    else
+        end.configuration = end.computation->getConfiguration().ptr<FConfigurationGenInt>();
+    if (end.configuration && !end.configuration->getDefinition().ptr<FDefinitionGenInt>())
+        end.configuration = nullptr;
+    if (end.computation && !end.configuration)
+        FCli::err(name + " has no configuration with a definition");
+    return end;
+}
+
+/// The expression for the file that \p end leaves; empty, and told, if it leaves none such.
+std::string leftFile(const End &end)
+{
+    std::string known;
+    const auto note = [&](const std::string &file) {
+        known += (known.empty() ? "" : ", ") + file;
+        return file == end.what;
+    };
+    const std::string results = end.computation->getName() + ".getResults().";
+    const auto definition = end.configuration->getDefinition().ptr<FDefinitionGenInt>();
+    for (const auto &file : definition->getFiles(1))
+        if (file && note(S(file->getFileName())))
+            return results + "getResultTemplateName(" + FLiteral::quoted(end.what) + ")";
+    for (const auto &entry : end.configuration->getEntry(FResultsFileName::mpNull, true)) {
+        const auto value = entry->getValue().ptr<FResultsFileName>();
+        if (value && note(value->getFileName().toPlainString()))
+            return results + "getResultFileName(" + FLiteral::quoted(end.what) + ")";
+    }
+    FCli::err(end.computation->getName() + " leaves no file " +
+              (end.what.empty() ? std::string("of that name") : end.what) +
+              (known.empty() ? "" : "; it leaves " + known));
+    return std::string();
+}
+
+/// The entry that takes the file; one is made if none is named. Empty, and told, if there is none.
+std::string takingEntry(const End &end, const std::string &file)
+{
+    std::string name = end.what;
+    if (name.empty()) {
+        name = ENTRYGROUP_EXPORTS + "|" + file.substr(file.rfind('/') + 1);
+        const auto definition = end.configuration->getDefinition().ptr<FDefinitionGenInt>();
+        const FStatus made =
+            definition->addEntryCommand(name, FExprBase::resolve("inputFile(\"\",\"\")"));
+        if (made)
+            return name;
+        FCli::err(made.error.text() + "; say which entry takes the file with --to " +
+                  end.computation->getName() + ":ENTRY");
+        return std::string();
+    }
+    if (end.configuration->findEntry(name))
+        return name;
+    std::string known;
+    for (const auto &entry : end.configuration->getEntry(FInputFile::mpNull, true))
+        known += (known.empty() ? "" : ", ") + entry->getFullName();
+    FCli::err(end.configuration->getName() + " has no entry " + name +
+              (known.empty() ? "; without a name one is made" : "; files are taken by " + known));
+    return std::string();
+}
+} // namespace
+
+int FCli::link(const FCliOptions &options)
+{
+    const int loaded = load(options);
+    if (loaded != kDone)
+        return refuse(loaded, "nothing was linked");
+    const End from = endOf(options.from), to = endOf(options.to);
+    if (!from.configuration || !to.configuration)
+        return kUsage;
+    const std::string file = leftFile(from);
+    const std::string entry = file.empty() ? std::string() : takingEntry(to, from.what);
+    if (entry.empty())
+        return kUsage;
+    const FStatus set = to.configuration->setEntryCommand(
+        entry, FExprBase::resolve("inputFile(" + file + ",\"\")"));
+    if (!set) {
+        err(set.error.text());
+        return kUsage;
+    }
+    QString why;
+    if (!FProject::instance()->save(Q(options.output), &why)) {
+        err(S(why));
+        return kUnwritable;
+    }
+    out(entry + " of " + to.configuration->getName() + " takes " + from.what + " of " +
+        from.computation->getName());
+    return kDone;
+}
 
 int FCli::exportSetup(const FCliOptions &options)
 {
@@ -76,7 +188,7 @@ int FCli::importSetup(const FCliOptions &options)
     const auto outcome =
         FGenIntSetup::read(std::string(bytes.constData(), size_t(bytes.size())), options.file);
     for (const FScriptError &error : outcome.errors)
-        err(error.toString());
+        err(error.text());
     if (!outcome.errors.empty()) {
         err("nothing was imported");
         return kUnreadable;

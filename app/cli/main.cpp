@@ -132,6 +132,14 @@ int runProgram(int argc, char **argv)
     importSetup->add_option("--into", options.project, "project that gets it (default: a new one)");
     importSetup->add_option("--output", options.output, "project file to write")->required();
 
+    CLI::App *link = project(
+        command("link", "Let a computation take a file that another one leaves.", &FCli::link));
+    link->add_option("--from", options.from, "COMPUTATION:FILE: who leaves it")->required();
+    link->add_option("--to", options.to,
+                     "COMPUTATION[:ENTRY]: who takes it (default: a new entry Exports|FILE)")
+        ->required();
+    link->add_option("--output", options.output, "project file to write")->required();
+
     CLI::App *add = project(command(
         "add", "Put a file into a project byte for byte, or make a project with it.", &FCli::add));
     CLI::Option *input =

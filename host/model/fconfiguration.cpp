@@ -255,7 +255,9 @@ std::string FConfiguration::leaveUnset(const std::vector<FScriptReader::Missing>
         if (!entry)
             continue;
         lines += ", for entry " + entry->getFullName() + " of " + configuration->getName();
-        if (std::dynamic_pointer_cast<FBasicType>(entry->getValue().getExpr()))
+        const auto value = entry->getValue().getExpr();
+        if (std::dynamic_pointer_cast<FBasicType>(value) &&
+            !std::dynamic_pointer_cast<FInputFile>(value))
             entry->setValue(nullptr);
     }
     if (!lines.empty())

@@ -15,6 +15,7 @@ private Q_SLOTS:
     void wrongUsage();
     void unreadableProjects_data();
     void unreadableProjects();
+    void couplingsTravel();
     void savesOnlyWhole();
     void loadingStartsNothing();
     void tellsItsCommands();
@@ -134,6 +135,48 @@ void TestCommands::unreadableProjects()
     QVERIFY(!run.log().isEmpty());
     QVERIFY(box.call({"run", "p.tbk"}).err.contains("p.tbk:"));
     QCOMPARE(box.read("p.tbk"), text);
+}
+
+void TestCommands::couplingsTravel()
+{
+    const FSandbox box;
+    const auto code = [&](const QStringList &arguments, int wanted, const char *told) {
+        const FCall call = box.call(arguments);
+        QVERIFY2(call.code == wanted && (call.out + call.err).contains(told),
+                 QByteArray::number(call.code) + call.out + call.err);
+    };
+    box.write("one.tbk", sumProject());
+    code({"export", "one.tbk", "--computation", "none", "--output", "s.ovdl"}, 2, "no computation");
+    code({"export", "one.tbk", "--computation", "solver", "--output", "s.ovdl"}, 0, "");
+    // Beside the original, without what it refers to, and not at all.
+    code({"import", "s.ovdl", "--into", "one.tbk", "--output", "two.tbk"}, 0,
+         "imported solver1, which runs: ");
+    code({"import", "s.ovdl", "--output", "new.tbk"}, 0, "no object called width");
+    code({"check", "new.tbk"}, 1, "width");
+    box.write("bad.ovdl", box.read("s.ovdl").replace(".setApplication(", ".setWish("));
+    code({"import", "bad.ovdl", "--into", "one.tbk", "--output", "none.tbk"}, 3, "setWish");
+    QVERIFY(!box.has("none.tbk"));
+    // What one leaves the other takes: a file that is new in each run.
+    code({"link", "two.tbk", "--from", "solver:none", "--to", "solver1", "--output", "none.tbk"}, 2,
+         "leaves no file none; it leaves out.txt");
+    code(
+        {"link", "two.tbk", "--from", "solver:out.txt", "--to", "solver1", "--output", "three.tbk"},
+        0, "Exports|out.txt");
+    for (const char *entry : {"solver", "solver:Exports|out.txt"})
+        code({"link", "three.tbk", "--from", "solver1:out.txt", "--to", entry, "--output",
+              "none.tbk"},
+             2,
+             strcmp(entry, "solver") == 0 ? "cyclic dependency" : "has no entry Exports|out.txt");
+    code({"link", "three.tbk", "--from", "solver:out.txt", "--to", "solver1", "--output",
+          "none.tbk"},
+         2, "exists already");
+    QVERIFY(!box.has("none.tbk"));
+    code({"export", "three.tbk", "--computation", "solver1", "--output", "t.ovdl"}, 2, "--chain");
+    code({"export", "three.tbk", "--computation", "solver1", "--chain", "--output", "t.ovdl"}, 0,
+         "");
+    code({"import", "t.ovdl", "--into", "one.tbk", "--output", "four.tbk"}, 0, "imported solver11");
+    QVERIFY(box.read("four.tbk").contains("inputFile(solver1.getResults()"));
+    code({"run", "three.tbk"}, 0, "solver1");
 }
 
 void TestCommands::savesOnlyWhole()

@@ -3,6 +3,7 @@
 #include "fchanges.h"
 #include "fdesignsmodel.h"
 #include "fdesignspage.h"
+#include "fdispatcher.h"
 #include "feditor.h"
 #include "fgenintcommandfilebuttons.h"
 #include "fgenintcommandfileedit.h"
@@ -27,6 +28,7 @@ private Q_SLOTS:
     void ownProjectByClicks();
     void scanForResults();
     void chainByFile();
+    void linkByDialog();
     void mistakesAreSeenBeforeTheRun();
     void stepsOfTheUserAsScript();
 
@@ -402,6 +404,81 @@ void TestJourneys::chainByFile()
     Workbench::act("editRedo");
     QCOMPARE(getManageds<FSoftwareConnector>().size(), before + 2);
     QVERIFY(FSoftwareConnector::of(FObjectManager::instance()->find("block").get()));
+}
+
+/// Chooses rows of the dialog by their texts, then the button; \p shown gets all rows.
+static void answerLinkDialog(const QStringList &rows, const char *button, QStringList *shown)
+{
+    QTimer::singleShot(
+        0, qApp,
+        [=] {
+            auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
+            QVERIFY(dialog);
+            auto *tree = dialog->findChild<QTreeWidget *>();
+            for (QTreeWidgetItemIterator at(tree); *at; ++at) {
+                *shown << (*at)->text(0);
+                if (rows.contains((*at)->text(0))) {
+                    tree->setCurrentItem(*at);
+                    (*at)->setSelected(true);
+                }
+            }
+            for (auto *one : dialog->findChildren<QPushButton *>())
+                if (one->text() == QLatin1String(button)) {
+                    if (!one->isEnabled())
+                        *shown << "not enabled";
+                    QTest::mouseClick(one, Qt::LeftButton);
+                }
+            if (dialog->isVisible())
+                dialog->reject();
+        });
+}
+
+/// A file that one connector leaves is taken by another, by the button of its overview; what would
+/// be fed by itself is refused.
+void TestJourneys::linkByDialog()
+{
+    Workbench bench(copyOf("chain"));
+    const auto connectorOf = [](const char *name) {
+        return FSoftwareConnector::of(FObjectManager::instance()->find(name).get());
+    };
+    for (const char *name : {"discharge", "block"})
+        FDispatcher::execute(FExprBase(FObjectManager::instance()->find(name)),
+                             "openSoftwareConnector");
+    Workbench::turn();
+    const QString before = FProject::instance()->text();
+    const auto linkOf = [&](const char *name, const QStringList &rows, const char *button) {
+        QStringList shown;
+        answerLinkDialog(rows, button, &shown);
+        connectorOf(name)->connectOtherConnector();
+        Workbench::turn();
+        return shown;
+    };
+    const size_t steps = FHistory::instance()->stepCount();
+    QStringList shown = linkOf("block", {}, "Add");
+    QCOMPARE(shown.last(), QStringLiteral("not enabled"));
+    QVERIFY2(shown.contains("stdout.txt") && shown.first().endsWith("/discharge"),
+             qPrintable(shown.join(' ')));
+    QVERIFY(
+        linkOf("block", {shown.first()}, "Add").contains("not enabled")); // only files are taken
+    linkOf("block", {"stdout.txt"}, "Cancel");
+    QCOMPARE(FProject::instance()->text(), before);
+    linkOf("block", {"stdout.txt"}, "Add");
+    QCOMPARE(FHistory::instance()->stepCount(), steps + 1);
+    const QString linked = FProject::instance()->text();
+    QVERIFY2(linked.contains(".setEntry(\"Exports|stdout.txt\",inputFile(discharge.getResults()."
+                             "getResultTemplateName(\"stdout.txt\"),"),
+             qPrintable(linked));
+    // The other way round there would be no end.
+    FIO::instance()->answerNext(0);
+    shown = linkOf("discharge", {"block.dat"}, "Add");
+    QVERIFY(shown.contains("block.dat"));
+    QCOMPARE(FProject::instance()->text(), linked);
+    Workbench::act("editUndo");
+    QCOMPARE(FProject::instance()->text(), before);
+    // A script gets the expression as text.
+    answerLinkDialog({"block.dat"}, "Add", &shown);
+    QCOMPARE(Q(FSoftwareConnector::chooseResultsFile().getPtr()->value()),
+             QString("block.getResults().getResultTemplateName(\"block.dat\")"));
 }
 
 /// A typo in a tag, an anchor that isn't there, a program that isn't found.
