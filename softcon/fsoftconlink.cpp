@@ -68,9 +68,10 @@ void FSoftConConnectConnectorDialog::init()
     mAddButton->setEnabled(false);
     connect(mAddButton, &QPushButton::clicked, this, &QDialog::accept);
     row->addWidget(mAddButton);
+    row->addStretch();
     auto *cancel = new QPushButton(QStringLiteral("Cancel"), this);
     connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
-    row->addWidget(cancel, 0, Qt::AlignRight);
+    row->addWidget(cancel);
     column->addLayout(row);
     connect(mTree, &QTreeWidget::currentItemChanged, this,
             &FSoftConConnectConnectorDialog::currentItemChanged);

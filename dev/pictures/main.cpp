@@ -8,6 +8,7 @@
 #include "fruncontrol.h"
 #include "fsearchdialog.h"
 #include "fsettingsdialog.h"
+#include "fsoftconlink.h"
 #include "workbench.h"
 
 namespace {
@@ -166,6 +167,23 @@ void manyItems()
     bench.connector()->setItemSizeStr(QStringLiteral("Medium"));
 }
 
+/// The files of other couplings that one can take.
+void takeLink()
+{
+    Workbench bench(copyOf("chain"));
+    for (const char *name : {"discharge", "block"})
+        FDispatcher::execute(FExprBase(FObjectManager::instance()->find(name)),
+                             "openSoftwareConnector");
+    Workbench::turn();
+    FSoftConConnectConnectorDialog dialog(
+        bench.window(),
+        FSoftwareConnector::of(FObjectManager::instance()->find("discharge").get()));
+    dialog.show();
+    auto *tree = dialog.findChild<QTreeWidget *>();
+    tree->setCurrentItem(tree->topLevelItem(0)->child(0));
+    take(&dialog, "link");
+}
+
 void pages()
 {
     if (isWanted("welcome")) {
@@ -191,6 +209,8 @@ void pages()
         waitForRuns();
         take(bench.window(), "chain");
     }
+    if (isWanted("link"))
+        takeLink();
     if (isWanted("many"))
         manyItems();
 }
