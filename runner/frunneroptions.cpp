@@ -29,7 +29,8 @@ bool FRunnerOptions::parse(int argc, char **argv, std::string *why)
     } texts[] = {
         {"--directory", &directory}, {"--record", &recordFile}, {"--stdin", &stdinFile},
         {"--stdout", &stdoutFile},   {"--stderr", &stderrFile}, {"--computation", &computation},
-        {"--design", &design},       {"--prepared", &prepared}, {"--place", &place}};
+        {"--design", &design},       {"--prepared", &prepared}, {"--place", &place},
+        {"--inputs", &inputs},       {"--program", &program}};
     int i = 1;
     for (; i < argc && std::strcmp(argv[i], "--") != 0; i += 2) {
         const std::string name = argv[i];

@@ -10,7 +10,7 @@
 struct FRunnerOptions
 {
     std::string directory, recordFile, stdinFile, stdoutFile, stderrFile;
-    std::string computation, design;    // for the record only
+    std::string computation, design, inputs, program; // for the record only
     std::vector<std::string> variables; // names of those that the record tells, beside a few others
     int control = -1;                   // socket to the caller
     // The folder of the run, opened by the caller; the directory then is only a name for people.

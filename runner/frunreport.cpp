@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -128,6 +129,24 @@ std::string environmentJson(const std::vector<std::string> &names)
     }
     return json + '}';
 }
+
+/// The files that a finished run has made, as they lie there now.
+std::string filesJson(const FRunnerOptions &options)
+{
+    const int folder = options.folder >= 0 ? options.folder : AT_FDCWD;
+    std::string json = "[";
+    for (const std::string &name : options.expected) {
+        struct stat info = {};
+        if (::fstatat(folder, name.c_str(), &info, AT_SYMLINK_NOFOLLOW) != 0)
+            continue;
+        json += json.size() > 1 ? ", {\"name\": " : "{\"name\": ";
+        appendString(&json, name);
+        json += ", \"bytes\": " + std::to_string(info.st_size) + ", \"modified\": \"" +
+                std::to_string(info.st_mtim.tv_sec) + "." + std::to_string(info.st_mtim.tv_nsec) +
+                "\"}";
+    }
+    return json + ']';
+}
 } // namespace
 
 std::string FRunReport::toJson(const FRunnerOptions &options) const
@@ -153,6 +172,9 @@ std::string FRunReport::toJson(const FRunnerOptions &options) const
     json.raw("peakMemoryKiB", std::to_string(peakMemoryKiB));
     json.string("state", state);
     json.string("reason", reason);
+    json.string("inputs", options.inputs);
+    json.string("program", options.program);
+    json.raw("resultFiles", filesJson(options));
     json.raw("stdoutBytes", std::to_string(stdoutBytes));
     json.raw("stderrBytes", std::to_string(stderrBytes));
     json.raw("stdoutOmitted", std::to_string(stdoutOmitted));

@@ -29,6 +29,9 @@ struct FCliOptions
     int jobs = 0;
     double timeout = -1;
     bool chain = false, only = false;
+    bool fresh = false, failed = false, reread = false, trustProgram = false;
+    int retries = 0;
+    std::string table, keepFree;
     bool allDesigns = false, keepGoing = false, json = false, markdown = false;
 };
 

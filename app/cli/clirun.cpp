@@ -12,6 +12,7 @@
 #include <QSocketNotifier>
 #include <QThread>
 #include <algorithm>
+#include <cmath>
 #include <csignal>
 #include <cstdio>
 #include <iostream>
@@ -103,6 +104,7 @@ QJsonObject runJson(const FRunRecord &record, const QJsonArray &tables)
             {"exitCode", record.hasExitCode ? QJsonValue(record.exitCode) : QJsonValue()},
             {"signal", record.hasSignal ? QJsonValue(record.signal) : QJsonValue()},
             {"seconds", record.seconds},
+            {"reused", record.reused},
             {"directory", Q(record.directory)},
             {"tables", tables}};
 }
@@ -110,6 +112,7 @@ QJsonObject runJson(const FRunRecord &record, const QJsonArray &tables)
 void printRun(const FRunRecord &record, const std::vector<FStudy::Table> &tables)
 {
     FCli::out(record.computation + "  " + record.design + "  " + record.reason +
+              (record.reused ? ", kept" : "") +
               (record.seconds > 0 ? "  " + duration(record.seconds) : ""));
     for (const FStudy::Table &table : tables) {
         FCli::out(" " + table.name);
@@ -206,6 +209,46 @@ bool choose(const FCliOptions &options, FStudy::Computations *asked)
     return true;
 }
 
+/// Bytes of "500M"; false if it is no size.
+bool readSize(const std::string &text, double *bytes)
+{
+    static const std::string kUnits = "KMGT";
+    const bool hasUnit = !text.empty() && kUnits.find(text.back()) != std::string::npos;
+    bool isNumber = false;
+    *bytes = Q(text.substr(0, text.size() - hasUnit)).toDouble(&isNumber);
+    for (size_t i = 0; hasUnit && i <= kUnits.find(text.back()); ++i)
+        *bytes *= 1024;
+    return isNumber && std::isfinite(*bytes) && *bytes >= 0;
+}
+
+bool choosePolicy(const FCliOptions &options, FRunPolicy *policy)
+{
+    policy->keepGoing = options.keepGoing;
+    policy->timeout = options.timeout;
+    policy->retries = options.retries;
+    policy->trustProgram = options.trustProgram;
+    if (options.reread)
+        policy->earlier = FRunPolicy::Reread;
+    else if ((options.allDesigns || options.failed) && !options.fresh)
+        policy->earlier = FRunPolicy::Reuse;
+    if (options.keepFree.empty() || readSize(options.keepFree, &policy->keepFreeBytes))
+        return true;
+    FCli::err("--keep-free: expected a size such as 500M or 2G, found " + options.keepFree);
+    return false;
+}
+
+/// Designs of which a run was recorded that didn't finish, or that was torn.
+FStudy::Designs failedAmong(const FStudy::Designs &designs, const FStudy::Computations &asked)
+{
+    FStudy::Designs failed;
+    for (const auto &design : designs)
+        if (std::any_of(asked.begin(), asked.end(), [&](const auto &computation) {
+                return FRunStore::hasFailed(computation, design);
+            }))
+            failed.push_back(design);
+    return failed;
+}
+
 bool chooseDesigns(const FCliOptions &options, FStudy::Designs *designs)
 {
     if (options.allDesigns) {
@@ -235,13 +278,22 @@ int FCli::run(const FCliOptions &options)
     FStudy::Designs designs;
     if (!choose(options, &asked) || !chooseDesigns(options, &designs))
         return kUsage;
+    if (options.failed) {
+        designs = failedAmong(options.design.empty() ? FDesign::all() : designs, asked);
+        if (designs.empty()) {
+            err("no run has failed");
+            return kDone;
+        }
+    }
     if (asked.empty()) {
         err("the project has no computation");
         return kFailed;
     }
     FRunQueue queue;
-    queue.setKeepGoing(options.keepGoing);
-    queue.setTimeout(options.timeout);
+    FRunPolicy policy;
+    if (!choosePolicy(options, &policy))
+        return kUsage;
+    queue.setPolicy(policy);
     FStudy study(designs, asked);
     study.addTo(&queue);
     FProgress progress(!options.json);

@@ -89,6 +89,19 @@ int runProgram(int argc, char **argv)
     run->add_option("--timeout", options.timeout, "seconds for each run, 0 for no limit")
         ->check(CLI::Range(0.0, 1e9));
     run->add_flag("--keep-going", options.keepGoing, "go on with other designs after a failure");
+    CLI::Option *fresh =
+        run->add_flag("--fresh", options.fresh,
+                      "run all: of many designs, finished runs with the same inputs else stay");
+    run->add_flag("--failed", options.failed, "only designs whose last run failed");
+    run->add_flag("--reread", options.reread,
+                  "run nothing: read again what finished runs left, by the present rules")
+        ->excludes(fresh);
+    run->add_option("--retries", options.retries, "start a run that failed N times more")
+        ->check(CLI::Range(0, 1000));
+    run->add_flag("--trust-program", options.trustProgram,
+                  "a program that was replaced gives the same results");
+    run->add_option("--keep-free", options.keepFree,
+                    "SIZE such as 500M, 2G: start no design with less space on the disk");
 
     CLI::App *eval = sets(json(project(command("eval", "Evaluate expressions.", &FCli::eval))));
     eval->add_option("EXPRESSION", options.expressions, "expression over the project")->required();

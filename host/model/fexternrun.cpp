@@ -7,6 +7,7 @@
 #include "fpathmanager.h"
 #include "frunfolder.h"
 #include "frunlock.h"
+#include "frunreuse.h"
 #include "frunstore.h"
 #include "frunsync.h"
 #include "fsafefile.h"
@@ -17,11 +18,20 @@
 #include <algorithm>
 #include <cstring>
 
+namespace {
+bool hasFinished(const std::string &directory)
+{
+    FRunRecord old;
+    QByteArray text;
+    return FRunFolder::read(directory, "run.json", &text) && old.read(text) && old.succeeded();
+}
+} // namespace
+
 FExternRun::FExternRun(std::shared_ptr<FExternComputation> computation,
-                       std::shared_ptr<FDesign> design, double timeout)
+                       std::shared_ptr<FDesign> design, const FRunPolicy &policy)
     : mComputation(std::move(computation))
     , mDesign(std::move(design))
-    , mTimeout(timeout >= 0 ? timeout : mComputation->getTimeout())
+    , mPolicy(policy)
 {
     mRecord.computation = mComputation->getName();
     mRecord.design = mDesign->getName();
@@ -114,7 +124,11 @@ void FExternRun::start(std::function<void()> ended)
     std::string why;
     FPathManager *paths = FPathManager::instance();
     mRecord.directory = paths->getResultsDirAbs(mComputation, mDesign);
-    mLock = FRunLock::take(paths->getDesignsDirAbs(), &why);
+    const bool mayStart = mPolicy.earlier != FRunPolicy::Reread || hasFinished(mRecord.directory);
+    if (!mayStart)
+        why = "there is no finished run to read";
+    else
+        mLock = FRunLock::take(paths->getDesignsDirAbs(), &why);
     if (mLock)
         mFolder = FRunFolder::prepare(mLock, mRecord.directory, &why);
     {
@@ -123,7 +137,7 @@ void FExternRun::start(std::function<void()> ended)
         const_cast<const FExternComputation &>(*mComputation).prepareRun();
         mComputation->prepareRun();
         mComputation->computationStarted();
-        launched = (mFolder || fail(why)) && prepare() && launch();
+        launched = (mFolder || fail(why)) && prepare() && makeJob() && (takeEarlier() || launch());
         mEdition = mComputation->editionFor(mDesign.get());
     }
     if (!launched)
@@ -179,9 +193,9 @@ bool FExternRun::sharesItsFolder() const
     return false;
 }
 
-bool FExternRun::launch()
+bool FExternRun::makeJob()
 {
-    FRunJob job;
+    FRunJob &job = mJob;
     job.command.push_back(programOf(*mComputation));
     if (job.command[0].empty())
         return fail("no program is set");
@@ -193,13 +207,51 @@ bool FExternRun::launch()
     job.variables = mComputation->getEnvironment();
     job.expected = mComputation->requiredResultFiles();
     job.standardInput = mComputation->getStandardInput();
-    job.timeLimit = mTimeout;
+    job.timeLimit = mPolicy.timeout >= 0 ? mPolicy.timeout : mComputation->getTimeout();
     job.waitForAll = mComputation->getWaitForAll();
     job.folder = mFolder;
     job.lock = mLock;
     std::string why;
+    job.program = FRunReuse::programOf(job);
+    job.inputs = FRunReuse::inputsOf(job, &why);
+    return !job.inputs.empty() || fail(why);
+}
+
+bool FExternRun::takeEarlier()
+{
+    if (mPolicy.earlier == FRunPolicy::Replace || mFolder->prepared().empty())
+        return false;
+    auto old = FRunReuse::finishedRun(mJob);
+    const bool isSame =
+        old && old->inputs == mJob.inputs && (old->program == mJob.program || mPolicy.trustProgram);
+    if (!old || (!isSame && mPolicy.earlier != FRunPolicy::Reread))
+        return false;
+    std::string why;
+    auto folder = FRunFolder::earlier(mLock, mRecord.directory, &why);
+    if (!folder)
+        return false;
+    mFolder->dropReplaced();
+    mFolder = std::move(folder);
+    mJob.folder.reset();
+    // Names are those of now; the folder may have had others.
+    old->computation = mRecord.computation;
+    old->design = mRecord.design;
+    old->directory = mRecord.directory;
+    old->reused = true;
+    old->inputsChanged = !isSame;
+    mRecord = std::move(*old);
+    mLater = std::make_unique<QObject>();
+    QTimer::singleShot(0, mLater.get(), [this] { mEnded(); });
+    return true;
+}
+
+bool FExternRun::launch()
+{
+    if (mPolicy.earlier == FRunPolicy::Reread)
+        return fail("the files of the finished run aren't as it left them");
+    std::string why;
     mExecution = FRunExecutor::instance()->start(
-        job,
+        mJob,
         [this](const QByteArray &record) {
             takeRecord(record);
             mEnded();
@@ -262,12 +314,17 @@ void FExternRun::conclude()
         return;
     }
     const FRunState ended = mRecord.state;
-    mRecord.inputsChanged =
-        mRecord.succeeded() && mComputation->editionFor(mDesign.get()) != mEdition;
-    if (mRecord.inputsChanged)
-        mRecord.reason += ", but inputs changed during the run";
-    if (mReport.isEmpty() || mRecord.inputsChanged || !mRecord.inputsWithoutNumber.empty())
-        writeRecord();
+    if (!mRecord.reused) {
+        mRecord.inputsChanged =
+            mRecord.succeeded() && mComputation->editionFor(mDesign.get()) != mEdition;
+        if (mRecord.inputsChanged)
+            mRecord.reason += ", but inputs changed during the run";
+        if (mReport.isEmpty() || mRecord.inputsChanged || !mRecord.inputsWithoutNumber.empty())
+            writeRecord();
+    } else if (mRecord.inputsChanged || mComputation->editionFor(mDesign.get()) != mEdition) {
+        mRecord.inputsChanged = true;
+        mRecord.reason += ", but of other inputs than those of now";
+    }
     if (mFolder)
         mFolder->settle();
     if (ended != FRunState::NotStarted)
@@ -278,7 +335,8 @@ void FExternRun::conclude()
         std::string why;
         if (mRecord.succeeded() && !writeValues(&why)) {
             mRecord.set(FRunState::Failed, why);
-            writeRecord();
+            if (!mRecord.reused)
+                writeRecord();
             mComputation->takeResults(mDesign, mRecord);
         }
         mComputation->computationFinished();
@@ -290,7 +348,7 @@ void FExternRun::conclude()
                        "computation " + mRecord.computation + ", design " + mRecord.design + ": " +
                            mRecord.reason,
                        mRecord.directory, nullptr);
-    if (mFolder)
+    if (mFolder && !mRecord.reused)
         FRunSync::instance()->add(mRecord.directory);
     mFolder.reset();
     mLock.reset();

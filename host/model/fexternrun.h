@@ -4,6 +4,7 @@
 #include "fdesign.h"
 #include "fexterncomputation.h"
 #include "frunexecutor.h"
+#include "frunpolicy.h"
 
 #include <QDateTime>
 #include <functional>
@@ -15,7 +16,7 @@ class FExternRun
 {
 public:
     FExternRun(std::shared_ptr<FExternComputation> computation, std::shared_ptr<FDesign> design,
-               double timeout);
+               const FRunPolicy &policy);
     ~FExternRun();
     FExternRun(const FExternRun &) = delete;
     FExternRun &operator=(const FExternRun &) = delete;
@@ -42,6 +43,9 @@ public:
 
 private:
     bool prepare();
+    bool makeJob();
+    /// True if nothing need be run: an earlier run stands for this one.
+    bool takeEarlier();
     bool launch();
     bool isGone() const;
     bool fail(const std::string &reason);
@@ -55,14 +59,16 @@ private:
     std::shared_ptr<FExternComputation> mComputation;
     std::shared_ptr<FDesign> mDesign;
     FRunRecord mRecord;
-    double mTimeout;
+    FRunPolicy mPolicy;
+    FRunJob mJob;
     QDateTime mSince;
     unsigned long mEdition = 0; // of what the results depend on, when the inputs were written
     std::function<void()> mEnded;
     std::shared_ptr<FRunLock> mLock;
     std::shared_ptr<FRunFolder> mFolder;
     std::unique_ptr<FRunExecution> mExecution;
-    QByteArray mReport; // the text of the record as the executor left it
+    std::unique_ptr<QObject> mLater; // the end of a run that needed no program comes by it
+    QByteArray mReport;              // the text of the record as the executor left it
     bool mStarted = false;
 };
 #endif

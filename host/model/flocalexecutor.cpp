@@ -44,6 +44,8 @@ std::vector<std::string> commandLine(const FRunJob &job)
         add("--prepared", job.folder->prepared());
         add("--place", job.folder->place());
     }
+    add("--inputs", job.inputs);
+    add("--program", job.program);
     if (job.timeLimit > 0)
         add("--time-limit", shortestNumber(job.timeLimit));
     if (job.waitForAll)

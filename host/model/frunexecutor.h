@@ -19,6 +19,7 @@ struct FRunJob
     std::vector<std::string> expected;  ///< files without which the run has failed
     std::string standardInput;          ///< a file of the run folder, empty for none
     double timeLimit = 0;               ///< seconds, 0 for none
+    std::string inputs, program;        ///< what the run is made from, for the record
     bool waitForAll = false;            ///< the run ends with the last process, not with the first
     std::shared_ptr<FRunFolder> folder;
     std::shared_ptr<FRunLock> lock;

@@ -48,6 +48,29 @@ bool exchange(int fromFolder, const char *from, int toFolder, const char *to)
            ::renameat(fromFolder, from, toFolder, to) == 0 &&
            ::renameat(fromFolder, aside.c_str(), fromFolder, from) == 0;
 }
+
+/// Ours, but without a record: nobody saw the end of the run.
+bool isTorn(int parent, const std::string &place)
+{
+    struct stat info = {};
+    const std::string own = place + "/" + FRunFolder::kOwn;
+    return ::fstatat(parent, own.c_str(), &info, AT_SYMLINK_NOFOLLOW) == 0 &&
+           S_ISDIR(info.st_mode) &&
+           ::fstatat(parent, (own + "/run.json").c_str(), &info, AT_SYMLINK_NOFOLLOW) != 0 &&
+           errno == ENOENT;
+}
+
+bool setAside(int parent, const std::string &name, const std::string &place)
+{
+    for (int i = 1; i < 1000; ++i) {
+        const std::string aside = place + ".interrupted-" + std::to_string(i);
+        if (::renameat2(parent, name.c_str(), parent, aside.c_str(), RENAME_NOREPLACE) == 0)
+            return true;
+        if (errno != EEXIST)
+            break;
+    }
+    return false;
+}
 } // namespace
 
 std::string FRunFolder::words(int error)
@@ -98,6 +121,7 @@ std::shared_ptr<FRunFolder> FRunFolder::prepare(const std::shared_ptr<FRunLock> 
             errno = ENOTDIR;
             return fail();
         }
+        run->mReplacesTorn = isTorn(run->mParent, run->mPlace);
         name = run->mPrepared = "." + run->mPlace + ".new";
         if (::mkdirat(run->mParent, name.c_str(), 0777) != 0) {
             // What a run left that was killed, or what is being removed still.
@@ -116,6 +140,23 @@ std::shared_ptr<FRunFolder> FRunFolder::prepare(const std::shared_ptr<FRunLock> 
     if (run->mOwn < 0)
         return fail();
     return run;
+}
+
+std::shared_ptr<FRunFolder> FRunFolder::earlier(const std::shared_ptr<FRunLock> &lock,
+                                                const std::string &directory, std::string *why)
+{
+    std::string project;
+    const auto steps = stepsOf(directory, &project);
+    std::shared_ptr<FRunFolder> run(new FRunFolder);
+    run->mParentPath = project + "/" + steps[0] + "/" + steps[1];
+    run->mPlace = steps[2];
+    run->mParent = step(lock->folder(), steps[1].c_str(), false);
+    run->mFolder = run->mParent < 0 ? -1 : step(run->mParent, run->mPlace.c_str(), false);
+    run->mOwn = run->mFolder < 0 ? -1 : step(run->mFolder, kOwn, true);
+    if (run->mOwn >= 0)
+        return run;
+    *why = "cannot open the run folder " + directory + ": " + words(errno);
+    return nullptr;
 }
 
 FRunFolder::~FRunFolder()
@@ -145,6 +186,8 @@ void FRunFolder::dropReplaced()
     if (mPrepared.empty() || mDropped)
         return;
     mDropped = true;
+    if (mReplacesTorn && isInPlace() && setAside(mParent, mPrepared, mPlace))
+        return;
     FRunSync::instance()->remove(mParentPath + "/" + mPrepared);
 }
 

@@ -24,6 +24,9 @@ public:
     /// design's folder in the one that is locked. Null with the reason in \p why.
     static std::shared_ptr<FRunFolder> prepare(const std::shared_ptr<FRunLock> &lock,
                                                const std::string &directory, std::string *why);
+    /// The folder of an earlier run in its place, to keep what is read from it anew.
+    static std::shared_ptr<FRunFolder> earlier(const std::shared_ptr<FRunLock> &lock,
+                                               const std::string &directory, std::string *why);
     ~FRunFolder();
     FRunFolder(const FRunFolder &) = delete;
     FRunFolder &operator=(const FRunFolder &) = delete;
@@ -36,7 +39,9 @@ public:
     const std::string &prepared() const { return mPrepared; }
     const std::string &place() const { return mPlace; }
 
-    /// Removes in the background what was replaced. Once the new folder is in its place.
+    /// Removes in the background what was replaced, once the new folder is in its place; or the
+    /// prepared folder, if it isn't wanted. A run that was torn, by a kill or a power cut, is set
+    /// aside as PLACE.interrupted-N.
     void dropReplaced();
     /// To be called at the end: a folder whose program could not be started goes, and the old one
     /// stays, if that one holds a finished run. Otherwise this one takes its place.
@@ -71,6 +76,6 @@ private:
 
     std::string mParentPath, mPlace, mPrepared;
     int mParent = -1, mFolder = -1, mOwn = -1;
-    bool mDropped = false;
+    bool mDropped = false, mReplacesTorn = false;
 };
 #endif

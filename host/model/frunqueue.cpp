@@ -6,10 +6,12 @@
 #include "flogmsg.h"
 #include "fpathmanager.h"
 #include "frunlock.h"
+#include "frunreuse.h"
 #include "frunsync.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>
+#include <QLocale>
 #include <QPointer>
 #include <QTimer>
 #include <algorithm>
@@ -58,9 +60,11 @@ void FRunQueue::add(const std::shared_ptr<FDesign> &design,
         mTotal = mFailed = 0;
         mCancelled = false;
         mFailure.clear();
+        mNoSpace.clear();
     }
     auto item = std::make_shared<Chain>();
     item->design = design;
+    item->policy = mPolicy;
     const QDateTime now = QDateTime::currentDateTimeUtc();
     for (const auto &computation : chain)
         item->steps.push_back({nextId(), computation, now, 0});
@@ -108,8 +112,10 @@ void FRunQueue::startMore()
         mWaiting.pop_front();
         if (mCancelled)
             skipRest(*chain, FRunState::Cancelled, "cancelled");
-        else if (!mFailure.empty() && !mPolicy.keepGoing)
+        else if (!mFailure.empty() && !chain->policy.keepGoing)
             skipRest(*chain, FRunState::NotStarted, "not started because " + mFailure);
+        else if (const std::string why = spaceProblem(chain->policy); !why.empty())
+            skipRest(*chain, FRunState::NotStarted, mNoSpace = why);
         else
             startNext(chain);
     }
@@ -118,17 +124,36 @@ void FRunQueue::startMore()
         becomeIdle();
 }
 
+std::string FRunQueue::spaceProblem(const FRunPolicy &policy)
+{
+    double kept = 0, free = 0;
+    if (policy.earlier == FRunPolicy::Reread ||
+        !FRunReuse::freeSpace(FPathManager::instance()->getProjectDirAbs(), policy.keepFreeBytes,
+                              &kept, &free) ||
+        free >= kept)
+        return std::string();
+    const auto shown = [](double bytes) {
+        return S(QLocale::c().formattedDataSize(qint64(bytes), 1));
+    };
+    return "not started because only " + shown(free) +
+           " are free on the disk of the project, and " + shown(kept) + " are to stay free";
+}
+
 void FRunQueue::becomeIdle()
 {
     mBusy = false;
     mLock.reset();
-    const auto skipped = std::count_if(mRecords.begin(), mRecords.end(), [this](const auto &one) {
-        return !mFailure.empty() && one.reason == "not started because " + mFailure;
-    });
-    if (skipped > 0)
-        FLogMsg::error("Run",
-                       std::to_string(skipped) + " runs were not started because " + mFailure,
-                       std::string(), nullptr);
+    const auto tellSkipped = [this](const std::string &why) {
+        const auto count = std::count_if(mRecords.begin(), mRecords.end(),
+                                         [&](const auto &one) { return one.reason == why; });
+        if (count > 0)
+            FLogMsg::error("Run", std::to_string(count) + " runs were " + why, std::string(),
+                           nullptr);
+    };
+    if (!mFailure.empty())
+        tellSkipped("not started because " + mFailure);
+    if (!mNoSpace.empty())
+        tellSkipped(mNoSpace);
     Q_EMIT idle();
 }
 
@@ -140,7 +165,7 @@ void FRunQueue::startNext(const ChainPtr &chain)
         return;
     }
     mRunning.push_back(
-        {std::make_unique<FExternRun>(step.computation, chain->design, mPolicy.timeout), chain});
+        {std::make_unique<FExternRun>(step.computation, chain->design, chain->policy), chain});
     FExternRun *run = mRunning.back().run.get();
     const unsigned id = step.id;
     run->start([this, run] { runEnded(run); });
@@ -202,7 +227,7 @@ void FRunQueue::conclude(Running *one)
         return; // forgotten meanwhile
     Step step = chain->steps.front();
     const bool mayRetry = result.state == FRunState::Failed || result.state == FRunState::TimeLimit;
-    if (mayRetry && step.attempts < mPolicy.retries && !mCancelled && !one->isCancelled) {
+    if (mayRetry && step.attempts < chain->policy.retries && !mCancelled && !one->isCancelled) {
         ++chain->steps.front().attempts;
         startNext(chain);
         return;

@@ -3,6 +3,7 @@
 #define FRUNQUEUE_H
 #include "fdesign.h"
 #include "fexterncomputation.h"
+#include "frunpolicy.h"
 
 #include <QDateTime>
 #include <QObject>
@@ -11,14 +12,6 @@
 
 class FExternRun;
 class FRunLock;
-
-/// What is done about runs that don't finish, and how long one may take.
-struct FRunPolicy
-{
-    bool keepGoing = true; ///< with false no further design starts after a failure
-    int retries = 0;       ///< how often a run that failed or took too long starts again
-    double timeout = -1;   ///< seconds in place of the computation's own; negative for its own
-};
 
 /// Runs chains of computations, each chain for one design, up to N designs at once.
 ///
@@ -40,6 +33,7 @@ public:
 
     void add(const std::shared_ptr<FDesign> &design,
              const std::vector<std::shared_ptr<FExternComputation>> &chain);
+    /// For what is added from now on.
     void setPolicy(const FRunPolicy &policy) { mPolicy = policy; }
     const FRunPolicy &policy() const { return mPolicy; }
     void setKeepGoing(bool keepGoing) { mPolicy.keepGoing = keepGoing; }
@@ -104,6 +98,7 @@ private:
     {
         std::shared_ptr<FDesign> design;
         std::deque<Step> steps; // the first one runs, if the chain does
+        FRunPolicy policy = {}; // of the time when it was added
     };
     using ChainPtr = std::shared_ptr<Chain>;
     struct Running
@@ -114,6 +109,8 @@ private:
     };
     void startMore();
     void startNext(const ChainPtr &chain);
+    /// Why no further design may start: there is too little space. Empty if one may.
+    static std::string spaceProblem(const FRunPolicy &policy);
     void runEnded(FExternRun *run);
     void conclude(Running *one);
     void skipRest(const Chain &chain, FRunState state, const std::string &why);
@@ -134,6 +131,7 @@ private:
     std::shared_ptr<FRunLock> mLock; // from the first start until all is done
     FRunPolicy mPolicy;
     std::string mFailure; // the run that ended the study
+    std::string mNoSpace; // why designs weren't started
     size_t mTotal = 0, mFailed = 0;
     int mJobs = 1;
     bool mCancelled = false, mStarting = false, mBusy = false;

@@ -58,6 +58,13 @@ bool FRunRecord::read(const QByteArray &text)
     seconds = json["seconds"].toDouble();
     processesEnded = json["processesEnded"].toInt();
     inputsChanged = json["inputsChanged"].toBool();
+    inputs = S(json["inputs"].toString());
+    program = S(json["program"].toString());
+    for (const auto &one : json["resultFiles"].toArray()) {
+        const QJsonObject file = one.toObject();
+        resultFiles.push_back({S(file["name"].toString()), (long long)(file["bytes"].toDouble()),
+                               S(file["modified"].toString())});
+    }
     for (const auto &name : json["inputsWithoutNumber"].toArray()) // what a runner wrote has none
         inputsWithoutNumber.push_back(S(name.toString()));
     return true;

@@ -19,7 +19,17 @@ struct FRunRecord
     int processesEnded = 0;                       ///< that were left when the program had ended
     std::vector<std::string> inputsWithoutNumber; ///< that were nan
     bool inputsChanged = false;                   ///< the model was edited while the program ran
-    unsigned id = 0;                              ///< of the run in this process; not recorded
+    /// What the run was made from, as FRunReuse tells it; empty if that isn't known.
+    std::string inputs, program;
+    struct ResultFile
+    {
+        std::string name;
+        long long bytes = 0;
+        std::string modified; ///< seconds since 1970, a point and nanoseconds
+    };
+    std::vector<ResultFile> resultFiles; ///< those that were expected, as the program left them
+    bool reused = false;                 ///< of an earlier study; not recorded
+    unsigned id = 0;                     ///< of the run in this process; not recorded
 
     bool succeeded() const { return state == FRunState::Finished; }
     void set(FRunState newState, std::string newReason);

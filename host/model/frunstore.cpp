@@ -6,6 +6,7 @@
 #include "fpathmanager.h"
 #include "frunfolder.h"
 
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 
@@ -30,7 +31,10 @@ bool FRunStore::write(const FRunFolder &folder, const std::vector<Table> &tables
         all.append(QJsonObject{{"name", Q(table.name)}, {"rows", rows}});
     }
     const QJsonObject json{{"format", kFormat}, {"tables", all}};
-    return folder.write(kValues, QJsonDocument(json).toJson(), why);
+    const QByteArray text = QJsonDocument(json).toJson();
+    QByteArray known;
+    return (FRunFolder::read(folder.path(), kValues, &known) && known == text) ||
+           folder.write(kValues, text, why);
 }
 
 bool FRunStore::read(const QByteArray &text, std::vector<Table> *tables, std::string *why)
@@ -68,6 +72,17 @@ bool FRunStore::read(const QByteArray &text, std::vector<Table> *tables, std::st
         tables->push_back(std::move(table));
     }
     return true;
+}
+
+bool FRunStore::hasFailed(const std::shared_ptr<FExternComputation> &computation,
+                          const std::shared_ptr<FDesign> &design)
+{
+    const std::string directory = FPathManager::instance()->getResultsDirAbs(computation, design);
+    QByteArray text;
+    FRunRecord record;
+    if (FRunFolder::read(directory, kRecord, &text) && record.read(text))
+        return !record.succeeded();
+    return QFileInfo::exists(Q(directory + "/" + FRunFolder::kOwn));
 }
 
 std::optional<FRunStore::Run>

@@ -33,6 +33,9 @@ public:
     /// told in the log with its place and counts as missing.
     static std::optional<Run> lookup(const std::shared_ptr<FExternComputation> &computation,
                                      const std::shared_ptr<FDesign> &design);
+    /// True if there was a run, and it failed or nobody saw its end.
+    static bool hasFailed(const std::shared_ptr<FExternComputation> &computation,
+                          const std::shared_ptr<FDesign> &design);
     /// Keeps the values of the run in \p folder.
     static bool write(const FRunFolder &folder, const std::vector<Table> &tables, QString *why);
     /// False with the reason and its place in \p why if \p text holds no values.

@@ -145,8 +145,8 @@ void TestCli::runsAndReportsInJson()
     QCOMPARE(QStringList(call.json().keys()),
              QStringList({"designs", "log", "parameters", "project", "runs"}));
     QCOMPARE(QStringList(run.keys()),
-             QStringList({"computation", "design", "directory", "exitCode", "reason", "seconds",
-                          "signal", "state", "tables"}));
+             QStringList({"computation", "design", "directory", "exitCode", "reason", "reused",
+                          "seconds", "signal", "state", "tables"}));
     QCOMPARE(run["computation"].toString(), QString("solver"));
     QCOMPARE(run["design"].toString(), QString("baseline"));
     QCOMPARE(run["state"].toString(), QString("finished"));

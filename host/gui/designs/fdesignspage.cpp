@@ -131,7 +131,8 @@ void FDesignsPage::makeTools(QHBoxLayout *layout)
     mRunFailed = add(
         "runFailedDesigns", "", tr("Run failed"), tr("Run the designs whose last run failed again"),
         [] { FRunControl::instance()->runFailed(); });
-    add("runAllDesigns", "", tr("Run all"), tr("Run every design"),
+    add("runAllDesigns", "", tr("Run all"),
+        tr("Run every design; finished runs of the same inputs stay"),
         [] { FRunControl::instance()->runAll(); });
     layout->addStretch();
     mCounts->setObjectName(QStringLiteral("muted"));

@@ -90,12 +90,14 @@ void FRunControl::ended(const FRunRecord &record)
         const auto object = FObjectManager::instance()->find(record.computation);
         const FLogMsg::About about(object.get());
         FLogMsg::info(record.design,
-                      S(tr("finished in %1 s").arg(QString::number(record.seconds, 'f', 1))),
+                      S(record.reused
+                            ? tr("kept from before: its inputs are the same")
+                            : tr("finished in %1 s").arg(QString::number(record.seconds, 'f', 1))),
                       record.directory, nullptr);
     } else {
         mFailed.insert(record.design);
     }
-    if (record.state != FRunState::NotStarted) {
+    if (record.state != FRunState::NotStarted && !record.reused) {
         mSeconds += record.seconds;
         ++mRuns;
     }
@@ -122,7 +124,7 @@ QString FRunControl::whyNot() const
     return QString();
 }
 
-void FRunControl::run(const Designs &designs)
+void FRunControl::run(const Designs &designs, FRunPolicy::Earlier earlier)
 {
     const QString why = whyNot();
     if (!why.isEmpty()) {
@@ -130,6 +132,9 @@ void FRunControl::run(const Designs &designs)
         return;
     }
     FRunQueue *queue = FRunQueue::background();
+    FRunPolicy policy;
+    policy.earlier = earlier;
+    queue->setPolicy(policy);
     const FStudy::Computations all = computations();
     for (const auto &design : designs) {
         FStudy::Computations chain;
@@ -139,6 +144,7 @@ void FRunControl::run(const Designs &designs)
         if (!chain.empty())
             queue->add(design, chain);
     }
+    queue->setPolicy(FRunPolicy());
     queue->start(jobs());
 }
 

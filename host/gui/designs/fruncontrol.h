@@ -19,11 +19,13 @@ public:
     /// Queues all computations, with what they need, for each design; runs that are queued or
     /// under way already stay as they are. Without a computation, or with none that can run, the
     /// log tells why.
-    void run(const Designs &designs);
+    void run(const Designs &designs, FRunPolicy::Earlier earlier = FRunPolicy::Replace);
     void runCurrent() { run({FDesign::chosen()}); }
-    void runAll() { run(FDesign::all()); }
+    /// Finished runs whose inputs are the same stay.
+    void runAll() { run(FDesign::all(), FRunPolicy::Reuse); }
+    void runAllAgain() { run(FDesign::all()); }
     /// The designs whose last run failed, in this session or an earlier one.
-    void runFailed() { run(failedDesigns()); }
+    void runFailed() { run(failedDesigns(), FRunPolicy::Reuse); }
     Designs failedDesigns() const;
     void stop();
     /// Why nothing can be run now; empty if something can.

@@ -287,7 +287,11 @@ void FMainWindow::makeActions()
         }));
     enter(add(
         "runAll", "Run", 1.2, tr("Run &all"), ":/runAll", QKeySequence(QStringLiteral("Shift+F5")),
-        tr("Run every design"), [runs] { runs->runAll(); }, canRun));
+        tr("Run every design; finished runs of the same inputs stay"), [runs] { runs->runAll(); },
+        canRun));
+    enter(add(
+        "runAllAgain", "Run", 1.25, tr("Run all a&gain"), "", {},
+        tr("Run every design, the finished ones too"), [runs] { runs->runAllAgain(); }, canRun));
     enter(add(
         "runFailed", "Run", 1.3, tr("Run &failed"), ":/runFailed", {},
         tr("Run the designs whose last run failed again"), [runs] { runs->runFailed(); },
