@@ -31,7 +31,7 @@ struct FCliOptions
     bool chain = false, only = false;
     bool fresh = false, failed = false, reread = false, trustProgram = false;
     int retries = 0;
-    std::string table, keepFree;
+    std::string designTable, resultTable, keepFree;
     bool allDesigns = false, keepGoing = false, json = false, markdown = false;
 };
 

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli.h"
 #include "fdesign.h"
+#include "fdesigntable.h"
 #include "flogmsg.h"
 #include "fobjectmanager.h"
 #include "fparameter.h"
 #include "fproject.h"
 #include "frunqueue.h"
+#include "fsafefile.h"
 #include "fstudy.h"
+#include "fuserfile.h"
 
 #include <QElapsedTimer>
 #include <QSocketNotifier>
@@ -229,7 +232,8 @@ bool choosePolicy(const FCliOptions &options, FRunPolicy *policy)
     policy->trustProgram = options.trustProgram;
     if (options.reread)
         policy->earlier = FRunPolicy::Reread;
-    else if ((options.allDesigns || options.failed) && !options.fresh)
+    else if ((options.allDesigns || options.failed || !options.designTable.empty()) &&
+             !options.fresh)
         policy->earlier = FRunPolicy::Reuse;
     if (options.keepFree.empty() || readSize(options.keepFree, &policy->keepFreeBytes))
         return true;
@@ -249,12 +253,61 @@ FStudy::Designs failedAmong(const FStudy::Designs &designs, const FStudy::Comput
     return failed;
 }
 
+bool readDesigns(const std::string &path, FStudy::Designs *designs)
+{
+    QFile file(Q(path));
+    QString why;
+    if (!FUserFile::open(&file, &why, FUserFile::kMostBytes)) {
+        FCli::err("cannot read " + path + ": " + S(why));
+        return false;
+    }
+    const auto outcome = FDesignTable::read(file.readAll(), path);
+    for (const FScriptError &error : outcome.errors)
+        FCli::err(error.toString());
+    if (!outcome.errors.empty())
+        FCli::err("nothing was run");
+    *designs = outcome.designs;
+    return outcome.errors.empty();
+}
+
+/// Designs, how their runs ended, and the parameters.
+bool writeTable(const std::string &path, const FStudy &study)
+{
+    const char separator = Q(path).endsWith(".tsv", Qt::CaseInsensitive) ? '\t' : ',';
+    QStringList header{"design", "state"};
+    for (const std::string &name : study.parameters())
+        header << Q(name);
+    QByteArray text = FDesignTable::line(header, separator);
+    for (const auto &design : study.designs()) {
+        const FStudy::Row &row = study.row(design->getName());
+        std::string state = row.isComplete ? "finished" : "not run";
+        for (const FRunRecord &run : row.runs)
+            if (!run.succeeded()) {
+                state = run.computation + ": " + run.reason;
+                break;
+            }
+        QStringList cells{Q(design->getName()), Q(state)};
+        for (const std::string &name : study.parameters()) {
+            const auto at = row.parameters.find(name);
+            cells << (at == row.parameters.end() ? QString() : Q(at->second.shown("")));
+        }
+        text += FDesignTable::line(cells, separator);
+    }
+    QString why;
+    if (FSafeFile::write(Q(path), text, &why))
+        return true;
+    FCli::err("cannot write " + path + ": " + S(why));
+    return false;
+}
+
 bool chooseDesigns(const FCliOptions &options, FStudy::Designs *designs)
 {
     if (options.allDesigns) {
         *designs = FDesign::all();
         return true;
     }
+    if (!options.designTable.empty())
+        return readDesigns(options.designTable, designs);
     if (options.design.empty()) {
         designs->push_back(FDesign::current());
         return true;
@@ -279,7 +332,8 @@ int FCli::run(const FCliOptions &options)
     if (!choose(options, &asked) || !chooseDesigns(options, &designs))
         return kUsage;
     if (options.failed) {
-        designs = failedAmong(options.design.empty() ? FDesign::all() : designs, asked);
+        const bool isGiven = !options.design.empty() || !options.designTable.empty();
+        designs = failedAmong(isGiven ? designs : FDesign::all(), asked);
         if (designs.empty()) {
             err("no run has failed");
             return kDone;
@@ -329,7 +383,10 @@ int FCli::run(const FCliOptions &options)
     } else {
         printSummary(study);
     }
+    const bool isWritten = options.resultTable.empty() || writeTable(options.resultTable, study);
     if (queue.isCancelled())
         return kCancelled;
+    if (!isWritten)
+        return kUnwritable;
     return queue.failed() > 0 || study.hasFailedParameters() ? kFailed : kDone;
 }

@@ -83,7 +83,14 @@ int runProgram(int argc, char **argv)
     run->add_option("--computation", options.computations, "only this one and what it needs")
         ->allow_extra_args(false);
     CLI::Option *design = run->add_option("--design", options.design, "run for this design");
-    run->add_flag("--all-designs", options.allDesigns, "run for every design")->excludes(design);
+    CLI::Option *all = run->add_flag("--all-designs", options.allDesigns, "run for every design")
+                           ->excludes(design);
+    run->add_option("--designs", options.designTable,
+                    "FILE.csv: run for the designs of a table whose header names parameters")
+        ->excludes(design)
+        ->excludes(all);
+    run->add_option("--table", options.resultTable,
+                    "FILE.csv, FILE.tsv: write designs, states and parameters as a table");
     run->add_option("--jobs", options.jobs, "runs at once (default: number of cores)")
         ->check(CLI::Range(1, 10000));
     run->add_option("--timeout", options.timeout, "seconds for each run, 0 for no limit")

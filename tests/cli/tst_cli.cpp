@@ -59,6 +59,7 @@ private Q_SLOTS:
     void agreesWithSolverCalledByHand();
     void runsAndReportsInJson();
     void choosesDesignsAndComputations();
+    void runsTheDesignsOfATable();
     void keepsTheOrderOfDesigns();
     void tableMarksDoubts();
     void tellsWhatHasNoValue();
@@ -172,6 +173,27 @@ void TestCli::runsAndReportsInJson()
     const FCall text = box.call({"run", "p.tbk"});
     QCOMPARE(text.code, 0);
     QVERIFY2(text.out.contains("sum  6.5"), text.out);
+}
+
+void TestCli::runsTheDesignsOfATable()
+{
+    const FSandbox box;
+    box.write("p.tbk", sumProject());
+    box.write("t.csv", "design;width\nslim;1,5\nbroad;9\n");
+    QCOMPARE(box.call({"run", "p.tbk", "--designs", "t.csv", "--table", "o.csv"}).code, 0);
+    QCOMPARE(box.read("o.csv"), QByteArray("design,state,width,total\r\nslim,finished,1.5,5.5\r\n"
+                                           "broad,finished,9,13\r\n"));
+    const FCall again = box.call({"run", "p.tbk", "--designs", "t.csv", "--json"});
+    QVERIFY(again.run(0)["reused"].toBool() && again.run(1)["reused"].toBool());
+    QVERIFY(!box.call({"run", "p.tbk", "--designs", "t.csv", "--fresh", "--json"})
+                 .run(0)["reused"]
+                 .toBool());
+    box.write("t.csv", "width,hight\n1,\n");
+    const FCall bad = box.call({"run", "p.tbk", "--designs", "t.csv"});
+    QVERIFY2(bad.code == 2 && bad.err.contains("t.csv:1:7: "), bad.err);
+    QCOMPARE(box.call({"run", "p.tbk", "--failed"}).err,
+             QByteArray("turnbuckle: no run has failed\n"));
+    QCOMPARE(box.call({"run", "p.tbk", "--keep-free", "much"}).code, 2);
 }
 
 void TestCli::choosesDesignsAndComputations()

@@ -2,6 +2,8 @@
 // The window shows a library that it knows nothing of: tree, properties, menus, finder.
 #include "factions.h"
 #include "fdesign.h"
+#include "fdesignsmodel.h"
+#include "fdesignspage.h"
 #include "fdispatcher.h"
 #include "fdocumentation.h"
 #include "ffinder.h"
@@ -19,6 +21,7 @@
 #include "looks.h"
 #include "toy.h"
 
+#include <QTemporaryDir>
 #include <QtTest>
 #include <QtWidgets>
 
@@ -35,6 +38,7 @@ private Q_SLOTS:
     void propertiesOfAToy();
     void refusedValueStays();
     void severalObjectsAtOnce();
+    void tableFromAndToAFile();
     void designVariables();
     void finderFindsActionsAndObjects();
     void menuEntryOfTheRegistry();
@@ -241,6 +245,36 @@ void TestWindow::severalObjectsAtOnce()
     QCOMPARE(Q(one->getText() + two->getText()), QStringLiteral("bothboth"));
     FHistory::instance()->undo();
     QCOMPARE(Q(one->getText() + two->getText()), QStringLiteral("a"));
+}
+
+void TestWindow::tableFromAndToAFile()
+{
+    script("parameter a(1); parameter b(2*a);");
+    QTemporaryDir folder;
+    const QString path = folder.filePath("t.csv"), back = folder.filePath("back.tsv");
+    const auto write = [&](const char *text) {
+        QFile file(path);
+        QVERIFY(file.open(QFile::WriteOnly) && file.write(text) > 0);
+    };
+    FDesignsPage *page = mWindow->designs();
+    write("design,a\nslim,0.1\nwide,x\n");
+    QVERIFY(!page->importFrom(path));
+    const auto *reason = page->findChild<QLabel *>("reason");
+    QVERIFY2(reason->text().startsWith("Nothing was imported: ") &&
+                 reason->text().contains("t.csv:3:6: expected a number for a, found \"x\""),
+             qPrintable(reason->text()));
+    QVERIFY(!FObjectManager::instance()->find("slim"));
+    write("design,a\nslim,0.1\nwide,0.30000000000000004\n");
+    QVERIFY(page->importFrom(path));
+    QTRY_COMPARE(page->model()->rowCount(), 3);
+    QVERIFY(page->exportTo(back));
+    QFile file(back);
+    QVERIFY(file.open(QFile::ReadOnly));
+    const QByteArray text = file.readAll();
+    QVERIFY2(text.startsWith("design\ta") && text.contains("\r\nwide\t0.30000000000000004"), text);
+    QVERIFY(!page->exportTo(folder.filePath("none/back.csv")));
+    FHistory::instance()->undo();
+    QVERIFY(!FObjectManager::instance()->find("slim"));
 }
 
 void TestWindow::designVariables()

@@ -227,6 +227,13 @@ void FDesignsPage::remove()
     FObjectClipboard::remove(objects);
 }
 
+QString FDesignsPage::wholeText(const QModelIndex &index)
+{
+    const QVariant number = index.data(FDesignsModel::SortRole);
+    return number.type() == QVariant::Double ? Q(printedNumber(number.toDouble()))
+                                             : index.data().toString();
+}
+
 void FDesignsPage::copy()
 {
     const QItemSelection selection = mTable->selectionModel()->selection();
@@ -251,9 +258,7 @@ void FDesignsPage::copy()
     for (int row = room.top(); row <= room.bottom(); ++row)
         line([&](int column) {
             const QModelIndex index = mShown->index(row, column);
-            const QVariant number = index.data(FDesignsModel::SortRole);
-            return number.type() == QVariant::Double ? Q(printedNumber(number.toDouble()))
-                                                     : index.data().toString();
+            return wholeText(index);
         });
     QGuiApplication::clipboard()->setText(lines.join('\n') + '\n');
 }

@@ -23,6 +23,14 @@ public:
     QTableView *table() const;
     /// The designs of the selected rows, in the order shown.
     std::vector<std::shared_ptr<FDesign>> selected() const;
+    /// Asks for a file and takes designs from it; see FDesignTable.
+    void importTable();
+    /// All of the file or nothing; false, with the reason above the table, if it was nothing.
+    bool importFrom(const QString &path);
+    /// Asks for a file and writes all designs and columns to it, with whole numbers.
+    void exportTable();
+    /// Commas between the cells of a file .csv, else tabs. False, with the reason above the table.
+    bool exportTo(const QString &path);
 
 Q_SIGNALS:
     /// A result value was double clicked: the file, the line (from 1) and the columns (from 0,
@@ -44,6 +52,8 @@ private:
     void updateTools();
     /// What went wrong, in a line above the table, until the next step.
     void tell(const QString &reason);
+    /// A number with all its digits, or the text that is shown.
+    static QString wholeText(const QModelIndex &index);
 
     FDesignsModel *mModel;
     QSortFilterProxyModel *mShown;

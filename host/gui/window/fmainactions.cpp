@@ -142,6 +142,18 @@ void FMainWindow::makeActions()
         },
         notOpen));
     enter(add(
+        "fileImportDesigns", "File", 3.1, tr("Import &designs\u2026"), "", {},
+        tr("Take designs from a table (.csv) whose first line names parameters"),
+        [this] {
+            FActions::instance()->action(QStringLiteral("viewDesigns"))->trigger();
+            mDesigns->importTable();
+        },
+        notOpen));
+    enter(add(
+        "fileExportDesigns", "File", 3.2, tr("Ex&port designs\u2026"), "", {},
+        tr("Write the table of designs with states and values to a file"),
+        [this] { mDesigns->exportTable(); }, notOpen));
+    enter(add(
         "fileClose", "File", 4.0, tr("&Close"), ":/close", QKeySequence(QStringLiteral("Ctrl+W")),
         tr("Close the project"), [project] { project->close(); }, notOpen));
     enter(add(
