@@ -25,7 +25,7 @@ public:
     void setType(const std::shared_ptr<FObject> &type);
     void setTypeFromString(const std::string &className);
     /// Tells what keeps an element of a list of rules from being the list form of a rule: success
-    /// if nothing does. An unknown word for the occurrence is First, by agreement with old
+    /// if nothing does. An unknown word for the occurrence is First, as in old
     /// projects.
     static FStatus checkList(const FExprBase &element);
     /// Reads the list form back; fewer than 7 elements change nothing.

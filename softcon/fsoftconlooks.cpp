@@ -19,6 +19,7 @@
 #include "fproblemspanel.h"
 #include "fprojectcontrol.h"
 #include "fselectionset.h"
+#include "fsoftconchainpage.h"
 #include "fsoftconworkbench.h"
 #include "fsoftwareconnector.h"
 #include "ftemplatetab.h"
@@ -233,6 +234,18 @@ void FSoftConLooks::addTo(FMainWindow *window)
     info.whyNot = notOpen;
     table->add(info);
     window->setFileHandler(QStringLiteral("ovdl"), &importSetup);
+
+    info = FActionInfo();
+    info.id = QStringLiteral("viewChain");
+    info.menu = QStringLiteral("View");
+    info.place = 2.1;
+    info.text = tr("Picture of the c&hain");
+    info.icon = QStringLiteral(":/link");
+    info.shortcut = QKeySequence(QStringLiteral("Ctrl+Shift+H"));
+    info.toolTip = tr("Show computations, and what flows between them, as a picture");
+    info.run = [window] { FSoftConChainPage::show(window->documents()); };
+    info.whyNot = notOpen;
+    table->add(info);
 
     info = FActionInfo();
     info.id = QStringLiteral("runRead");

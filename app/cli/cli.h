@@ -28,7 +28,7 @@ struct FCliOptions
     std::vector<std::string> computations, sets, expressions, templates;
     int jobs = 0;
     double timeout = -1;
-    bool chain = false, only = false;
+    bool chain = false, only = false, dot = false, svg = false;
     bool fresh = false, failed = false, reread = false, trustProgram = false;
     int retries = 0;
     std::string designTable, resultTable, keepFree;
@@ -47,6 +47,7 @@ int add(const FCliOptions &options);
 int exportSetup(const FCliOptions &options);
 int importSetup(const FCliOptions &options);
 int link(const FCliOptions &options);
+int graph(const FCliOptions &options);
 int commands(const FCliOptions &options);
 int help(const FCliOptions &options);
 

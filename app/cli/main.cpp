@@ -160,6 +160,15 @@ int runProgram(int argc, char **argv)
         ->required();
     link->add_option("--output", options.output, "project file to write")->required();
 
+    CLI::App *graph = project(command(
+        "graph", "Show computations, and what flows between them, as a picture.", &FCli::graph));
+    CLI::Option *dot = graph->add_flag("--dot", options.dot, "for Graphviz (default: plain text)");
+    CLI::Option *svg = graph->add_flag("--svg", options.svg, "a picture")->excludes(dot);
+    graph->add_flag("--json", options.json, "nodes and edges as JSON")
+        ->excludes(dot)
+        ->excludes(svg);
+    graph->add_option("--output", options.output, "file to write (default: standard output)");
+
     CLI::App *add = project(command(
         "add", "Put a file into a project byte for byte, or make a project with it.", &FCli::add));
     CLI::Option *input =

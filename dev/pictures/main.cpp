@@ -167,6 +167,20 @@ void manyItems()
     bench.connector()->setItemSizeStr(QStringLiteral("Medium"));
 }
 
+/// What flows between couplings, with a run that failed.
+void takeGraph()
+{
+    Workbench bench(copyOf("chain"));
+    Workbench::act("runAll");
+    waitForRuns();
+    FDispatcher::script("block.setApplication(\"no_such_program\");");
+    Workbench::act("runCurrent");
+    waitForRuns();
+    FSelectionSet::instance()->set({FExprBase(FObjectManager::instance()->find("block"))}, true);
+    Workbench::act("viewChain");
+    take(bench.window(), "graph");
+}
+
 /// The files of other couplings that one can take.
 void takeLink()
 {
@@ -209,6 +223,8 @@ void pages()
         waitForRuns();
         take(bench.window(), "chain");
     }
+    if (isWanted("graph"))
+        takeGraph();
     if (isWanted("link"))
         takeLink();
     if (isWanted("many"))

@@ -60,6 +60,7 @@ private Q_SLOTS:
     void runsAndReportsInJson();
     void choosesDesignsAndComputations();
     void runsTheDesignsOfATable();
+    void showsTheChain();
     void keepsTheOrderOfDesigns();
     void tableMarksDoubts();
     void tellsWhatHasNoValue();
@@ -173,6 +174,22 @@ void TestCli::runsAndReportsInJson()
     const FCall text = box.call({"run", "p.tbk"});
     QCOMPARE(text.code, 0);
     QVERIFY2(text.out.contains("sum  6.5"), text.out);
+}
+
+void TestCli::showsTheChain()
+{
+    const FSandbox box;
+    const QString chain = F_SOURCE_DIR "/examples/chain/chain.tbk";
+    const FCall text = box.call({"graph", chain});
+    QCOMPARE(text.code, 0);
+    QVERIFY2(text.out.contains("pulse.inp") && text.out.contains("not run"), text.out.constData());
+    QCOMPARE(box.call({"graph", chain, "--svg", "--output", "chain.svg"}).code, 0);
+    QVERIFY(box.read("chain.svg").contains("<svg") && box.read("chain.svg").contains(">block<"));
+    QVERIFY(box.call({"graph", chain, "--dot"}).out.startsWith("digraph"));
+    QCOMPARE(box.call({"graph", chain, "--json"}).json()["nodes"].toArray().size(), 11);
+    QVERIFY(
+        box.call({"graph", chain, "--output", "none/chain.txt"}).err.contains("none/chain.txt"));
+    QVERIFY(box.call({"graph", "none.tbk"}).code != 0);
 }
 
 void TestCli::runsTheDesignsOfATable()

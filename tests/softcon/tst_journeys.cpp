@@ -74,7 +74,7 @@ void TestJourneys::beamByMouse()
     const auto *card = bench.items<FSoftConComputationItem>().front();
     QCOMPARE(card->state().kind, FSoftConComputationItem::State::None);
     Workbench::act("runAll");
-    QCOMPARE(card->state().kind, FSoftConComputationItem::State::Running);
+    QVERIFY(card->state().kind != FSoftConComputationItem::State::None); // it may have ended
     QVERIFY(waitForRuns());
     QTest::qWait(200);
     QCOMPARE(card->state().kind, FSoftConComputationItem::State::Finished);

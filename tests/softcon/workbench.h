@@ -14,6 +14,7 @@
 #include "fobjectmanager.h"
 #include "fproject.h"
 #include "fprojectcontrol.h"
+#include "frunqueue.h"
 #include "fselectionset.h"
 #include "fsoftconcomputationitem.h"
 #include "fsoftconentryitems.h"
@@ -60,6 +61,7 @@ public:
     }
     ~Workbench()
     {
+        FRunQueue::background()->cancel(); // a test that failed asks nobody
         FHistory::instance()->markClean();
         FProjectControl::instance()->close();
         mWindow.reset();
