@@ -7,6 +7,7 @@
 #include "flogmsg.h"
 #include "fmarloctrl.h"
 #include "fproject.h"
+#include "fprojectfolder.h"
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -164,6 +165,37 @@ FOutcome<std::shared_ptr<FGenIntFile>> FGenIntFile::setContentFromScript(const F
     return {takeUtf8(text.text), {}};
 }
 
+FOutcome<std::shared_ptr<FGenIntFile>> FGenIntFile::setContentFile(const QString &relative)
+{
+    const FProjectFolder *folder = FProject::instance()->loadedFolder();
+    if (!folder)
+        return {nullptr, FReason("only a project that is kept as a folder takes texts from files")};
+    auto bytes = std::make_shared<std::string>();
+    QString why;
+    if (!folder->read(relative, bytes.get(), &why))
+        return {nullptr, FReason("the text " + S(relative) + " can't be read: " + S(why))};
+    const size_t bad =
+        std::min(bytes->find('\0'), FUtf8::firstBadByte(bytes->data(), bytes->size()));
+    if (bad != std::string::npos)
+        return {nullptr,
+                FReason("byte " + fromNumber((unsigned long)bad + 1) + " of " + S(relative),
+                        "UTF-8 text",
+                        "0x" + S(QString::number(uchar((*bytes)[bad]), 16).toUpper()))};
+    if (bytes->compare(0, 3, kByteOrderMark) == 0)
+        bytes->insert(0, kByteOrderMark); // one is dropped
+    mContentFile = relative;
+    return {takeUtf8(bytes), {}};
+}
+
+QString FGenIntFile::getContentFile() const
+{
+    if (FProjectFolder *folder = FProject::instance()->savedFolder())
+        mContentFile = folder->store(
+            this, mContentFile, mFileName.isEmpty() ? Q(getName()) : mFileName,
+            mUtf8 ? QByteArray::fromRawData(mUtf8->data(), int(mUtf8->size())) : mContent.toUtf8());
+    return mContentFile;
+}
+
 /// Keeps the bytes where they say the same as the text made of them: large templates are written as
 /// they were read.
 std::shared_ptr<FGenIntFile> FGenIntFile::takeUtf8(const std::shared_ptr<const std::string> &given)
@@ -316,7 +348,15 @@ void FGenIntFile::initCmds()
         .title(F_TEXT("Content"))
         .hidden()
         .guiThread()
-        .systemFlag(2);
+        .systemFlag(2)
+        .savedIf([](const FObject *) { return !FProject::instance()->savedFolder(); });
+    c.attribute("setContentFile", &FGenIntFile::setContentFile, &FGenIntFile::getContentFile,
+                FArg{"contentFile"})
+        .title(F_TEXT("Content File"))
+        .hidden()
+        .systemFlag(2)
+        .ownProjectOnly()
+        .savedIf([](const FObject *) { return FProject::instance()->savedFolder(); });
     c.attribute("setFileName", &FGenIntFile::setFileName, &FGenIntFile::getFileName,
                 FArg{"fileName"})
         .title(F_TEXT("File Name"))

@@ -36,6 +36,10 @@ public:
     std::shared_ptr<FGenIntFile> setContent(const QString &text);
     /// The saved form: always "[B64]" and base64.
     QString getContent() const;
+    /// Takes the text of a file of the project's own folder, while the project is loaded.
+    FOutcome<std::shared_ptr<FGenIntFile>> setContentFile(const QString &relative);
+    /// Where the text lies; while a project is saved as a folder, this puts it there.
+    QString getContentFile() const;
     /// The text itself, in the form that was given or made from it when first asked for.
     const QString &text() const;
     /// The same in UTF-8 if it came so; null for a text that came as QString.
@@ -78,5 +82,6 @@ private:
     int mUnescaped = 0;
     QString mEncoding = QLatin1String("");
     QString mSource = QLatin1String(""); // with an absolute path
+    mutable QString mContentFile;        // in the folder of the project; stays once it is given
 };
 #endif

@@ -20,6 +20,7 @@
 #include "fviewctrl.h"
 
 #include <QScrollArea>
+#include <ctime>
 
 F_CLASS_IMPL(FSoftwareConnector)
 
@@ -438,7 +439,12 @@ void FSoftwareConnector::disableGui(bool flag, int dbId)
 
 void FSoftwareConnector::prepareToScanForResults()
 {
-    mScanStartTime = QDateTime::currentDateTime();
+    // Time stamps of files come from a clock that lags behind by a tick; what a fast program writes
+    // would else look older than its start.
+    struct timespec now = {};
+    ::clock_gettime(CLOCK_REALTIME_COARSE, &now);
+    mScanStartTime =
+        QDateTime::fromMSecsSinceEpoch(qint64(now.tv_sec) * 1000 + now.tv_nsec / 1000000 - 1);
 }
 
 void FSoftwareConnector::scanForResults(bool run)

@@ -48,6 +48,8 @@ int exportSetup(const FCliOptions &options);
 int importSetup(const FCliOptions &options);
 int link(const FCliOptions &options);
 int graph(const FCliOptions &options);
+int pack(const FCliOptions &options);
+int unpack(const FCliOptions &options);
 int commands(const FCliOptions &options);
 int help(const FCliOptions &options);
 

@@ -9,6 +9,7 @@
 #include "fgenintresultsfile.h"
 #include "fobjectmanager.h"
 #include "fproject.h"
+#include "fprojectfolder.h"
 #include "fsafefile.h"
 #include "fuserfile.h"
 
@@ -240,7 +241,7 @@ bool FAddition::write()
 
 int FAddition::perform()
 {
-    const QString path = Q(mOptions.project);
+    const QString path = FProjectFolder::scriptOf(Q(mOptions.project));
     QString why = relativePathProblem(mName);
     if (!why.isEmpty())
         return fail(kUsage, "the file name " + S(mName) + " is refused: " + S(why));
@@ -255,7 +256,8 @@ int FAddition::perform()
         const int loaded = FCli::load(mOptions);
         if (loaded != kDone)
             return FCli::refuse(loaded, "nothing was added");
-        mIsCanonical = FProject::instance()->utf8() == QByteArray::fromStdString(mBefore);
+        mIsCanonical = FProjectFolder::isAt(path) ||
+                       FProject::instance()->utf8() == QByteArray::fromStdString(mBefore);
     }
     for (const auto &object : FObjectManager::instance()->all())
         mLastOrder = std::max(mLastOrder, object->order());

@@ -169,6 +169,15 @@ int runProgram(int argc, char **argv)
         ->excludes(svg);
     graph->add_option("--output", options.output, "file to write (default: standard output)");
 
+    project(command("pack", "Make one file of a project that is a folder.", &FCli::pack))
+        ->add_option("--output", options.output, "project file to write (.tbk)")
+        ->required();
+    project(command("unpack",
+                    "Make a folder of a project, with its templates and samples as plain files.",
+                    &FCli::unpack))
+        ->add_option("--output", options.output, "folder to write")
+        ->required();
+
     CLI::App *add = project(command(
         "add", "Put a file into a project byte for byte, or make a project with it.", &FCli::add));
     CLI::Option *input =

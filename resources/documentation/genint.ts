@@ -241,6 +241,22 @@
         <translation>the template itself</translation>
     </message>
     <message>
+        <source>!FGenIntFile.attribute.setContentFile(QString,contentFile)</source>
+        <translation>The file of a project folder that holds the text. Only the script of a project that is kept as a folder says this.</translation>
+    </message>
+    <message>
+        <source>!FGenIntFile.attribute.setContentFile(QString,contentFile):argument0</source>
+        <translation>Path of the file, below files/ of the project's folder.</translation>
+    </message>
+    <message>
+        <source>!FGenIntFile.attribute.setContentFile(QString,contentFile):example</source>
+        <translation>beam_inp.setContentFile("files/beam.inp");</translation>
+    </message>
+    <message>
+        <source>!FGenIntFile.attribute.setContentFile(QString,contentFile):returnValue</source>
+        <translation>The file itself.</translation>
+    </message>
+    <message>
         <source>!FGenIntFile.attribute.setEncoding(QString,encoding)</source>
         <translation>How the file is written: ISO-8859-1, UTF-8-BOM, UTF-16LE or UTF-16BE; without it UTF-8. It is set when a template is taken from such a file, so that the written file has the same bytes.</translation>
     </message>

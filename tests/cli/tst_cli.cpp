@@ -61,6 +61,7 @@ private Q_SLOTS:
     void choosesDesignsAndComputations();
     void runsTheDesignsOfATable();
     void showsTheChain();
+    void keepsProjectsAsFolders();
     void keepsTheOrderOfDesigns();
     void tableMarksDoubts();
     void tellsWhatHasNoValue();
@@ -190,6 +191,51 @@ void TestCli::showsTheChain()
     QVERIFY(
         box.call({"graph", chain, "--output", "none/chain.txt"}).err.contains("none/chain.txt"));
     QVERIFY(box.call({"graph", "none.tbk"}).code != 0);
+}
+
+void TestCli::keepsProjectsAsFolders()
+{
+    const FSandbox box;
+    box.write("p.tbk", sumProject());
+    box.write("mesh.inp", "m");
+    QCOMPARE(box.call({"save", "p.tbk", "--output", "canonical.tbk"}).code, 0);
+    QCOMPARE(box.call({"unpack", "p.tbk", "--output", "folder"}).code, 0);
+    QCOMPARE(box.call({"pack", "folder", "--output", "back.tbk"}).code, 0);
+    QCOMPARE(box.read("back.tbk"), box.read("canonical.tbk"));
+    QCOMPARE(box.read("folder/.gitattributes"), QByteArray("/files/* -text\n"));
+    const QString text = "folder/files/" + QDir(box.path("folder/files")).entryList(QDir::Files)[0];
+    box.write(text, box.read(text) + "\n");
+    const FCall run = box.call({"run", "folder", "--json"});
+    QVERIFY2(run.code == 0, run.err.constData());
+    QVERIFY(box.has("folder/project_designs"));
+    QCOMPARE(box.call({"add", "folder", "--template", "mesh.inp"}).code, 0);
+    QCOMPARE(box.read("folder/files/mesh.inp"), QByteArray("m"));
+    QCOMPARE(box.call({"unpack", "p.tbk", "--output", "."}).code, 4);
+    QCOMPARE(box.call({"pack", "folder", "--output", "folder"}).code, 2);
+    // Who opens it while others save it sees one of their states.
+    box.call({"unpack", "back.tbk", "--output", "other"});
+    QCOMPARE(box.call({"pack", "folder", "--output", "x.tbk"}).code, 0);
+    const QByteArray one = box.read("x.tbk"), two = box.read("canonical.tbk");
+    std::vector<std::unique_ptr<QProcess>> savers;
+    for (const char *from : {"x.tbk", "canonical.tbk"})
+        for (int i = 0; i < 2; ++i) {
+            savers.push_back(std::make_unique<QProcess>());
+            box.prepare(savers.back().get(), {});
+            savers.back()->setProgram("sh");
+            savers.back()->setArguments({"-c",
+                                         "for i in 1 2 3 4 5 6 7 8; do \"$0\" unpack $1 --output "
+                                         "other || exit 1; done",
+                                         F_BIN_DIR "/turnbuckle", from});
+            savers.back()->start();
+        }
+    for (int i = 0; i < 12; ++i) {
+        QCOMPARE(box.call({"pack", "other", "--output", "seen.tbk"}).code, 0);
+        QVERIFY(box.read("seen.tbk") == one || box.read("seen.tbk") == two);
+    }
+    for (const auto &saver : savers) {
+        QVERIFY(saver->waitForFinished(60000));
+        QVERIFY2(saver->exitCode() == 0, saver->readAllStandardError().constData());
+    }
 }
 
 void TestCli::runsTheDesignsOfATable()

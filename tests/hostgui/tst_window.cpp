@@ -43,6 +43,7 @@ private Q_SLOTS:
     void finderFindsActionsAndObjects();
     void menuEntryOfTheRegistry();
     void projectIsAskedFor();
+    void savedElsewhereItLivesThere();
     void copyAndPaste();
     void settingsCount();
     void actionsAreSound();
@@ -332,6 +333,52 @@ void TestWindow::menuEntryOfTheRegistry()
     });
     Q_EMIT view->customContextMenuRequested(view->visualRect(view->currentIndex()).center());
     QCOMPARE(one->pokes(), 1);
+}
+
+/// Save As by its dialog: as a file, as a folder, and not into a folder of somebody else's.
+void TestWindow::savedElsewhereItLivesThere()
+{
+    FProjectControl *project = FProjectControl::instance();
+    FHistory::instance()->markClean();
+    QVERIFY(project->newProject());
+    const auto saveAs = [&](const QString &name, int filter) {
+        QTimer::singleShot(0, [&] {
+            auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
+            QVERIFY(dialog);
+            QTest::qWait(100); // the list selects the old name when it is there
+            dialog->selectNameFilter(dialog->nameFilters()[filter]);
+            Q_EMIT dialog->filterSelected(dialog->nameFilters()[filter]);
+            dialog->findChild<QLineEdit *>("fileNameEdit")->setText(name);
+            QTest::keyClick(dialog->findChild<QLineEdit *>("fileNameEdit"), Qt::Key_Return);
+            if (dialog->isVisible())
+                dialog->reject();
+        });
+        return project->saveAs();
+    };
+    toy("one");
+    QVERIFY(saveAs(mFolder.path() + "/first", 0));
+    QCOMPARE(FProject::instance()->path(), mFolder.path() + "/first.tbk");
+    QVERIFY(!project->isModified());
+    QCoreApplication::processEvents();
+    QVERIFY2(mWindow->windowTitle().startsWith("first.tbk"), qPrintable(mWindow->windowTitle()));
+    toy("two");
+    QVERIFY(project->isModified() && project->save() && !project->isModified());
+    QVERIFY(saveAs(mFolder.path() + "/second", 2));
+    QCOMPARE(FProject::instance()->path(), mFolder.path() + "/second/project.tbk");
+    QCOMPARE(project->name(), QStringLiteral("second"));
+    QVERIFY(project->open(mFolder.path() + "/second") && !project->isModified());
+    QVERIFY(FObjectManager::instance()->find("two"));
+    QVERIFY(QDir().mkpath(mFolder.path() + "/others/thing"));
+    QString warned;
+    FIO::instance()->setBackend([&](QWidget *, const FIO::Request &request) {
+        warned = Q(request.text);
+        return 0;
+    });
+    QVERIFY(!saveAs(mFolder.path() + "/others.tbk", 2));
+    FIO::instance()->setBackend(nullptr);
+    QVERIFY2(warned.contains("other files"), qPrintable(warned));
+    QVERIFY(!QFileInfo::exists(mFolder.path() + "/others/project.tbk"));
+    QCOMPARE(project->name(), QStringLiteral("second"));
 }
 
 void TestWindow::projectIsAskedFor()

@@ -53,6 +53,7 @@ struct FCommandInfo
     unsigned userLevel = 0, cmdFlags = 0, systemFlag = 0;
     bool hidden = false, readOnly = false, guiThread = false, attrAsExpr = true;
     bool needsGuiReinit = false, selectOnExec = false, saved = true;
+    bool ownProjectOnly = false;                  ///< imports may never use it
     bool recorded = true;                         ///< history keeps the receiver's state
     std::function<bool(const FObject *)> savedIf; ///< saved only if it answers true
 

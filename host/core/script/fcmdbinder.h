@@ -231,6 +231,7 @@ public:
     {
         return mInfo->savedIf = std::move(test), *this;
     }
+    FCmdBinder &ownProjectOnly() { return mInfo->ownProjectOnly = true, *this; }
     /// Registers the command just named now rather than with the next one.
     void flushNow() { flush(); }
     /// Script name of an argument's type where it isn't that of the C++ function.

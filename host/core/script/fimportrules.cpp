@@ -27,7 +27,8 @@ bool FImportRules::allows(const FCommandInfo &command) const
     case FCommandKind::Creator:
         return std::find(mClasses.begin(), mClasses.end(), command.receiver) != mClasses.end();
     case FCommandKind::Attribute:
-        return command.saved && std::any_of(mClasses.begin(), mClasses.end(), understood);
+        return command.saved && !command.ownProjectOnly &&
+               std::any_of(mClasses.begin(), mClasses.end(), understood);
     case FCommandKind::Member:
     case FCommandKind::MutableMember:
         if (mKnowsProject && command.isConst())

@@ -7,6 +7,7 @@
 #include "fmanaged.h"
 #include "fmarloctrl.h"
 #include "fobjectmanager.h"
+#include "fprojectfolder.h"
 #include "fsafefile.h"
 #include "fscript.h"
 #include "fselectionset.h"
@@ -28,17 +29,19 @@ FProject *FProject::instance()
 
 void FProject::setPath(const QString &path)
 {
-    mPath = path.isEmpty() ? QString() : QFileInfo(path).absoluteFilePath();
+    mPath =
+        path.isEmpty() ? QString() : QFileInfo(FProjectFolder::scriptOf(path)).absoluteFilePath();
 }
 
 namespace {
 /// The text of a project file. False, with \p error and a message, for what is no text.
-bool readText(const QString &path, std::string *text, FScriptError *error)
+bool readText(const QString &path, FProjectFolder *folder, std::string *text, FScriptError *error)
 {
     const std::string name = S(path);
     *error = {name, 0, 0, {}};
     QString why;
-    if (!FUserFile::read(path, text, &why)) {
+    if ((folder && !folder->open(&why)) ||
+        !FUserFile::read(folder ? folder->script() : path, text, &why)) {
         FLogMsg::error("Project", "Could not open file " + name + " for reading", S(why), nullptr);
         error->reason = FReason("the file can't be opened: " + S(why));
         return false;
@@ -57,36 +60,42 @@ bool readText(const QString &path, std::string *text, FScriptError *error)
 
 bool FProject::load(const QString &path)
 {
-    setPath(path);
+    const QString script = FProjectFolder::scriptOf(path);
+    setPath(script);
     mErrors.clear();
     mRenamings.clear();
     std::string text;
     FScriptError error;
-    if (readText(path, &text, &error))
-        return execute(std::move(text), S(path));
+    const auto folder = FProjectFolder::at(script);
+    if (readText(script, folder.get(), &text, &error))
+        return execute(std::move(text), S(script), folder.get());
     mErrors.push_back(error);
     return false;
 }
 
 bool FProject::open(const QString &path)
 {
+    const QString script = FProjectFolder::scriptOf(path);
     std::string text;
     FScriptError error;
-    if (!readText(path, &text, &error))
+    const auto folder = FProjectFolder::at(script);
+    if (!readText(script, folder.get(), &text, &error))
         return false;
     clear();
-    setPath(path);
-    return execute(std::move(text), S(path));
+    setPath(script);
+    return execute(std::move(text), S(script), folder.get());
 }
 
-bool FProject::execute(std::string text, const std::string &name)
+bool FProject::execute(std::string text, const std::string &name, FProjectFolder *folder)
 {
     FScriptReader reader(std::move(text), name);
     bool ok;
     {
         const FLoadingScope loading;
         mIsLoading = true;
+        mLoadedFolder = folder;
         ok = reader.run();
+        mLoadedFolder = nullptr;
         mIsLoading = false;
     }
     mErrors.insert(mErrors.begin(), reader.errors().begin(), reader.errors().end());
@@ -187,20 +196,36 @@ QString FProject::text() const
 
 bool FProject::save(const QString &path, QString *why)
 {
-    mTarget = QFileInfo(path).absoluteFilePath();
+    const QString script = FProjectFolder::scriptOf(path);
+    if (!write(script, script != path || FProjectFolder::isAt(script), why))
+        return false;
+    if (QFileInfo(script).absoluteFilePath() == mPath)
+        takePath(script);
+    return true;
+}
+
+void FProject::takePath(const QString &path)
+{
+    setPath(path);
+    FHistory::instance()->markClean();
+    FChanges::noteProject(FChanges::Saved);
+}
+
+bool FProject::write(const QString &script, bool asFolder, QString *why)
+{
+    FProjectFolder folder(script);
+    if (asFolder && !folder.beginSave(why))
+        return false;
+    mSavedFolder = asFolder ? &folder : nullptr;
+    mTarget = QFileInfo(script).absoluteFilePath();
     const QByteArray bytes = utf8();
     mTarget.clear();
+    mSavedFolder = nullptr;
     if (bytes.size() > FUserFile::kMostBytes) { // it could not be loaded again
         *why = QStringLiteral("The project can't be saved: ") + FUserFile::tooLarge(bytes.size());
         return false;
     }
-    if (!FSafeFile::write(path, bytes, why))
-        return false;
-    if (QFileInfo(path).absoluteFilePath() == mPath) {
-        FHistory::instance()->markClean();
-        FChanges::noteProject(FChanges::Saved);
-    }
-    return true;
+    return asFolder ? folder.save(bytes, why) : FSafeFile::write(script, bytes, why);
 }
 
 void FProject::noteLoadError(const std::string &object, const FReason &reason)

@@ -8,6 +8,7 @@
 #include <vector>
 
 class FManaged;
+class FProjectFolder;
 struct FReason;
 struct FScriptError;
 
@@ -19,8 +20,8 @@ public:
     FProject();
     ~FProject();
 
-    /// Executes a project file. False if the file can't be read or a statement failed; what could
-    /// be read is there. The reasons stand in the log.
+    /// Executes a project file; a folder stands for the project in it. False if the file can't be
+    /// read or a statement failed; what could be read is there. The reasons stand in the log.
     bool load(const QString &path);
     /// Closes what is open and loads \p path; the feed tells of both at once. A file that can't be
     /// read leaves the open project as it is; one with a failed statement is there as far as it
@@ -34,7 +35,8 @@ public:
     /// Adds to errors() what goes wrong behind a statement, while a project is loaded; what is
     /// there is as good as before.
     void noteLoadError(const std::string &object, const FReason &reason);
-    /// Writes the project whole or not at all.
+    /// Writes the project whole or not at all: into the folder that \p path names or whose script
+    /// it is, else as one file.
     bool save(const QString &path, QString *why);
     /// The project as a script: suppliers before what refers to them, else in the order of
     /// registration. A project loaded from it gives the same text again.
@@ -49,17 +51,25 @@ public:
     const QString &path() const { return mPath; }
     /// Where the text that is being made will lie: paths in it count from there.
     const QString &savedPath() const { return mTarget.isEmpty() ? mPath : mTarget; }
+    /// The folder that texts go to while the project is saved in that form, else null.
+    FProjectFolder *savedFolder() const { return mSavedFolder; }
+    /// The folder that texts come from while a project is loaded from its own file, else null.
+    FProjectFolder *loadedFolder() const { return mLoadedFolder; }
     /// A place for a project that was not loaded.
     void setPath(const QString &path);
+    /// The project lives at \p path from now on, where it was saved just now.
+    void takePath(const QString &path);
     static std::vector<std::shared_ptr<FManaged>> savingOrder();
 
 private:
-    bool execute(std::string text, const std::string &name);
+    bool execute(std::string text, const std::string &name, FProjectFolder *folder);
+    bool write(const QString &script, bool asFolder, QString *why);
 
     QString mPath;
     QString mTarget; // while it is saved
     std::vector<FScriptError> mErrors, mRenamings;
     bool mIsLoading = false;
+    FProjectFolder *mSavedFolder = nullptr, *mLoadedFolder = nullptr;
     std::vector<std::function<void()>> mStarters;
 };
 #endif

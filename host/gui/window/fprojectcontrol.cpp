@@ -7,6 +7,7 @@
 #include "fio.h"
 #include "flogmsg.h"
 #include "fproject.h"
+#include "fprojectfolder.h"
 #include "frunqueue.h"
 #include "fscripterror.h"
 #include "ftext.h"
@@ -61,6 +62,8 @@ QString FProjectControl::name() const
     if (!mOpen)
         return QString();
     const QString path = FProject::instance()->path();
+    if (FProjectFolder::isAt(path))
+        return QFileInfo(QFileInfo(path).path()).fileName();
     return path.isEmpty() ? tr("Untitled") : QFileInfo(path).fileName();
 }
 
@@ -126,7 +129,7 @@ bool FProjectControl::askAndOpen()
 
 bool FProjectControl::open(const QString &given)
 {
-    const QString path = QFileInfo(given).absoluteFilePath();
+    const QString path = QFileInfo(FProjectFolder::scriptOf(given)).absoluteFilePath();
     if (!QFileInfo(path).isReadable() || QFileInfo(path).isDir()) {
         FLogMsg::error("Project", S(tr("%1 can't be opened").arg(path)),
                        S(QFileInfo::exists(path) ? tr("it is no file that can be read")
@@ -193,9 +196,9 @@ bool FProjectControl::write(const QString &path)
                                  S(tr("OK")), std::string(), std::string(), 0, 0);
         return false;
     }
-    FLogMsg::info("Project", S(tr("%1 was saved").arg(QFileInfo(path).fileName())), S(path),
-                  nullptr);
-    remember(path);
+    FProject::instance()->takePath(path);
+    FLogMsg::info("Project", S(tr("%1 was saved").arg(name())), S(path), nullptr);
+    remember(FProject::instance()->path());
     return true;
 }
 
@@ -212,15 +215,21 @@ bool FProjectControl::saveAs()
     if (!whyNotSaved().isEmpty())
         return false;
     const QString now = FProject::instance()->path();
+    const QString folders = tr("Project folders, for version control (*)");
     QFileDialog dialog(FWorkspace::instance()->window(), tr("Save project as"),
-                       now.isEmpty() ? lastFolder() : now, filter());
+                       now.isEmpty() ? lastFolder() : QFileInfo(now).absolutePath(),
+                       filter() + ";;" + folders);
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setDefaultSuffix(QStringLiteral("tbk"));
-    if (now.isEmpty())
-        dialog.selectFile(QStringLiteral("project.tbk"));
+    QObject::connect(&dialog, &QFileDialog::filterSelected, &dialog, [&](const QString &chosen) {
+        dialog.setDefaultSuffix(chosen == folders ? QString() : QStringLiteral("tbk"));
+    });
+    dialog.selectFile(now.isEmpty() ? QStringLiteral("untitled.tbk") : QFileInfo(now).fileName());
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return false;
-    const QString path = QFileInfo(dialog.selectedFiles().front()).absoluteFilePath();
+    QString path = QFileInfo(dialog.selectedFiles().front()).absoluteFilePath();
+    if (dialog.selectedNameFilter() == folders)
+        path = (path.endsWith(QLatin1String(".tbk")) ? path.left(path.size() - 4) : path) + '/';
     if (!FRunQueue::background()->isIdle()) {
         FLogMsg::warning("Project", S(tr("The project keeps its place while runs are under way")),
                          S(tr("their folders lie beside it")), nullptr);
